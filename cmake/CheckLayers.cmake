@@ -1,0 +1,52 @@
+# Holds every #include between rooms against the allowed graph, and the operating system's headers
+# and macros against the one room that may use them.
+# Run: cmake -D ROOT=<source tree> -P CheckLayers.cmake
+
+set(allowed_platform "")
+set(allowed_qncore platform)
+set(allowed_qnuri qncore)
+set(allowed_qnfile platform qncore qnuri)
+set(allowed_qnxml qncore qnuri)
+set(allowed_qncrypto qncore)
+set(allowed_VDCertificatesFileUtilities platform qncore)
+set(allowed_qncertificates platform qncore qnfile qncrypto)
+set(allowed_ConfigurationFile
+  platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates)
+set(allowed_tools platform qncore ConfigurationFile)
+set(rooms platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates
+  ConfigurationFile tools)
+
+set(faults "")
+foreach(room IN LISTS rooms)
+  file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/${room}/*.h ${ROOT}/${room}/*.cpp)
+  if(NOT files)
+    list(APPEND faults "${room}: no source files found")
+  endif()
+  foreach(file IN LISTS files)
+    file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*#")
+    foreach(line IN LISTS lines)
+      if(line MATCHES "#[ \t]*include[ \t]*\"([^/\"]+)/")
+        set(target ${CMAKE_MATCH_1})
+        if(NOT target STREQUAL room AND NOT target IN_LIST allowed_${room})
+          list(APPEND faults "${file}: ${room} must not include ${target}")
+        endif()
+      endif()
+      if(NOT room STREQUAL "platform")
+        if(line MATCHES
+           "#[ \t]*include[ \t]*<((windows|winsock2|unistd|fcntl|pthread|dirent)\\.h|sys/)")
+          list(APPEND faults "${file}: the operating system's headers belong to platform: ${line}")
+        endif()
+        if(line MATCHES "#.*(_WIN32|__linux__|__unix__)" AND
+           NOT file STREQUAL "ConfigurationFile/export.h")
+          list(APPEND faults "${file}: only platform asks which system it is: ${line}")
+        endif()
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+
+if(faults)
+  list(JOIN faults "\n  " text)
+  message(FATAL_ERROR "The layers do not hold:\n  ${text}")
+endif()
+message(STATUS "The layers hold.")

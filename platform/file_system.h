@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "platform/file.h"
+#include "platform/system_error.h"
+
+// Names are UTF-8 on Windows and plain bytes on Linux; what stands behind an embedded zero is not
+// seen.
+namespace platform {
+
+/// True when something of that name can be seen.
+bool exists(const std::string& path);
+
+/// Creates one directory; is_already_exists() when something of that name is there.
+SystemError create_directory(const std::string& path);
+
+/// True when the path names a directory, or a link to one.
+bool is_directory(const std::string& path);
+
+/// Success when the name exists; else why not.
+SystemError check_existence(const std::string& path);
+
+/// Success when this process may read and write what the name stands for; else why not.
+SystemError check_read_write_access(const std::string& path);
+
+/// Sets or clears the read-only state of a key file: the read-only attribute on Windows; on Linux
+/// the write bit of the owner, and of the group where the file lies in a set-group-id directory.
+/// No other permission changes.
+SystemError set_key_file_writable(const std::string& path, bool writable);
+
+/// Opens a key file for reading and writing, shared with nobody. A missing file is created for
+/// its owner alone (Linux: mode 0600 whatever the umask, or 0640 with the group of the directory
+/// when that has the set-group-id bit). An existing file keeps content, owner and permissions,
+/// and one that may not be both read and written is refused.
+Result<FileHandle> open_key_file(const std::string& path);
+
+} // namespace platform

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace platform {
+
+/// The separator that paths are joined with and cut at: `\` on Windows, `/` on Linux.
+extern const char preferred_separator;
+
+/// True for what the system takes as a separator: both on Windows, `/` alone on Linux.
+bool is_separator(char character) noexcept;
+
+} // namespace platform

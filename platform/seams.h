@@ -1,0 +1,29 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "platform/system_error.h"
+
+// What the platform layer asks where a test may stand in for the machine. The library only reads
+// these values; the functions that set them are in platform/testing and only tests link those.
+namespace platform {
+
+/// The calls that a test can make fail once.
+enum class Call : std::uint8_t { none, open, read, write, seek, size, set_end, flush };
+
+struct Seams {
+    std::string machine_setting;    ///< stands for the machine's place of the setting when not empty
+    std::string mutex_name_suffix;  ///< appended to every mutex name
+    std::string computer_name;      ///< stands for the computer's name when not empty
+    std::atomic<Call> failing_call{Call::none};
+    SystemError failure;            ///< what the failing call answers; success: one byte less done
+};
+
+Seams& seams() noexcept;
+
+/// True once after a test has armed this call.
+bool take_failure(Call call) noexcept;
+
+} // namespace platform

@@ -1,0 +1,22 @@
+#include "platform/testing/testing.h"
+
+namespace platform::testing {
+
+void set_machine_setting(const std::string& place) {
+    seams().machine_setting = place;
+}
+
+void set_mutex_name_suffix(const std::string& suffix) {
+    seams().mutex_name_suffix = suffix;
+}
+
+void set_computer_name(const std::string& name) {
+    seams().computer_name = name;
+}
+
+void fail_next(Call call, SystemError error) {
+    seams().failure = error;
+    seams().failing_call = call;
+}
+
+} // namespace platform::testing

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "platform/seams.h"
+
+// For tests only: makes the platform layer of this process take another machine's place.
+namespace platform::testing {
+
+/// Linux: another file in place of the machine's configuration file. Windows: another key.
+void set_machine_setting(const std::string& place);
+
+/// Every named mutex of this process gets this text behind its name.
+void set_mutex_name_suffix(const std::string& suffix);
+
+/// What computer_name() answers.
+void set_computer_name(const std::string& name);
+
+/// The next call of that kind fails with the error; with success in place of an error, the next
+/// write does one byte less than asked.
+void fail_next(Call call, SystemError error);
+
+/// Removes the system's trace of a named mutex that tests made.
+void remove_named_mutex(const std::string& name);
+
+} // namespace platform::testing

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+#include "platform/system_error.h"
+#include "qncore/error_code.h"
+#include "qncore/error_params.h"
+#include "qncore/ref_counted.h"
+#include "qncore/source_location.h"
+
+namespace qncore {
+
+class ErrorInfo;
+using ErrorInfoPtr = RefCountPtr<const ErrorInfo>;
+
+/// One failure: what, where, with which values, and the failure that caused it. Immutable, and
+/// free to travel between threads.
+class ErrorInfo final : public RefCounted<AtomicRefCount> {
+  public:
+    static ErrorInfoPtr create(const ErrorCode& code, SourceString message, ErrorParams params,
+                               const SourceLocation& location, ErrorInfoPtr nested = {});
+    static ErrorInfoPtr create_with_nested_errno(const ErrorCode& code, SourceString message,
+                                                 const SourceLocation& location, int number);
+
+    /// The record of a Windows error itself, code "error.qncore.windows"; `withText` adds the
+    /// system's own words.
+    static ErrorInfoPtr from_winerror(const SourceLocation& location, unsigned long number,
+                                      bool withText);
+    /// The record of an `errno` value itself, code "error.qncore.errno".
+    static ErrorInfoPtr from_errno(const SourceLocation& location, int number);
+    /// One of the two above, by whose error it is.
+    static ErrorInfoPtr from_system_error(const SourceLocation& location,
+                                          platform::SystemError error);
+    /// The record that an ErrorException carries; for any other exception a record with the code
+    /// "error.qncore.exception" and its words.
+    static ErrorInfoPtr from_exception(const std::exception& exception,
+                                       const SourceLocation& location);
+
+    const ErrorCode& code() const noexcept { return code_; }
+    /// The template, with its `{@name}` placeholders.
+    const SourceString& message() const noexcept { return message_; }
+    const ErrorParams& params() const noexcept { return params_; }
+    const SourceLocation& location() const noexcept { return location_; }
+    /// The cause; null at the end of the chain.
+    const ErrorInfoPtr& nested() const noexcept { return nested_; }
+
+    /// The message with every placeholder replaced by its value; one without a value stays as it
+    /// stands.
+    const std::string& text() const noexcept { return text_; }
+
+    /// The texts of the whole chain on one line, for traces and for people.
+    std::string chain_text() const;
+
+  private:
+    ErrorInfo(const ErrorCode& code, SourceString message, ErrorParams params,
+              const SourceLocation& location, ErrorInfoPtr nested);
+    ~ErrorInfo() override = default;
+
+    ErrorCode code_;
+    SourceString message_;
+    ErrorParams params_;
+    SourceLocation location_;
+    ErrorInfoPtr nested_;
+    std::string text_;
+};
+
+namespace error {
+
+extern const ErrorCode error;
+extern const ErrorCode qncore;
+extern const ErrorCode qncore_embeddedNul;
+extern const ErrorCode qncore_encoding;
+extern const ErrorCode qncore_errno;
+extern const ErrorCode qncore_exception;
+extern const ErrorCode qncore_safeCast;
+extern const ErrorCode qncore_windows;
+
+} // namespace error
+
+} // namespace qncore

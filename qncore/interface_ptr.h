@@ -1,0 +1,60 @@
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+#include "qncore/ref_counted.h"
+
+namespace qncore {
+
+/// A pointer to an abstract interface that counts on the object behind it: the interface, and a
+/// RefCountPtr to the counted base of the same object.
+template <class Interface, class Holder>
+class InterfacePtr {
+  public:
+    InterfacePtr() noexcept = default;
+
+    template <class Object>
+        requires std::is_convertible_v<Object*, Interface*>
+    explicit InterfacePtr(Object* object) noexcept : interface_(object), holder_(object) {}
+
+    template <class Object>
+        requires std::is_convertible_v<Object*, Interface*>
+    InterfacePtr(const RefCountPtr<Object>& object) noexcept
+        : interface_(object.get()), holder_(object) {}
+
+    template <class Other>
+        requires std::is_convertible_v<Other*, Interface*>
+    InterfacePtr(const InterfacePtr<Other, Holder>& other) noexcept
+        : interface_(other.get()), holder_(other.holder()) {}
+
+    /// An interface to a part of the object that the holder keeps alive.
+    InterfacePtr(Interface* part, Holder holder) noexcept
+        : interface_(part), holder_(std::move(holder)) {}
+
+    InterfacePtr(const InterfacePtr&) noexcept = default;
+    InterfacePtr(InterfacePtr&& other) noexcept
+        : interface_(std::exchange(other.interface_, nullptr))
+        , holder_(std::move(other.holder_)) {}
+    InterfacePtr& operator=(InterfacePtr other) noexcept {
+        std::swap(interface_, other.interface_);
+        holder_.swap(other.holder_);
+        return *this;
+    }
+    ~InterfacePtr() = default;
+
+    Interface* get() const noexcept { return interface_; }
+    Interface* operator->() const noexcept { return interface_; }
+    Interface& operator*() const noexcept { return *interface_; }
+    explicit operator bool() const noexcept { return interface_ != nullptr; }
+    const Holder& holder() const noexcept { return holder_; }
+
+  private:
+    Interface* interface_ = nullptr;
+    Holder holder_;
+};
+
+/// The holder of objects that may be shared between threads.
+using AtomicHolder = RefCountPtr<const RefCounted<AtomicRefCount>>;
+
+} // namespace qncore

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace qncore {
+
+/// Reference count that may be shared between threads.
+class AtomicRefCount {
+  public:
+    void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    /// True when the count reaches zero.
+    bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+
+  private:
+    std::atomic<std::size_t> count_{0};
+};
+
+/// Reference count for objects that stay on one thread.
+class NonAtomicRefCount {
+  public:
+    void increment() noexcept { ++count_; }
+    /// True when the count reaches zero.
+    bool decrement() noexcept { return --count_ == 0; }
+
+  private:
+    std::size_t count_ = 0;
+};
+
+/// Base of objects that RefCountPtr owns. A new object has no references yet.
+template <class Count>
+class RefCounted {
+  public:
+    RefCounted(const RefCounted&) = delete;
+    RefCounted& operator=(const RefCounted&) = delete;
+
+    /// Frees the object; called by the pointer that drops the last reference.
+    virtual void destroy() const noexcept { delete this; }
+
+    void increment() const noexcept { count_.increment(); }
+    bool decrement() const noexcept { return count_.decrement(); }
+
+  protected:
+    RefCounted() noexcept = default;
+    virtual ~RefCounted() = default;
+
+  private:
+    mutable Count count_;
+};
+
+/// Shared pointer to an object that counts its own references.
+template <class T>
+class RefCountPtr {
+  public:
+    using element_type = T;
+
+    constexpr RefCountPtr() noexcept = default;
+    constexpr RefCountPtr(std::nullptr_t) noexcept {}
+    explicit RefCountPtr(T* object) noexcept : object_(object) { acquire(); }
+    RefCountPtr(const RefCountPtr& other) noexcept : object_(other.object_) { acquire(); }
+    RefCountPtr(RefCountPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+
+    template <class Derived>
+        requires std::is_convertible_v<Derived*, T*>
+    RefCountPtr(const RefCountPtr<Derived>& other) noexcept : object_(other.get()) {
+        acquire();
+    }
+
+    template <class Derived>
+        requires std::is_convertible_v<Derived*, T*>
+    RefCountPtr(RefCountPtr<Derived>&& other) noexcept : object_(other.detach()) {}
+
+    RefCountPtr& operator=(RefCountPtr other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~RefCountPtr() {
+        if (object_ != nullptr && object_->decrement()) {
+            object_->destroy();
+        }
+    }
+
+    void swap(RefCountPtr& other) noexcept { std::swap(object_, other.object_); }
+    void reset() noexcept { RefCountPtr().swap(*this); }
+
+    /// Gives the object away with its reference.
+    T* detach() noexcept { return std::exchange(object_, nullptr); }
+
+    T* get() const noexcept { return object_; }
+    T* operator->() const noexcept { return object_; }
+    T& operator*() const noexcept { return *object_; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }
+
+    friend bool operator==(const RefCountPtr& left, const RefCountPtr& right) noexcept {
+        return left.object_ == right.object_;
+    }
+    friend bool operator==(const RefCountPtr& left, std::nullptr_t) noexcept {
+        return left.object_ == nullptr;
+    }
+
+  private:
+    void acquire() const noexcept {
+        if (object_ != nullptr) {
+            object_->increment();
+        }
+    }
+
+    T* object_ = nullptr;
+};
+
+/// Makes an object and the first pointer to it.
+template <class T, class... Arguments>
+RefCountPtr<T> make_ref_counted(Arguments&&... arguments) {
+    return RefCountPtr<T>(new T(std::forward<Arguments>(arguments)...));
+}
+
+} // namespace qncore

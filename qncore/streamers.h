@@ -1,0 +1,27 @@
+#pragma once
+
+#include <iosfwd>
+
+namespace qncore::streamers {
+
+/// A value to be inserted in hexadecimal. The second operand is the least number of digits.
+class Hex {
+  public:
+    explicit Hex(unsigned long long value, unsigned long long digits = 0) noexcept
+        : value_(value), digits_(digits) {}
+
+    /// Writes the value in lower-case digits, filled with leading zeros to `digits`.
+    static void write_trace_impl(std::ostream& stream, unsigned long long value,
+                                 unsigned long long digits);
+
+    friend std::ostream& operator<<(std::ostream& stream, const Hex& hex) {
+        write_trace_impl(stream, hex.value_, hex.digits_);
+        return stream;
+    }
+
+  private:
+    unsigned long long value_;
+    unsigned long long digits_;
+};
+
+} // namespace qncore::streamers

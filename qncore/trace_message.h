@@ -1,0 +1,96 @@
+#pragma once
+
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <string_view>
+
+#include "qncore/trace_topic.h"
+
+namespace qntrace {
+
+enum EMsgType { eMsgTypeUser = 2 };
+
+enum EUserMsgSubtype {
+    eUserMsgNote = 2,
+    eUserMsgWarning = 3,
+    eUserMsgError = 4,
+    eUserMsgFunctionEntry = 6,
+    eUserMsgFunctionExit = 7,
+};
+
+/// One message: the values inserted take the places of the `{}` of the format in turn, and the
+/// destructor writes the whole as one line. Belongs to one thread.
+class TraceMessage : public virtual std::ostream {
+  public:
+    TraceMessage(intTopicHdl* topic, char level, const char* function, const char* file,
+                 unsigned line, const char* format);
+    TraceMessage(const TraceMessage&) = delete;
+    TraceMessage& operator=(const TraceMessage&) = delete;
+    ~TraceMessage() override;
+
+    TraceMessage& msg_type(EMsgType type) noexcept;
+    TraceMessage& user_msg_type(EUserMsgSubtype subtype) noexcept;
+
+    /// Inserts a value as the standard inserters write it.
+    template <class Value>
+    TraceMessage& operator<<(const Value& value) {
+        static_cast<std::ostream&>(*this) << value;
+        copy_format_to_placeholder();
+        return *this;
+    }
+
+  private:
+    void copy_format_to_placeholder();
+
+    std::stringbuf text_;
+    const intTopicHdl* topic_;
+    char level_;
+    const char* function_;
+    const char* file_;
+    unsigned line_;
+    std::string_view format_; ///< what is left of it
+    EMsgType type_ = eMsgTypeUser;
+    EUserMsgSubtype subtype_ = eUserMsgNote;
+};
+
+/// Writes one message that the gate has let through.
+template <class... Values>
+void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, const char* function,
+                   const char* file, unsigned line, const char* format, const Values&... values) {
+    TraceMessage message(topic, level, function, file, line, format);
+    message.msg_type(eMsgTypeUser).user_msg_type(subtype);
+    (message << ... << values);
+}
+
+/// Writes the entry of a function at once and its exit when the scope ends, however it ends.
+class FunctionTrace {
+  public:
+    FunctionTrace(intTopicHdl* topic, const char* function, const char* file, unsigned line);
+
+  private:
+    std::optional<TraceMessage> exit_;
+};
+
+} // namespace qntrace
+
+#define QN_TRACE(topic, level, subtype, function, ...)                                             \
+    do {                                                                                           \
+        if (::qntrace::is_enabled(topic, level)) {                                                 \
+            ::qntrace::write_message(topic, level, subtype, function, __FILE__, __LINE__,          \
+                                     __VA_ARGS__);                                                 \
+        }                                                                                          \
+    } while (false)
+
+/// QN_TRACE_ERROR(topic, "name::of::function()", "format {}", values...); nothing is evaluated
+/// when the topic's level is lower.
+#define QN_TRACE_ERROR(topic, function, ...)                                                       \
+    QN_TRACE(topic, ::qntrace::level_error, ::qntrace::eUserMsgError, function, __VA_ARGS__)
+#define QN_TRACE_WARNING(topic, function, ...)                                                     \
+    QN_TRACE(topic, ::qntrace::level_warning, ::qntrace::eUserMsgWarning, function, __VA_ARGS__)
+#define QN_TRACE_NOTE(topic, function, ...)                                                        \
+    QN_TRACE(topic, ::qntrace::level_note, ::qntrace::eUserMsgNote, function, __VA_ARGS__)
+
+/// First statement of a traced function.
+#define QN_TRACE_FUNCTION(topic, function)                                                         \
+    const ::qntrace::FunctionTrace functionTrace(topic, function, __FILE__, __LINE__)

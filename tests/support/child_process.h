@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// A test program starts itself again to get a second process. What the second one does is a
+// function registered under a name:
+//
+//     CHILD_PROCESS(hold_lock) { ...; support::say("held"); support::wait_to_be_told(); return 0; }
+//     support::ChildProcess child("hold_lock", {"argument"});
+//     child.wait_for("held"); child.tell(); EXPECT_EQ(child.wait(), 0);
+namespace support {
+
+using ChildFunction = int (*)(const std::vector<std::string>& arguments);
+
+struct ChildRegistration {
+    ChildRegistration(const char* name, ChildFunction function);
+};
+
+/// In the child: writes one line to the parent, or waits for one from it.
+void say(const std::string& line);
+void wait_to_be_told();
+
+class ChildProcess {
+  public:
+    ChildProcess(const std::string& function, const std::vector<std::string>& arguments);
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    /// Kills a child that is still there.
+    ~ChildProcess();
+
+    /// Reads lines from the child until one is `line`; fails the test when there is none.
+    void wait_for(const std::string& line);
+    /// Reads the next line; empty at the end.
+    std::string next_line();
+    void tell();
+    /// Ends the child at once, with nothing of its own run.
+    void kill();
+    /// Waits for the child's end and gives its exit status; -1 when it was killed.
+    int wait();
+
+  private:
+    struct Process;
+    Process* process_;
+};
+
+} // namespace support
+
+#define CHILD_PROCESS(name)                                                                        \
+    static int childProcess_##name(const std::vector<std::string>& arguments);                     \
+    static const support::ChildRegistration childRegistration_##name(#name, childProcess_##name);  \
+    static int childProcess_##name([[maybe_unused]] const std::vector<std::string>& arguments)

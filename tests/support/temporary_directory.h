@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace support {
+
+/// A new directory that goes with all it holds when the test ends.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    ~TemporaryDirectory();
+
+    const std::filesystem::path& path() const noexcept { return path_; }
+    std::string str() const { return path_.string(); }
+    /// The path of a name inside it.
+    std::string file(std::string_view name) const { return (path_ / name).string(); }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// The whole content of a file; fails the test when it cannot be read.
+std::string read_file(const std::string& name);
+
+/// Creates or replaces a file.
+void write_file(const std::string& name, std::string_view content);
+
+} // namespace support
