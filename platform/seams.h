@@ -14,11 +14,11 @@ namespace platform {
 enum class Call : std::uint8_t { none, open, read, write, seek, size, set_end, flush };
 
 struct Seams {
-    std::string machine_setting;    ///< stands for the machine's place of the setting when not empty
-    std::string mutex_name_suffix;  ///< appended to every mutex name
-    std::string computer_name;      ///< stands for the computer's name when not empty
+    std::string machine_setting;   ///< stands for the machine's place of the setting when not empty
+    std::string mutex_name_suffix; ///< appended to every mutex name
+    std::string computer_name;     ///< stands for the computer's name when not empty
     std::atomic<Call> failing_call{Call::none};
-    SystemError failure;            ///< what the failing call answers; success: one byte less done
+    SystemError failure; ///< what the failing call answers; success: one byte less done
 };
 
 Seams& seams() noexcept;

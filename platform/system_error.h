@@ -38,7 +38,8 @@ class SystemError {
 
   private:
     constexpr SystemError(Domain domain, unsigned long number) noexcept
-        : domain_(domain), number_(number) {}
+        : domain_(domain)
+        , number_(number) {}
 
     Domain domain_ = Domain::none;
     unsigned long number_ = 0;
@@ -54,8 +55,10 @@ std::string describe(SystemError error);
 template <class T>
 class [[nodiscard]] Result {
   public:
-    Result(T value) : content_(std::in_place_index<0>, std::move(value)) {} // implicit by design
-    Result(SystemError error) : content_(std::in_place_index<1>, error) {}  // implicit by design
+    Result(T value)
+        : content_(std::in_place_index<0>, std::move(value)) {} // implicit by design
+    Result(SystemError error)
+        : content_(std::in_place_index<1>, error) {} // implicit by design
 
     explicit operator bool() const noexcept { return content_.index() == 0; }
     const T& operator*() const { return std::get<0>(content_); }

@@ -11,7 +11,8 @@ namespace qncore {
 class ErrorCode {
   public:
     /// Borrows a literal.
-    constexpr explicit ErrorCode(const char* code) noexcept : path_(code) {}
+    constexpr explicit ErrorCode(const char* code) noexcept
+        : path_(code) {}
 
     /// Borrows the text (`isStatic` true) or copies it.
     constexpr ErrorCode(const char* code, bool isStatic)

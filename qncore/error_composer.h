@@ -9,8 +9,8 @@ namespace qncore {
 class ErrorComposer {
   public:
     ErrorComposer() noexcept = default;
-    explicit ErrorComposer(const char* message) noexcept : message_(message) {}
-    ErrorComposer(const char* message, ErrorParams params) : message_(message), params_(params) {}
+    explicit ErrorComposer(const char* message) noexcept
+        : message_(message) {}
 
     template <class Value>
     ErrorComposer& param(const SourceString& name, const Value& value) {

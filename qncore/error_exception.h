@@ -9,7 +9,8 @@ namespace qncore {
 /// The one exception of the library. Every throw is told to the trace's system topic at level 11.
 class ErrorException : public std::exception {
   public:
-    explicit ErrorException(ErrorInfoPtr info) noexcept : info_(std::move(info)) {}
+    explicit ErrorException(ErrorInfoPtr info) noexcept
+        : info_(std::move(info)) {}
     ~ErrorException() override;
 
     /// The rendered message.

@@ -15,22 +15,29 @@ class InterfacePtr {
     InterfacePtr() noexcept = default;
 
     template <class Object>
-        requires std::is_convertible_v<Object*, Interface*>
-    explicit InterfacePtr(Object* object) noexcept : interface_(object), holder_(object) {}
+    requires std::is_convertible_v<Object*, Interface*>
+    explicit InterfacePtr(Object* object) noexcept
+        : interface_(object)
+        , holder_(object) {}
 
     template <class Object>
-        requires std::is_convertible_v<Object*, Interface*>
-    InterfacePtr(const RefCountPtr<Object>& object) noexcept
-        : interface_(object.get()), holder_(object) {}
+    requires std::is_convertible_v<Object*, Interface*>
+    InterfacePtr(const RefCountPtr<Object>& object)
+    noexcept
+        : interface_(object.get())
+        , holder_(object) {}
 
     template <class Other>
-        requires std::is_convertible_v<Other*, Interface*>
-    InterfacePtr(const InterfacePtr<Other, Holder>& other) noexcept
-        : interface_(other.get()), holder_(other.holder()) {}
+    requires std::is_convertible_v<Other*, Interface*>
+    InterfacePtr(const InterfacePtr<Other, Holder>& other)
+    noexcept
+        : interface_(other.get())
+        , holder_(other.holder()) {}
 
     /// An interface to a part of the object that the holder keeps alive.
     InterfacePtr(Interface* part, Holder holder) noexcept
-        : interface_(part), holder_(std::move(holder)) {}
+        : interface_(part)
+        , holder_(std::move(holder)) {}
 
     InterfacePtr(const InterfacePtr&) noexcept = default;
     InterfacePtr(InterfacePtr&& other) noexcept

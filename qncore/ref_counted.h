@@ -58,19 +58,28 @@ class RefCountPtr {
 
     constexpr RefCountPtr() noexcept = default;
     constexpr RefCountPtr(std::nullptr_t) noexcept {}
-    explicit RefCountPtr(T* object) noexcept : object_(object) { acquire(); }
-    RefCountPtr(const RefCountPtr& other) noexcept : object_(other.object_) { acquire(); }
-    RefCountPtr(RefCountPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    explicit RefCountPtr(T* object) noexcept
+        : object_(object) {
+        acquire();
+    }
+    RefCountPtr(const RefCountPtr& other) noexcept
+        : object_(other.object_) {
+        acquire();
+    }
+    RefCountPtr(RefCountPtr&& other) noexcept
+        : object_(std::exchange(other.object_, nullptr)) {}
 
     template <class Derived>
-        requires std::is_convertible_v<Derived*, T*>
-    RefCountPtr(const RefCountPtr<Derived>& other) noexcept : object_(other.get()) {
+    requires std::is_convertible_v<Derived*, T*> RefCountPtr(const RefCountPtr<Derived>& other)
+    noexcept
+        : object_(other.get()) {
         acquire();
     }
 
     template <class Derived>
-        requires std::is_convertible_v<Derived*, T*>
-    RefCountPtr(RefCountPtr<Derived>&& other) noexcept : object_(other.detach()) {}
+    requires std::is_convertible_v<Derived*, T*> RefCountPtr(RefCountPtr<Derived>&& other)
+    noexcept
+        : object_(other.detach()) {}
 
     RefCountPtr& operator=(RefCountPtr other) noexcept {
         swap(other);

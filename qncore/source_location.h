@@ -14,7 +14,9 @@ struct SourceLocation {
 
     /// Borrows both literals.
     SourceLocation(const char* functionName, const char* fileName, unsigned int lineNumber) noexcept
-        : function(functionName), file(fileName), line(lineNumber) {}
+        : function(functionName)
+        , file(fileName)
+        , line(lineNumber) {}
 };
 
 } // namespace qncore

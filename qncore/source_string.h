@@ -28,7 +28,9 @@ class SourceString {
     /// Owns a copy of the text.
     static SourceString copy_of(std::string_view text);
 
-    constexpr SourceString(const SourceString& other) : data_(other.data_), size_(other.size_) {
+    constexpr SourceString(const SourceString& other)
+        : data_(other.data_)
+        , size_(other.size_) {
         if (size_ < 0) {
             clone_dynamic();
         }

@@ -8,7 +8,8 @@ namespace qncore::streamers {
 class Hex {
   public:
     explicit Hex(unsigned long long value, unsigned long long digits = 0) noexcept
-        : value_(value), digits_(digits) {}
+        : value_(value)
+        , digits_(digits) {}
 
     /// Writes the value in lower-case digits, filled with leading zeros to `digits`.
     static void write_trace_impl(std::ostream& stream, unsigned long long value,

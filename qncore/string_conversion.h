@@ -19,8 +19,7 @@ std::string to_string(unsigned long long value);
 
 /// The decimal text of an enumeration's value.
 template <class Enumeration>
-    requires std::is_enum_v<Enumeration>
-std::string to_string(Enumeration value) {
+requires std::is_enum_v<Enumeration> std::string to_string(Enumeration value) {
     return to_string(+static_cast<std::underlying_type_t<Enumeration>>(value));
 }
 

@@ -17,7 +17,8 @@ class StringRange {
 
     constexpr StringRange() noexcept = default;
     constexpr StringRange(std::size_t start, std::size_t count) noexcept
-        : start_(start), count_(count) {}
+        : start_(start)
+        , count_(count) {}
 
     constexpr std::size_t start() const noexcept { return start_; }
     constexpr std::size_t count() const noexcept { return count_; }

@@ -62,7 +62,8 @@ class StrongWeakPtrCounterBase {
 template <class T, class Deleter>
 class StrongWeakPtrCounter final : public StrongWeakPtrCounterBase {
   public:
-    explicit StrongWeakPtrCounter(T* object) noexcept : object_(object) {}
+    explicit StrongWeakPtrCounter(T* object) noexcept
+        : object_(object) {}
     void release_object() noexcept override { Deleter()(std::exchange(object_, nullptr)); }
 
   private:
@@ -86,7 +87,9 @@ class StrongPtr {
         counter_ = new impl::StrongWeakPtrCounter<T, checked_deleter<T>>(object);
         object_ = guard.release();
     }
-    StrongPtr(const StrongPtr& other) noexcept : object_(other.object_), counter_(other.counter_) {
+    StrongPtr(const StrongPtr& other) noexcept
+        : object_(other.object_)
+        , counter_(other.counter_) {
         if (counter_ != nullptr) {
             counter_->acquire_strong();
         }
@@ -123,12 +126,15 @@ class WeakPtr {
   public:
     WeakPtr() noexcept = default;
     explicit WeakPtr(const StrongPtr<T>& owner) noexcept
-        : object_(owner.object_), counter_(owner.counter_) {
+        : object_(owner.object_)
+        , counter_(owner.counter_) {
         if (counter_ != nullptr) {
             counter_->acquire_weak();
         }
     }
-    WeakPtr(const WeakPtr& other) noexcept : object_(other.object_), counter_(other.counter_) {
+    WeakPtr(const WeakPtr& other) noexcept
+        : object_(other.object_)
+        , counter_(other.counter_) {
         if (counter_ != nullptr) {
             counter_->acquire_weak();
         }

@@ -17,7 +17,8 @@ inline constexpr char level_function = 81;
 /// others; QNTRACE_FILE names the file that the messages go to in place of standard error.
 class TraceTopic {
   public:
-    explicit TraceTopic(std::string name) : name_(std::move(name)) {}
+    explicit TraceTopic(std::string name)
+        : name_(std::move(name)) {}
 
     char trace_level() const {
         const char level = level_.load(std::memory_order_relaxed);

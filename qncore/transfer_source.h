@@ -6,7 +6,8 @@ namespace qncore {
 template <class T>
 class TransferSource {
   public:
-    explicit TransferSource(T& source) noexcept : source_(&source) {}
+    explicit TransferSource(T& source) noexcept
+        : source_(&source) {}
     T& get() const noexcept { return *source_; }
 
   private:

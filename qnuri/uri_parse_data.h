@@ -15,7 +15,8 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
     /// Shows a record in a trace, as far as the view reaches.
     class TraceData : public qncore::StringTraceData {
       public:
-        explicit TraceData(const UriParseData& record) noexcept : record_(record) {}
+        explicit TraceData(const UriParseData& record) noexcept
+            : record_(record) {}
 
       protected:
         const UriParseData& record() const noexcept { return record_; }
@@ -41,7 +42,9 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
 
     static constexpr std::uint32_t undefined_flags = 0xFFFFFFFF;
 
-    UriParseData() : traceUriReference(*this), traceUri(*this) {}
+    UriParseData()
+        : traceUriReference(*this)
+        , traceUri(*this) {}
 
     /// True when nothing stands before the fragment.
     bool is_empty() const noexcept { return fragment.start() == 0; }

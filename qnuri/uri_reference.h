@@ -10,16 +10,15 @@ namespace qnuri {
 class UriReference {
   public:
     /// The empty reference.
-    UriReference() : record_(impl::UriParseData::empty_record()) {}
+    UriReference()
+        : record_(impl::UriParseData::empty_record()) {}
 
     /// Shares a record; null stands for the undefined one.
     explicit UriReference(qncore::RefCountPtr<const impl::UriParseData> record)
         : record_(record ? std::move(record) : impl::UriParseData::undefined_record()) {}
 
     /// The reference that says that there is no URI at all.
-    static UriReference undefined() {
-        return UriReference(impl::UriParseData::undefined_record());
-    }
+    static UriReference undefined() { return UriReference(impl::UriParseData::undefined_record()); }
 
     /// The normal form of the whole text.
     const std::string& text() const noexcept { return record_->text; }

@@ -11,7 +11,8 @@ namespace support {
 class ExactBuffer {
   public:
     explicit ExactBuffer(std::string_view text)
-        : size_(text.size()), bytes_(std::make_unique<char[]>(text.size())) {
+        : size_(text.size())
+        , bytes_(std::make_unique<char[]>(text.size())) {
         std::copy(text.begin(), text.end(), bytes_.get());
     }
     const char* data() const noexcept { return bytes_.get(); }

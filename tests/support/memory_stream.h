@@ -16,7 +16,8 @@ class MemoryReadStream final : public qncore::RefCounted<qncore::AtomicRefCount>
     using Source = std::function<std::uint64_t(void* buffer, std::uint64_t count)>;
 
     explicit MemoryReadStream(std::string text, std::uint64_t largest_read = ~std::uint64_t{0});
-    explicit MemoryReadStream(Source source) : source_(std::move(source)) {}
+    explicit MemoryReadStream(Source source)
+        : source_(std::move(source)) {}
 
     std::uint64_t read(void* buffer, std::uint64_t count) override;
     std::uint64_t skip(std::uint64_t count) override;

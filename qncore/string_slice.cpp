@@ -1,0 +1,7 @@
+#include "qncore/string_slice.h"
+
+namespace qncore {
+
+const std::string g_emptyString;
+
+} // namespace qncore

@@ -1,0 +1,91 @@
+#include "qncore/trace_sink.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+
+namespace qntrace {
+namespace {
+
+constexpr std::size_t largest_file = 5U << 20;
+constexpr std::size_t older_files = 3;
+
+std::shared_ptr<spdlog::logger> make_logger(spdlog::sink_ptr sink) {
+    auto logger = std::make_shared<spdlog::logger>("qntrace", std::move(sink));
+    logger->set_level(spdlog::level::trace);
+    logger->flush_on(spdlog::level::trace);
+    logger->set_pattern("%Y-%m-%dT%H:%M:%S.%fZ %P:%t %v", spdlog::pattern_time_type::utc);
+    logger->set_error_handler([](const std::string&) {}); // a full disk must not stop the caller
+    return logger;
+}
+
+std::shared_ptr<spdlog::logger> make_logger_for(const std::string& file) {
+    if (!file.empty()) {
+        try {
+            return make_logger(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
+                file, largest_file, older_files));
+        } catch (const spdlog::spdlog_ex&) {
+            auto logger = make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+            logger->info("qntrace: cannot open the file of QNTRACE_FILE, writing here: {}", file);
+            return logger;
+        }
+    }
+    return make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+}
+
+std::mutex g_mutex;
+
+std::shared_ptr<spdlog::logger>& current_logger() {
+    static auto* logger = new std::shared_ptr<spdlog::logger>(); // outlives static destructors
+    return *logger;
+}
+
+std::string one_line(std::string_view text) {
+    std::string line;
+    line.reserve(text.size());
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte == '\n') {
+            line += "\\n";
+        } else if (byte < 0x20 || byte == 0x7F) {
+            line += fmt::format("\\x{:02x}", byte);
+        } else {
+            line += character;
+        }
+    }
+    return line;
+}
+
+} // namespace
+
+void write_line(const TraceLine& line) noexcept {
+    try {
+        std::shared_ptr<spdlog::logger> logger;
+        {
+            const std::lock_guard lock(g_mutex);
+            logger = current_logger();
+        }
+        if (logger) {
+            logger->info("{} {} {} {}", static_cast<int>(line.level), line.topic, line.function,
+                         one_line(line.text));
+        }
+    } catch (const std::exception&) {
+        return; // tracing reports nothing to its caller
+    }
+}
+
+void open_sink(const std::string& file) noexcept {
+    try {
+        auto logger = make_logger_for(file);
+        const std::lock_guard lock(g_mutex);
+        current_logger().swap(logger);
+    } catch (const std::exception&) {
+        return; // tracing reports nothing to its caller
+    }
+}
+
+} // namespace qntrace

@@ -1,0 +1,15 @@
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/process.h"
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (arguments.size() >= 2 && arguments[0] == support::child_argument) {
+        return support::run_child(arguments[1], {arguments.begin() + 2, arguments.end()});
+    }
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,45 @@
+#include "tests/support/temporary_directory.h"
+
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace support {
+
+TemporaryDirectory::TemporaryDirectory() {
+    std::random_device random;
+    do {
+        std::ostringstream name;
+        name << "orva-test-" << std::hex << random() << random();
+        path_ = std::filesystem::temp_directory_path() / name.str();
+    } while (!std::filesystem::create_directory(path_));
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path_, ignored)) {
+        std::filesystem::permissions(
+            entry.path(), std::filesystem::perms::owner_all,
+            std::filesystem::perm_options::add | std::filesystem::perm_options::nofollow, ignored);
+    }
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string read_file(const std::string& name) {
+    std::ifstream stream(std::filesystem::path(name), std::ios::binary);
+    EXPECT_TRUE(stream.is_open()) << name;
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return std::move(content).str();
+}
+
+void write_file(const std::string& name, std::string_view content) {
+    std::ofstream stream(std::filesystem::path(name), std::ios::binary | std::ios::trunc);
+    stream << content;
+    stream.close();
+    EXPECT_TRUE(stream) << name;
+}
+
+} // namespace support
