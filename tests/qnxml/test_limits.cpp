@@ -1,37 +1,12 @@
 // Sizes, depths, memory, cut and arbitrary input.
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <random>
 
 #include <gmock/gmock.h>
 
 #include "qnxml/errors.h"
+#include "tests/qnxml/allocations.h"
 #include "tests/qnxml/documents.h"
 #include "tests/support/exact_buffer.h"
-
-namespace {
-
-std::atomic<std::size_t> allocations{0};
-
-} // namespace
-
-// Counts what the whole program allocates.
-void* operator new(std::size_t size) {
-    ++allocations;
-    if (void* const block = std::malloc(size != 0 ? size : 1)) {
-        return block;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
 
 namespace {
 
@@ -140,12 +115,12 @@ TEST(Limits, LeaveMemoryAloneInTheSteadyState) {
     std::size_t elements = 0;
     while (reader.read_next()) {
         if (reader.node_type() == XmlNodeType::Element && ++elements == 100) {
-            after_some = allocations;
+            after_some = qnxml_test::allocations();
         }
         reader.value();
     }
     EXPECT_EQ(elements, 40001U);
-    EXPECT_EQ(allocations, after_some);
+    EXPECT_EQ(qnxml_test::allocations(), after_some);
 }
 
 TEST(Limits, AllowAnyDepth) {

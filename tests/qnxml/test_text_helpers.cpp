@@ -48,8 +48,9 @@ TEST(EncodingNames, AreComparedLoosely) {
         {"utf8", "utf", false},
         {"utf-80", "utf-8", true}, // the same "8" passes on the short cut
         {"utf10", "utf1", true},
-        {"utf_10", "utf-1", true},
-        {"iso-8859-1", "ISO_8859-01", true},
+        {"utf_10", "utf-1", false}, // the different bytes before it do not
+        {"iso-8859-1", "ISO-8859-01", true},
+        {"iso-8859-1", "ISO_8859-01", false}, // nor does the same "-" end a number
         {"iso-8859-1", "iso-8859-2", false},
         {"a10", "b10", false},
         {"x-10", "x10", true},
