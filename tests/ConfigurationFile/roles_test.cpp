@@ -3,6 +3,11 @@
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/trace_capture.h"
 
+// The accessors give `const bool`, and overloads are named by their whole type here.
+#ifdef __GNUC__
+#pragma GCC diagnostic ignored "-Wignored-qualifiers"
+#endif
+
 namespace store_test {
 namespace {
 
