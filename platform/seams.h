@@ -10,7 +10,7 @@
 // these values; the functions that set them are in platform/testing and only tests link those.
 namespace platform {
 
-/// The calls that a test can make fail once.
+/// The calls that a test can make fail.
 enum class Call : std::uint8_t { none, open, read, write, seek, size, set_end, flush };
 
 struct Seams {
@@ -18,12 +18,13 @@ struct Seams {
     std::string mutex_name_suffix; ///< appended to every mutex name
     std::string computer_name;     ///< stands for the computer's name when not empty
     std::atomic<Call> failing_call{Call::none};
-    SystemError failure; ///< what the failing call answers; success: one byte less done
+    std::atomic<int> failures_left{0};
+    SystemError failure; ///< what the failing calls answer; success: a write does one byte less
 };
 
 Seams& seams() noexcept;
 
-/// True once after a test has armed this call.
+/// True when a test has armed this call; each time counts.
 bool take_failure(Call call) noexcept;
 
 } // namespace platform

@@ -66,12 +66,10 @@ std::string to_string(const wchar_t* text, std::size_t length) {
     narrow.reserve(length);
     for (std::size_t i = 0; i < length; ++i) {
         auto codePoint = static_cast<unsigned int>(text[i]);
-        if constexpr (wide_is_utf16) {
-            if (is_high_surrogate(codePoint) && i + 1 < length &&
-                is_low_surrogate(static_cast<unsigned int>(text[i + 1]))) {
-                const auto low = static_cast<unsigned int>(text[++i]);
-                codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
-            }
+        if (wide_is_utf16 && is_high_surrogate(codePoint) && i + 1 < length &&
+            is_low_surrogate(static_cast<unsigned int>(text[i + 1]))) {
+            const auto low = static_cast<unsigned int>(text[++i]);
+            codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
         }
         char bytes[4];
         const std::size_t count = ucs4_char_to_utf8(codePoint, std::begin(bytes), std::end(bytes));
@@ -106,6 +104,13 @@ std::wstring to_wstring(const char* text, std::size_t length) {
         }
     }
     return wide;
+}
+
+std::string to_lower_ascii(std::string_view text) {
+    std::string folded(text);
+    std::transform(text.begin(), text.end(), folded.begin(),
+                   [](char character) { return static_cast<char>(fold_ascii(character)); });
+    return folded;
 }
 
 int compare_nocase_ascii(const char* left, std::size_t leftLength, const char* right,

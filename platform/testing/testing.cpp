@@ -14,8 +14,9 @@ void set_computer_name(const std::string& name) {
     seams().computer_name = name;
 }
 
-void fail_next(Call call, SystemError error) {
+void fail_next(Call call, SystemError error, int times) {
     seams().failure = error;
+    seams().failures_left = times;
     seams().failing_call = call;
 }
 

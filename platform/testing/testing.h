@@ -16,9 +16,9 @@ void set_mutex_name_suffix(const std::string& suffix);
 /// What computer_name() answers.
 void set_computer_name(const std::string& name);
 
-/// The next call of that kind fails with the error; with success in place of an error, the next
-/// write does one byte less than asked.
-void fail_next(Call call, SystemError error);
+/// The next `times` calls of that kind fail with the error; with success in place of an error,
+/// writes do one byte less than asked.
+void fail_next(Call call, SystemError error, int times = 1);
 
 /// Removes the system's trace of a named mutex that tests made.
 void remove_named_mutex(const std::string& name);

@@ -1,0 +1,216 @@
+#pragma once
+
+#include <string>
+
+#include "ConfigurationFile/certificate_node.h"
+#include "ConfigurationFile/configuration_file_mutex.h"
+#include "ConfigurationFile/export.h"
+#include "qncore/ref_counted.h"
+
+namespace qncertificates {
+class CertificateKeys;
+}
+
+// The callers' interface says `const bool`; the qualifier is part of it.
+#ifdef __GNUC__
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-qualifiers"
+#endif
+
+namespace vdcertificates {
+
+/// The certificate record of this machine: for each role, where its key and certificate files
+/// lie, and its password. Every call reads the file anew and every change rewrites it; the object
+/// holds only the machine's keys and mutex, and copies share both.
+///
+/// Setters give true when the change is in the file. Getters give true when the file could be
+/// read, whether or not it holds the entry: outputs of a missing entry stay as they were, so pass
+/// empty strings. On false nothing was changed; the cause stands in the trace. Texts are UTF-8,
+/// server names are found whatever the case of their ASCII letters, and an empty password or
+/// trusted path in a setter clears the stored one. May be used from several threads at once.
+class VDCERTIFICATES_API ConfigurationFile {
+  public:
+    /// Loads the machine's keys, making them on first use. Throws ErrorException when they can be
+    /// neither read nor made, or the machine-wide mutex fails.
+    ConfigurationFile();
+    ConfigurationFile(const ConfigurationFile& other);
+    ConfigurationFile& operator=(const ConfigurationFile& other);
+    ~ConfigurationFile();
+
+    // The cluster's certificate: one for the machine.
+    const bool
+    set_cluster_certificate_information(const std::string& rClusterCertificatePublicKeyFilePath,
+                                        const std::string& rClusterCertificatePrivateKeyFilePath,
+                                        const std::string& rClusterCertificateFilePath,
+                                        const std::string& rPassword);
+    const bool
+    get_cluster_certificate_information(std::string& rClusterCertificatePublicKeyFilePath,
+                                        std::string& rClusterCertificatePrivateKeyFilePath,
+                                        std::string& rClusterCertificateFilePath,
+                                        std::string& rPassword);
+
+    // Certificates by server name.
+    const bool set_subsystems_certificate_information(
+        const std::string& rServerName, const std::string& rSubsystemsCertificatePublicKeyFilePath,
+        const std::string& rSubsystemsCertificatePrivateKeyFilePath,
+        const std::string& rSubsystemsCertificateFilePath, const std::string& rPassword);
+    const bool get_subsystems_certificate_information(
+        const std::string& rServerName, std::string& rSubsystemsCertificatePublicKeyFilePath,
+        std::string& rSubsystemsCertificatePrivateKeyFilePath,
+        std::string& rSubsystemsCertificateFilePath, std::string& rPassword);
+
+    const bool set_subsystems_server_certificate_information(
+        const std::string& rServerName,
+        const std::string& rSubsystemsServerCertificatePublicKeyFilePath,
+        const std::string& rSubsystemsServerCertificatePrivateKeyFilePath,
+        const std::string& rSubsystemsServerCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    const bool get_subsystems_server_certificate_information(
+        const std::string& rServerName, std::string& rSubsystemsServerCertificatePublicKeyFilePath,
+        std::string& rSubsystemsServerCertificatePrivateKeyFilePath,
+        std::string& rSubsystemsServerCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    const bool set_subsystems_remote_client_certificate_information(
+        const std::string& rServerName,
+        const std::string& rSubsystemsRemoteClientCertificatePublicKeyFilePath,
+        const std::string& rSubsystemsRemoteClientCertificatePrivateKeyFilePath,
+        const std::string& rSubsystemsRemoteClientCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    /// When nothing is found under the name and it is an address or a name with dots, the search
+    /// goes on with the short host name behind it; that may wait for the network.
+    const bool get_subsystems_remote_client_certificate_information(
+        const std::string& rServerName,
+        std::string& rSubsystemsRemoteClientCertificatePublicKeyFilePath,
+        std::string& rSubsystemsRemoteClientCertificatePrivateKeyFilePath,
+        std::string& rSubsystemsRemoteClientCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    const bool set_remote_client_certificate_information(
+        const std::string& rServerName,
+        const std::string& rRemoteClientCertificatePublicKeyFilePath,
+        const std::string& rRemoteClientCertificatePrivateKeyFilePath,
+        const std::string& rRemoteClientCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    const bool get_remote_client_certificate_information(
+        const std::string& rServerName, std::string& rRemoteClientCertificatePublicKeyFilePath,
+        std::string& rRemoteClientCertificatePrivateKeyFilePath,
+        std::string& rRemoteClientCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    const bool set_webconfig_certificate_information(
+        const std::string& rServerName, const std::string& rWebConfigCertificatePublicKeyFilePath,
+        const std::string& rWebConfigCertificatePrivateKeyFilePath,
+        const std::string& rWebConfigCertificateFilePath, const std::string& rPassword);
+    const bool get_webconfig_certificate_information(
+        const std::string& rServerName, std::string& rWebConfigCertificatePublicKeyFilePath,
+        std::string& rWebConfigCertificatePrivateKeyFilePath,
+        std::string& rWebConfigCertificateFilePath, std::string& rPassword);
+
+    const bool set_devices_certificate_information(
+        const std::string& rServerName, const std::string& rDevicesCertificatePublicKeyFilePath,
+        const std::string& rDevicesCertificatePrivateKeyFilePath,
+        const std::string& rDevicesCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    const bool get_devices_certificate_information(
+        const std::string& rServerName, std::string& rDevicesCertificatePublicKeyFilePath,
+        std::string& rDevicesCertificatePrivateKeyFilePath,
+        std::string& rDevicesCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    const bool set_media_retrieval_server_certificate_information(
+        const std::string& rServerName,
+        const std::string& rMediaRetrievalServerCertificatePublicKeyFilePath,
+        const std::string& rMediaRetrievalServerCertificatePrivateKeyFilePath,
+        const std::string& rMediaRetrievalServerCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    const bool get_media_retrieval_server_certificate_information(
+        const std::string& rServerName,
+        std::string& rMediaRetrievalServerCertificatePublicKeyFilePath,
+        std::string& rMediaRetrievalServerCertificatePrivateKeyFilePath,
+        std::string& rMediaRetrievalServerCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    const bool set_media_retrieval_client_certificate_information(
+        const std::string& rServerName,
+        const std::string& rMediaRetrievalClientCertificatePublicKeyFilePath,
+        const std::string& rMediaRetrievalClientCertificatePrivateKeyFilePath,
+        const std::string& rMediaRetrievalClientCertificateFilePath, const std::string& rPassword,
+        const std::string& rTrustedCertificateFilePath);
+    const bool get_media_retrieval_client_certificate_information(
+        const std::string& rServerName,
+        std::string& rMediaRetrievalClientCertificatePublicKeyFilePath,
+        std::string& rMediaRetrievalClientCertificatePrivateKeyFilePath,
+        std::string& rMediaRetrievalClientCertificateFilePath, std::string& rPassword,
+        std::string& rTrustedCertificateFilePath);
+
+    /// Entries of any name, merged into the section "Notifiers".
+    const bool set_additional_certificate_information(const ConfigurationFileNodes& rNodes);
+    /// The whole section "Notifiers"; on false what could be read of it.
+    const bool get_additional_certificate_information(ConfigurationFileNodes& rNodes);
+
+    // The names of the file, its elements and its keys.
+    static const std::string sm_configurationFile;
+    static const std::string sm_configurationFileName;
+    static const std::string sm_configurationFilePathEnvironmentVariable;
+    static const std::string sm_machinePublicKeyFilePath;
+    static const std::string sm_machinePrivateKeyFilePath;
+    static const std::string sm_notifiersNode;
+    static const std::string sm_devicesNode;
+    static const std::string sm_mediaRetrievalNode;
+    static const std::string sm_clusterCertificate;
+    static const std::string sm_subsystemsCertificate;
+    static const std::string sm_subsystemsServerCertificate;
+    static const std::string sm_subsystemsRemoteClientCertificate;
+    static const std::string sm_remoteClientCertificate;
+    static const std::string sm_webConfigCertificate;
+    static const std::string sm_deviceCertificate;
+    static const std::string sm_mediaRetrievalServerCertificate;
+    static const std::string sm_mediaRetrievalClientCertificate;
+
+  private:
+    friend struct ConfigurationFileAccess;
+
+    // All of these report by exception.
+
+    /// Reads the section `nodeName` of the file in place of what `nodes` held.
+    void get_certificate_information(ConfigurationFileNodes& nodes, const std::string& nodeName);
+    void get_subsystems_certificate_information(ConfigurationFileNodes& nodes);
+    void get_devices_certificate_information(ConfigurationFileNodes& nodes);
+    void get_media_retrieval_certificate_information(ConfigurationFileNodes& nodes);
+
+    /// Reads all sections, merges the new nodes into one of them and rewrites the file.
+    void set_subsystems_certificate_information(const ConfigurationFileNodes& newNodes);
+    void set_devices_certificate_information(const ConfigurationFileNodes& newNodes);
+    void set_media_retrieval_certificate_information(const ConfigurationFileNodes& newNodes);
+
+    /// Merges the new nodes into the existing ones and assigns the section's text.
+    void set_certificate_information(const ConfigurationFileNodes& newNodes,
+                                     ConfigurationFileNodes& existingNodes,
+                                     const std::string& nodeName, std::string& text);
+
+    std::string encipher_password(const std::string& password);
+    /// Wipes the cipher text that it was given.
+    std::string decipher_password(std::string& cipherText);
+
+    /// The whole path of the file, its directory made and its access probed.
+    std::string get_configuration_file_path();
+
+    qncore::RefCountPtr<qncertificates::CertificateKeys> m_certificateKeys;
+    qncore::RefCountPtr<ConfigurationFileMutex> m_configurationFileMutex;
+};
+
+/// The computer's name, which the names of the file and of the key files begin with. UTF-8,
+/// neither folded nor cut.
+VDCERTIFICATES_API std::string get_local_machine_name();
+
+/// The directory of the key files and, by default, of the configuration file, without a trailing
+/// separator; made when missing. The machine's setting when this account may write there, else
+/// below the user's profile, else empty. Throws ErrorException when it cannot be made.
+VDCERTIFICATES_API std::string create_and_get_default_root_configuration_directory();
+
+} // namespace vdcertificates
+
+#ifdef __GNUC__
+#pragma GCC diagnostic pop
+#endif

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string>
+
+#include "ConfigurationFile/configuration_file.h"
+
+namespace vdcertificates {
+
+/// Reaches the private operations of ConfigurationFile, which report by exception: for the bodies
+/// that a family shares, for the suite's own tools and for the tests.
+struct ConfigurationFileAccess {
+    /// One of the three sections of the file, and what reads and changes it.
+    struct Section {
+        const std::string& name;
+        void (ConfigurationFile::*read)(ConfigurationFileNodes& nodes);
+        void (ConfigurationFile::*write)(const ConfigurationFileNodes& newNodes);
+    };
+
+    static inline const Section notifiers{
+        ConfigurationFile::sm_notifiersNode,
+        &ConfigurationFile::get_subsystems_certificate_information,
+        &ConfigurationFile::set_subsystems_certificate_information};
+    static inline const Section devices{ConfigurationFile::sm_devicesNode,
+                                        &ConfigurationFile::get_devices_certificate_information,
+                                        &ConfigurationFile::set_devices_certificate_information};
+    static inline const Section media_retrieval{
+        ConfigurationFile::sm_mediaRetrievalNode,
+        &ConfigurationFile::get_media_retrieval_certificate_information,
+        &ConfigurationFile::set_media_retrieval_certificate_information};
+
+    static ConfigurationFileNodes read(ConfigurationFile& file, const Section& section) {
+        ConfigurationFileNodes nodes;
+        (file.*section.read)(nodes);
+        return nodes;
+    }
+    static void read(ConfigurationFile& file, const std::string& section,
+                     ConfigurationFileNodes& nodes) {
+        file.get_certificate_information(nodes, section);
+    }
+    static std::string merge(ConfigurationFile& file, const ConfigurationFileNodes& newNodes,
+                             ConfigurationFileNodes& existingNodes, const std::string& section) {
+        std::string text;
+        file.set_certificate_information(newNodes, existingNodes, section, text);
+        return text;
+    }
+    static std::string encipher(ConfigurationFile& file, const std::string& password) {
+        return file.encipher_password(password);
+    }
+    static std::string decipher(ConfigurationFile& file, std::string& cipherText) {
+        return file.decipher_password(cipherText);
+    }
+    static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
+
+    /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
+    /// name; a sharing violation ends the change when `stopsAtSharingViolation`.
+    static void change(ConfigurationFile& file, const Section& section,
+                       const ConfigurationFileNodes& newNodes, const char* function,
+                       bool stopsAtSharingViolation);
+};
+
+} // namespace vdcertificates

@@ -1,0 +1,13 @@
+#pragma once
+
+// The one place that says how the exported surface is marked; everything else is hidden.
+// VDCERTIFICATES_BUILD is defined while the library itself is compiled.
+#ifdef _WIN32
+#ifdef VDCERTIFICATES_BUILD
+#define VDCERTIFICATES_API __declspec(dllexport)
+#else
+#define VDCERTIFICATES_API __declspec(dllimport)
+#endif
+#else
+#define VDCERTIFICATES_API __attribute__((visibility("default")))
+#endif

@@ -1,0 +1,50 @@
+#include "ConfigurationFile/machine_name.h"
+
+#include <stdexcept>
+
+#include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/trace_topic.h"
+#include "platform/machine.h"
+#include "platform/name_service.h"
+#include "qncore/string_conversion.h"
+
+namespace vdcertificates {
+
+std::string get_local_machine_name() {
+    std::string name = platform::computer_name();
+    QN_TRACE_NOTE(g_traceTopic, "vdcertificates::get_local_machine_name()",
+                  "obtainedServerName: {}", name);
+    return name;
+}
+
+auto_search_string::auto_search_string() {
+    if (const int error = platform::start_name_service(); error != 0) {
+        throw std::runtime_error("WSAStartup() failed. WSAGetLastError=" +
+                                 qncore::to_string(error));
+    }
+}
+
+auto_search_string::~auto_search_string() {
+    if (const int error = platform::stop_name_service(); error != 0) {
+        QN_TRACE_ERROR(g_traceTopic, "~auto_search_string()",
+                       "WSACleanup error. WSAGetLastError={}", error);
+    }
+}
+
+std::string auto_search_string::to_host_name(const std::string& server) {
+    const auto family = server.find(':') != std::string::npos ? platform::AddressFamily::ipv6
+                                                              : platform::AddressFamily::ipv4;
+    const platform::HostName host = platform::host_name_of_address(server, family);
+    if (!host.is_address) {
+        return server.substr(0, server.find('.'));
+    }
+    if (host.error != 0) {
+        throw std::runtime_error("getnameinfo() failed. WSAGetLastError=" +
+                                 qncore::to_string(host.error));
+    }
+    QN_TRACE_NOTE(g_traceTopic, "vdcertificates::auto_search_string::to_host_name()",
+                  "Converted the IP address {} to {}", server, host.name);
+    return host.name.substr(0, host.name.find('.'));
+}
+
+} // namespace vdcertificates

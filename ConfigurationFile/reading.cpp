@@ -1,0 +1,109 @@
+#include "ConfigurationFile/configuration_file.h"
+#include "qnfile/file_stream.h"
+#include "qnxml/reader.h"
+#include "qnxml/stream_tokenizer.h"
+
+namespace vdcertificates {
+namespace {
+
+using Element = qnxml::XmlReader::ElementPtr;
+
+constexpr unsigned int first_line = 1;
+constexpr std::size_t buffer_size = 4096;
+
+/// Calls `visit` with each child element of `parent`, which the reader stands on.
+template <class Visit>
+void for_each_child(qnxml::XmlReader& reader, Element parent, const Visit& visit) {
+    while (reader.next_child_element(parent)) {
+        visit(reader.current_element());
+    }
+}
+
+struct PathField {
+    const char* element;
+    std::string CertificateNode::*field;
+};
+
+constexpr PathField path_fields[] = {
+    {"PublicKeyPath", &CertificateNode::publicKeyPath},
+    {"PrivateKeyPath", &CertificateNode::privateKeyPath},
+    {"CertificatePath", &CertificateNode::certificatePath},
+    {"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
+};
+
+/// Reads one entry; `decipher` turns the stored text of a password into the clear one.
+template <class Decipher>
+CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
+                           const Decipher& decipher) {
+    CertificateNode node;
+    node.name = entry->qualified_name();
+    for_each_child(reader, entry, [&](const Element& child) {
+        for (const PathField& path : path_fields) {
+            if (child->qualified_name() == path.element) {
+                node.*path.field = reader.read_element_text();
+                return;
+            }
+        }
+        if (child->qualified_name() == "Password") {
+            std::string cipherText = reader.read_element_text();
+            node.password = cipherText.empty() ? std::string() : decipher(cipherText);
+        }
+    });
+    return node;
+}
+
+template <class Decipher>
+void read_section(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
+                  const Decipher& decipher) {
+    for_each_child(reader, section, [&](const Element& child) {
+        if (child->qualified_name() != "Notifier") {
+            nodes.certificates.push_back(read_entry(reader, child, decipher));
+            return;
+        }
+        const auto* attribute = child->find_attribute("Name");
+        const std::string key = attribute != nullptr ? attribute->value() : qncore::g_emptyString;
+        for_each_child(reader, child, [&](const Element& entry) {
+            nodes.notifiers[key].push_back(read_entry(reader, entry, decipher));
+        });
+    });
+}
+
+} // namespace
+
+void ConfigurationFile::get_certificate_information(ConfigurationFileNodes& nodes,
+                                                    const std::string& nodeName) {
+    nodes.certificates.clear();
+    nodes.notifiers.clear();
+    const std::string path = get_configuration_file_path();
+    const ConfigurationFileExclusiveAccessLock lock(m_configurationFileMutex);
+    qnxml::XmlStreamTokenizer tokenizer(
+        qnuri::UriReference(), first_line, buffer_size,
+        qnfile::FileReadStream::create(path, qnfile::share_none, qnfile::flag_sequential_scan));
+    qnxml::XmlReader reader(&tokenizer, nullptr);
+
+    reader.next_element();
+    if (reader.node_type() != qnxml::XmlNodeType::Element ||
+        reader.current_element()->qualified_name() != sm_configurationFile) {
+        return; // any other document counts as an empty file
+    }
+    const auto decipher = [this](std::string& cipherText) { return decipher_password(cipherText); };
+    for_each_child(reader, reader.current_element(), [&](const Element& section) {
+        if (section->qualified_name() == nodeName) {
+            read_section(reader, section, nodes, decipher);
+        }
+    });
+}
+
+void ConfigurationFile::get_subsystems_certificate_information(ConfigurationFileNodes& nodes) {
+    get_certificate_information(nodes, sm_notifiersNode);
+}
+
+void ConfigurationFile::get_devices_certificate_information(ConfigurationFileNodes& nodes) {
+    get_certificate_information(nodes, sm_devicesNode);
+}
+
+void ConfigurationFile::get_media_retrieval_certificate_information(ConfigurationFileNodes& nodes) {
+    get_certificate_information(nodes, sm_mediaRetrievalNode);
+}
+
+} // namespace vdcertificates

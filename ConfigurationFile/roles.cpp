@@ -1,0 +1,175 @@
+#include "ConfigurationFile/roles.h"
+
+#include <optional>
+#include <stdexcept>
+
+#include "ConfigurationFile/machine_name.h"
+#include "ConfigurationFile/trace_topic.h"
+#include "qncore/string_conversion.h"
+
+namespace vdcertificates {
+
+using Access = ConfigurationFileAccess;
+
+#define FUNCTIONS(name)                                                                            \
+    "vdcertificates::ConfigurationFile::set_" name "_certificate_information()",                   \
+        "vdcertificates::ConfigurationFile::get_" name "_certificate_information()"
+
+// clang-format off
+const Role roles::cluster{
+    ConfigurationFile::sm_clusterCertificate, Access::notifiers, false, false, false,
+    FUNCTIONS("cluster"),
+    "rClusterCertificatePublicKeyFilePath: {}, rClusterCertificatePrivateKeyFilePath: {}, rClusterCertificateFilePath: {}"};
+const Role roles::subsystems{
+    ConfigurationFile::sm_subsystemsCertificate, Access::notifiers, true, false, false,
+    FUNCTIONS("subsystems"),
+    "rServerName: {}, rSubsystemsCertificatePublicKeyFilePath: {}, rSubsystemsCertificatePrivateKeyFilePath: {}, rSubsystemsCertificateFilePath: {}"};
+const Role roles::subsystems_server{
+    ConfigurationFile::sm_subsystemsServerCertificate, Access::notifiers, true, true, false,
+    FUNCTIONS("subsystems_server"),
+    "rServerName: {}, rSubsystemsServerCertificatePublicKeyFilePath: {}, rSubsystemsServerCertificatePrivateKeyFilePath: {}, rSubsystemsServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+const Role roles::subsystems_remote_client{
+    ConfigurationFile::sm_subsystemsRemoteClientCertificate, Access::notifiers, true, true, true,
+    FUNCTIONS("subsystems_remote_client"),
+    "rServerName: {}, rSubsystemsRemoteClientCertificatePublicKeyFilePath: {}, rSubsystemsRemoteClientCertificatePrivateKeyFilePath: {}, rSubsystemsRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+const Role roles::remote_client{
+    ConfigurationFile::sm_remoteClientCertificate, Access::notifiers, true, true, false,
+    FUNCTIONS("remote_client"),
+    "rServerName: {}, rRemoteClientCertificatePublicKeyFilePath: {}, rRemoteClientCertificatePrivateKeyFilePath: {}, rRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+const Role roles::web_config{
+    ConfigurationFile::sm_webConfigCertificate, Access::notifiers, true, false, false,
+    FUNCTIONS("webconfig"),
+    "rServerName: {}, rWebConfigCertificatePublicKeyFilePath: {}, rWebConfigCertificatePrivateKeyFilePath: {}, rWebConfigCertificateFilePath: {}"};
+const Role roles::device{
+    ConfigurationFile::sm_deviceCertificate, Access::devices, true, true, false,
+    FUNCTIONS("devices"),
+    "rServerName: {}, rDevicesCertificatePublicKeyFilePath: {}, rDevicesCertificatePrivateKeyFilePath: {}, rDevicesCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+const Role roles::media_retrieval_server{
+    ConfigurationFile::sm_mediaRetrievalServerCertificate, Access::media_retrieval, true, true, false,
+    FUNCTIONS("media_retrieval_server"),
+    "rServerName: {}, rMediaRetrievalServerCertificatePublicKeyFilePath: {}, rMediaRetrievalServerCertificatePrivateKeyFilePath: {}, rMediaRetrievalServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+const Role roles::media_retrieval_client{
+    ConfigurationFile::sm_mediaRetrievalClientCertificate, Access::media_retrieval, true, true, false,
+    FUNCTIONS("media_retrieval_client"),
+    "rServerName: {}, rMediaRetrievalClientCertificatePublicKeyFilePath: {}, rMediaRetrievalClientCertificatePrivateKeyFilePath: {}, rMediaRetrievalClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+// clang-format on
+
+#undef FUNCTIONS
+
+namespace {
+
+/// Writes the arguments of an accessor, the password left out.
+void trace_arguments(const Role& role, const char* function, const std::string& serverName,
+                     const std::string& publicKey, const std::string& privateKey,
+                     const std::string& certificate, const std::string* trustedPath) {
+    if (!qntrace::is_enabled(g_traceTopic, qntrace::level_note)) {
+        return;
+    }
+    qntrace::TraceMessage message(g_traceTopic, qntrace::level_note, function, __FILE__, __LINE__,
+                                  role.trace_format);
+    message.msg_type(qntrace::eMsgTypeUser).user_msg_type(qntrace::eUserMsgNote);
+    if (role.by_server) {
+        message << serverName;
+    }
+    message << publicKey << privateKey << certificate;
+    if (role.has_trusted_path) {
+        message << *trustedPath;
+    }
+}
+
+/// The entries among which the role's one is looked for; null when there are none. Only the first
+/// key that is equal to the name counts.
+const std::vector<CertificateNode>* find_entries(const ConfigurationFileNodes& nodes,
+                                                 const Role& role, const std::string& serverName) {
+    if (!role.by_server) {
+        return &nodes.certificates;
+    }
+    for (const auto& [key, entries] : nodes.notifiers) {
+        if (qncore::equal_nocase_ascii(key, serverName)) {
+            return &entries;
+        }
+    }
+    return nullptr;
+}
+
+/// Assigns the outputs from the first entry of the role, if there is one.
+void search(const ConfigurationFileNodes& nodes, const Role& role, const std::string& serverName,
+            const RoleOutputs& outputs) {
+    const std::vector<CertificateNode>* entries = find_entries(nodes, role, serverName);
+    if (entries == nullptr) {
+        return;
+    }
+    for (const CertificateNode& entry : *entries) {
+        if (qncore::equal_nocase_ascii(entry.name, role.element)) {
+            outputs.public_key = entry.publicKeyPath;
+            outputs.private_key = entry.privateKeyPath;
+            outputs.certificate = entry.certificatePath;
+            outputs.password = entry.password;
+            if (role.has_trusted_path) {
+                *outputs.trusted_path = entry.trustedCertificatePath;
+            }
+            return;
+        }
+    }
+}
+
+/// The name for the second attempt: empty for a plain short name, nothing when the conversion
+/// failed.
+std::optional<std::string> short_host_name(const Role& role, const std::string& serverName) {
+    std::string name;
+    if (serverName.find_first_of(".:") != std::string::npos) {
+        try {
+            name = auto_search_string().to_host_name(serverName);
+        } catch (const std::runtime_error& error) {
+            QN_TRACE_ERROR(g_traceTopic, role.getter, "{}", error.what());
+            return std::nullopt;
+        }
+    }
+    QN_TRACE_NOTE(g_traceTopic, role.getter, "Checking with serverNameToSearchFor: {}", name);
+    return name;
+}
+
+} // namespace
+
+bool set_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
+              CertificateNode entry) {
+    QN_TRACE_FUNCTION(g_traceTopic, role.setter);
+    trace_arguments(role, role.setter, serverName, entry.publicKeyPath, entry.privateKeyPath,
+                    entry.certificatePath, &entry.trustedCertificatePath);
+    entry.name = role.element;
+    ConfigurationFileNodes nodes;
+    (role.by_server ? nodes.notifiers[serverName] : nodes.certificates).push_back(std::move(entry));
+    try {
+        (file.*role.section.write)(nodes);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+bool get_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
+              const RoleOutputs& outputs) {
+    QN_TRACE_FUNCTION(g_traceTopic, role.getter);
+    ConfigurationFileNodes nodes;
+    try {
+        (file.*role.section.read)(nodes);
+    } catch (...) {
+        return false;
+    }
+    search(nodes, role, serverName, outputs);
+    // Required: the outputs decide, whether or not the first search found the entry.
+    if (role.tries_short_name && outputs.certificate.empty() && outputs.trusted_path->empty()) {
+        const std::optional<std::string> name = short_host_name(role, serverName);
+        if (!name) {
+            return false;
+        }
+        if (!name->empty()) {
+            search(nodes, role, *name, outputs);
+        }
+    }
+    trace_arguments(role, role.getter, serverName, outputs.public_key, outputs.private_key,
+                    outputs.certificate, outputs.trusted_path);
+    return true;
+}
+
+} // namespace vdcertificates

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+
+#include "ConfigurationFile/configuration_file_access.h"
+
+namespace vdcertificates {
+
+/// One certificate role: where its entry stands and how its accessors trace.
+struct Role {
+    const std::string& element; ///< name of its entry
+    const ConfigurationFileAccess::Section& section;
+    bool by_server;        ///< grouped under a server name, else directly in the section
+    bool has_trusted_path; ///< its accessors carry the trusted path
+    bool tries_short_name; ///< its getter makes a second attempt with the short host name
+    const char* setter;    ///< qualified names
+    const char* getter;
+    const char* trace_format; ///< of the arguments: server name, three paths, trusted path
+};
+
+namespace roles {
+
+extern const Role cluster;
+extern const Role subsystems;
+extern const Role subsystems_server;
+extern const Role subsystems_remote_client;
+extern const Role remote_client;
+extern const Role web_config;
+extern const Role device;
+extern const Role media_retrieval_server;
+extern const Role media_retrieval_client;
+
+} // namespace roles
+
+/// What a getter fills; `trusted_path` is null for roles without one.
+struct RoleOutputs {
+    std::string& public_key;
+    std::string& private_key;
+    std::string& certificate;
+    std::string& password;
+    std::string* trusted_path;
+};
+
+/// The bodies of all setters and of all getters. `serverName` is ignored for the cluster.
+bool set_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
+              CertificateNode entry);
+bool get_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
+              const RoleOutputs& outputs);
+
+} // namespace vdcertificates

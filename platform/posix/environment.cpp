@@ -1,0 +1,21 @@
+#include "platform/environment.h"
+
+#include <cstdlib>
+
+namespace platform {
+
+std::optional<std::string> environment_variable(const char* name) {
+    const char* value = ::secure_getenv(name);
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+void set_environment_variable(const char* name, const std::string& value) {
+    ::setenv(name, value.c_str(), 1);
+}
+
+std::optional<std::string> user_profile_directory() {
+    auto profile = environment_variable("USERPROFILE");
+    return profile ? profile : environment_variable("HOME");
+}
+
+} // namespace platform

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace qncrypto {
+
+/// Bytes of a key, a password or a plain text. The whole allocation is overwritten with zeros
+/// before any of it is released. Storage comes from `::operator new` in multiples of 8 bytes; what
+/// lies between size() and capacity() is always zero. A size beyond all memory throws
+/// std::bad_alloc and changes nothing.
+class Key {
+  public:
+    Key() noexcept = default;
+    /// `size` zero bytes.
+    explicit Key(std::size_t size);
+    /// A copy of the bytes.
+    Key(const unsigned char* bytes, std::size_t size);
+    Key(const Key& other)
+        : Key(other.data_, other.size_) {}
+    Key(Key&& other) noexcept { swap(other); }
+    Key& operator=(Key other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~Key() { release(); }
+
+    std::size_t capacity() const noexcept { return capacity_; }
+    std::size_t size() const noexcept { return size_; }
+    bool empty() const noexcept { return size_ == 0; }
+    /// Null when nothing is allocated.
+    unsigned char* data() noexcept { return data_; }
+    const unsigned char* data() const noexcept { return data_; }
+
+    /// Makes room for `size` bytes; never shrinks and never changes size().
+    void reserve(std::size_t size);
+    /// Grows with zero bytes, or cuts; cut bytes become zero.
+    void resize(std::size_t size);
+    /// Takes a copy of the bytes, which may be its own.
+    void assign(const unsigned char* bytes, std::size_t size);
+
+    void swap(Key& other) noexcept;
+
+    /// True for the same bytes. Not for comparing secrets of which one is guessed.
+    friend bool operator==(const Key& left, const Key& right) noexcept;
+
+  private:
+    void release() noexcept;
+
+    std::size_t capacity_ = 0;
+    std::size_t size_ = 0;
+    unsigned char* data_ = nullptr;
+};
+
+/// Overwrites a text or a vector with zeros: its content, which keeps its size, and all that its
+/// allocation still holds of earlier contents.
+void cleanse(std::string& text) noexcept;
+void cleanse(std::vector<unsigned char>& bytes) noexcept;
+
+} // namespace qncrypto

@@ -1,0 +1,197 @@
+#include <algorithm>
+
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/pkcs12.h>
+
+#include "qncore/base64.h"
+#include "qncore/error_composer.h"
+#include "qncore/safe_cast.h"
+#include "qncrypto/errors.h"
+#include "qncrypto/openssl_error.h"
+#include "qncrypto/openssl_handles.h"
+#include "qncrypto/rsa.h"
+#include "qncrypto/rsa_encoding.h"
+
+namespace qncrypto {
+
+using qncore::ErrorInfoPtr;
+using qncore::SourceLocation;
+
+namespace {
+
+OpensslHandle<RSA> parse_private_key(const Key& privateKey, const SourceLocation& location) {
+    const unsigned char* position = privateKey.data();
+    OpensslHandle rsa(
+        d2i_RSAPrivateKey(nullptr, &position, qncore::safe_cast<long>(privateKey.size())),
+        RSA_free);
+    if (!rsa) {
+        throw_openssl_error(error::qncrypto_rsa_key, "Invalid private RSA key specified", location);
+    }
+    return rsa;
+}
+
+/// An EVP_PKEY that owns the RSA key.
+OpensslHandle<EVP_PKEY> wrap_key(OpensslHandle<RSA> rsa, const SourceLocation& location) {
+    OpensslHandle pkey(EVP_PKEY_new(), EVP_PKEY_free);
+    if (!pkey) {
+        throw_openssl_error(error::qncrypto_rsa_key, "Error converting RSA key", location);
+    }
+    if (EVP_PKEY_assign(pkey.get(), EVP_PKEY_RSA, rsa.get()) < 1) {
+        throw_openssl_error(error::qncrypto_rsa_key, "Invalid private RSA key specified", location);
+    }
+    rsa.detach();
+    return pkey;
+}
+
+const EVP_CIPHER* cipher_by_name(const char* name, const SourceLocation& location) {
+    const EVP_CIPHER* cipher = name != nullptr ? EVP_get_cipherbyname(name) : nullptr;
+    if (cipher == nullptr) {
+        ErrorInfoPtr nested = openssl_error_info(openssl_error_depth);
+        qncore::ErrorComposer("Unknown encryption cipher '{@cipher}'")
+            .param("cipher", name != nullptr ? name : "")
+            .throw_error(error::qncrypto_rsa_keystore_cipher, location, std::move(nested));
+    }
+    return cipher;
+}
+
+/// Gives OpenSSL no password, and notes in the flag, when there is one, that it asked.
+int refuse_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* flag) {
+    if (flag != nullptr) {
+        *static_cast<bool*>(flag) = true;
+    }
+    return 0;
+}
+
+/// Runs the body; whatever standard exception leaves it goes by the rule of the error slot.
+template <class Body>
+Key run_with_slot(ErrorInfoPtr* error, const SourceLocation& location, Body body) {
+    try {
+        return body();
+    } catch (const std::exception& exception) {
+        qncore::deliver_error(error, qncore::ErrorInfo::from_exception(exception, location));
+        return {};
+    }
+}
+
+Key decode_private_key(const char* pem, std::size_t size, const Key& password,
+                       const SourceLocation& location) {
+    const auto fail = [&location](const char* text) {
+        throw_openssl_error(error::qncrypto_rsa_keystore_decoding, text, location);
+    };
+    const char* const undecodable = "Error decoding PKCS#8 private key";
+    const OpensslHandle bio(BIO_new_mem_buf(pem, qncore::safe_cast<int>(size)), BIO_free_all);
+    if (!bio) {
+        fail(undecodable);
+    }
+    const OpensslHandle enciphered(PEM_read_bio_PKCS8(bio.get(), nullptr, nullptr, nullptr),
+                                   X509_SIG_free);
+    if (!enciphered) {
+        fail(undecodable);
+    }
+    const OpensslHandle info(PKCS8_decrypt(enciphered.get(),
+                                           reinterpret_cast<const char*>(password.data()),
+                                           qncore::safe_cast<int>(password.size())),
+                             PKCS8_PRIV_KEY_INFO_free);
+    if (!info) {
+        throw_openssl_error(error::qncrypto_rsa_keystore_decrypt,
+                            "Error decrypting PKCS#8 private key (password wrong?)", location);
+    }
+    const OpensslHandle pkey(EVP_PKCS82PKEY(info.get()), EVP_PKEY_free);
+    if (!pkey) {
+        fail(undecodable);
+    }
+    const OpensslHandle rsa(EVP_PKEY_get1_RSA(pkey.get()), RSA_free);
+    if (!rsa) {
+        fail(undecodable);
+    }
+    Key privateKey;
+    encode_key(rsa.get(), i2d_RSAPrivateKey, privateKey, error::qncrypto_rsa_keystore_decoding,
+               "Failed to extract private key", location);
+    return privateKey;
+}
+
+Key decode_public_key(const char* pem, std::size_t size, const SourceLocation& location) {
+    const auto fail = [&location](const char* text) {
+        throw_openssl_error(error::qncrypto_rsa_keystore_decoding, text, location);
+    };
+    const OpensslHandle bio(BIO_new_mem_buf(pem, qncore::safe_cast<int>(size)), BIO_free_all);
+    if (!bio) {
+        fail("Error decoding RSA public key");
+    }
+    bool asked = false;
+    const OpensslHandle rsa(PEM_read_bio_RSAPublicKey(bio.get(), nullptr, refuse_password, &asked),
+                            RSA_free);
+    if (!rsa) {
+        fail(asked ? "Encrypted public key container not supported"
+                   : "Error decoding RSA public key");
+    }
+    Key publicKey;
+    encode_key(rsa.get(), i2d_RSAPublicKey, publicKey, error::qncrypto_rsa_keystore_decoding,
+               "Failed to extract public key", location);
+    return publicKey;
+}
+
+} // namespace
+
+Key RsaContext::public_key_from_private_key(const Key& privateKey) {
+    const auto location = QN_LOCATION("qncrypto::RsaContext::public_key_from_private_key()");
+    const auto rsa = parse_private_key(privateKey, location);
+    Key publicKey;
+    encode_key(rsa.get(), i2d_RSAPublicKey, publicKey, error::qncrypto_rsa_key,
+               "Failed to extract public key", location);
+    return publicKey;
+}
+
+std::string RsaContext::private_key_as_pkcs8_pem(const Key& privateKey, const Key& password,
+                                                 const char* cipher) {
+    const auto location = QN_LOCATION("qncrypto::RsaContext::private_key_as_pkcs8_pem()");
+    if (password.empty()) {
+        qncore::throw_error(error::qncrypto_rsa_keystore_password, "No password specified",
+                            location);
+    }
+    const auto pkey = wrap_key(parse_private_key(privateKey, location), location);
+    const EVP_CIPHER* const method = cipher_by_name(cipher, location);
+    const OpensslHandle bio(BIO_new(BIO_s_mem()), BIO_free_all);
+    if (!bio) {
+        throw_openssl_error(error::qncrypto_rsa_key, "Error encrypting RSA key", location);
+    }
+    const char* const failed = "Error encrypting private key";
+    if (PEM_write_bio_PKCS8PrivateKey(
+            bio.get(), pkey.get(), method, reinterpret_cast<const char*>(password.data()),
+            qncore::safe_cast<int>(password.size()), refuse_password, nullptr) < 1) {
+        throw_openssl_error(error::qncrypto_rsa_keystore_encoding, failed, location);
+    }
+    char* text = nullptr;
+    const long length = BIO_ctrl(bio.get(), BIO_CTRL_INFO, 0, &text);
+    if (length < 1) {
+        throw_openssl_error(error::qncrypto_rsa_keystore_encoding, failed, location);
+    }
+    return {text, static_cast<std::size_t>(length)};
+}
+
+Key RsaContext::private_key_from_pkcs8_pem(const char* pem, std::size_t size, const Key& password,
+                                           ErrorInfoPtr* error) {
+    const auto location = QN_LOCATION("qncrypto::RsaContext::private_key_from_pkcs8_pem()");
+    return run_with_slot(error, location,
+                         [&] { return decode_private_key(pem, size, password, location); });
+}
+
+std::string RsaContext::public_key_as_pem(const Key& publicKey) {
+    constexpr std::size_t bytesPerLine = 48; // 64 characters
+    std::string text = "-----BEGIN RSA PUBLIC KEY-----\n";
+    for (std::size_t at = 0; at < publicKey.size(); at += bytesPerLine) {
+        const std::size_t count = std::min(bytesPerLine, publicKey.size() - at);
+        qncore::append_base64(text, publicKey.data() + at, count, true);
+        text += '\n';
+    }
+    text += "-----END RSA PUBLIC KEY-----";
+    return text;
+}
+
+Key RsaContext::public_key_from_pem(const char* pem, std::size_t size, ErrorInfoPtr* error) {
+    const auto location = QN_LOCATION("qncrypto::RsaContext::public_key_from_pem()");
+    return run_with_slot(error, location, [&] { return decode_public_key(pem, size, location); });
+}
+
+} // namespace qncrypto

@@ -1,0 +1,155 @@
+#include <filesystem>
+
+#include "qncertificates/errors.h"
+#include "qncore/error_exception.h"
+#include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/trace_capture.h"
+
+namespace store_test {
+namespace {
+
+namespace fs = std::filesystem;
+using vdcertificates::ConfigurationFile;
+
+class LifecycleTest : public StoreTest {
+  protected:
+    std::string public_key() const { return support::read_file(machine.public_key_file()); }
+    std::string private_key() const { return support::read_file(machine.private_key_file()); }
+
+    void expect_keys_at_rest() const {
+        for (const std::string& file : {machine.public_key_file(), machine.private_key_file()}) {
+            EXPECT_EQ(fs::status(file).permissions() & fs::perms::owner_write, fs::perms::none)
+                << file;
+        }
+        EXPECT_EQ(public_key().substr(0, 2), "\x30\x82");
+        EXPECT_EQ(private_key().substr(0, 2), "\x30\x82");
+    }
+
+    void replace_key_file(const std::string& file, const std::string& content) {
+        fs::permissions(file, fs::perms::owner_write, fs::perm_options::add);
+        support::write_file(file, content);
+    }
+};
+
+TEST_F(LifecycleTest, AFreshMachineGetsOnePairThatTheNextObjectLoads) {
+    const support::TraceCapture capture("11");
+    ConfigurationFile first;
+    expect_keys_at_rest();
+    const std::string publicKey = public_key();
+    const std::string privateKey = private_key();
+    ASSERT_TRUE(first.set_cluster_certificate_information("p", "k", "c", "secret"));
+
+    ConfigurationFile second;
+    EXPECT_EQ(public_key(), publicKey);
+    EXPECT_EQ(private_key(), privateKey);
+    std::string password;
+    std::string other;
+    EXPECT_TRUE(second.get_cluster_certificate_information(other, other, other, password));
+    EXPECT_EQ(password, "secret");
+    EXPECT_EQ(capture.text(), "");
+}
+
+TEST_F(LifecycleTest, CopiesShareTheKeys) {
+    ConfigurationFile file;
+    ConfigurationFile copy(file);
+    fs::remove_all(machine.root());
+    ConfigurationFile assigned; // makes new keys
+    assigned = copy;
+    ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
+    std::string password;
+    std::string other;
+    EXPECT_TRUE(assigned.get_cluster_certificate_information(other, other, other, password));
+    EXPECT_EQ(password, "secret");
+}
+
+TEST_F(LifecycleTest, ALoneFileOfThePairIsReplacedWithANewPartner) {
+    ConfigurationFile();
+    const std::string publicKey = public_key();
+    const std::string privateKey = private_key();
+    fs::remove(machine.public_key_file());
+    ConfigurationFile();
+    expect_keys_at_rest();
+    EXPECT_NE(private_key(), privateKey);
+    EXPECT_NE(public_key(), publicKey);
+
+    const std::string nextPublicKey = public_key();
+    fs::remove(machine.private_key_file());
+    ConfigurationFile();
+    expect_keys_at_rest();
+    EXPECT_NE(public_key(), nextPublicKey);
+}
+
+TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
+    ConfigurationFile();
+    const std::string good_public = public_key();
+    const std::string good_private = private_key();
+    fs::remove_all(machine.root());
+    ConfigurationFile();
+    struct Case {
+        const char* what;
+        std::string publicKey;
+        std::string privateKey;
+    };
+    const Case cases[] = {
+        {"empty public key", "", private_key()},
+        {"junk private key", public_key(), "junk"},
+        {"cut private key", public_key(), private_key().substr(0, 500)},
+        {"keys of two pairs", good_public, private_key()},
+    };
+    for (const Case& test : cases) {
+        replace_key_file(machine.public_key_file(), test.publicKey);
+        replace_key_file(machine.private_key_file(), test.privateKey);
+        const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
+        EXPECT_NO_THROW(ConfigurationFile()) << test.what;
+        expect_keys_at_rest();
+        EXPECT_NE(private_key(), test.privateKey) << test.what;
+        EXPECT_THAT(
+            capture.lines(),
+            testing::ElementsAre(testing::AllOf(
+                testing::HasSubstr(" vdcertificates::ConfigurationFile::ConfigurationFile() Caught "
+                                   "exception when loading EXISTING keys for configuration file "
+                                   "usage. machinePublicKey: " +
+                                   machine.public_key_file() + ", machinePrivateKey: " +
+                                   machine.private_key_file() + ", caughtException: "),
+                testing::EndsWith(". Regenerating NEW keys."))))
+            << test.what;
+        EXPECT_NO_THROW(ConfigurationFile()) << test.what;
+    }
+}
+
+TEST_F(LifecycleTest, WhenRegenerationFailsTooTheErrorNamesBothFiles) {
+    fs::create_directories(machine.root());
+    support::write_file(machine.public_key_file(), "junk");
+    fs::create_directory(machine.private_key_file()); // cannot be a key file
+    const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
+    try {
+        ConfigurationFile();
+        ADD_FAILURE() << "constructed";
+    } catch (const qncore::ErrorException& exception) {
+        EXPECT_TRUE(exception.matches(qncertificates::error::qncertificates_parameter_invalid));
+        EXPECT_EQ(exception.what(), "Caught exception when loading keys for configuration file "
+                                    "usage. machinePublicKey: " +
+                                        machine.public_key_file() +
+                                        ", machinePrivateKey: " + machine.private_key_file() + ".");
+        EXPECT_EQ(exception.info()->location().function.view(),
+                  "vdcertificates::ConfigurationFile::ConfigurationFile()");
+        EXPECT_TRUE(exception.info()->nested());
+    }
+    EXPECT_EQ(capture.lines().size(), 2U);
+    EXPECT_THAT(capture.lines().back(),
+                testing::HasSubstr("Caught exception when creating keys for configuration file "
+                                   "usage. machinePublicKey: "));
+    EXPECT_EQ(public_key(), "junk");
+}
+
+TEST_F(LifecycleTest, TheKeysStayInTheRootWhenTheVariableMovesTheFile) {
+    const support::EnvironmentGuard variable("ORVA_Certificates", machine.file("moved.xml"));
+    ConfigurationFile file;
+    ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
+    EXPECT_TRUE(fs::exists(machine.file("moved.xml")));
+    EXPECT_FALSE(fs::exists(machine.default_file()));
+    expect_keys_at_rest();
+}
+
+} // namespace
+} // namespace store_test

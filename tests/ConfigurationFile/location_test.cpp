@@ -1,0 +1,221 @@
+#include <filesystem>
+
+#include "ConfigurationFile/errors.h"
+#include "ConfigurationFile/location.h"
+#include "platform/file.h"
+#include "platform/testing/testing.h"
+#include "qncertificates/errors.h"
+#include "qncore/error_exception.h"
+#include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/trace_capture.h"
+
+namespace store_test {
+namespace {
+
+namespace fs = std::filesystem;
+using support::EnvironmentGuard;
+using support::TraceCapture;
+using testing::HasSubstr;
+using vdcertificates::ConfigurationFile;
+using vdcertificates::ConfigurationFileAccess;
+using vdcertificates::create_and_get_default_root_configuration_directory;
+
+using LocationTest = StoreTest;
+
+const char* const topic = "VDCertificatesConfigurationFile=41";
+
+TEST_F(LocationTest, TheVariableNamesTheWholePath) {
+    struct Case {
+        std::string value;
+        std::string path;
+        bool probed; ///< an empty file exists afterwards
+    };
+    const Case cases[] = {
+        {machine.file("x.xml"), machine.file("x.xml"), true},
+        {machine.file("new/x.xml"), machine.file("new/x.xml"), true},
+        {machine.file("new//y.xml"), machine.file("new//y.xml"), true},
+        {"", machine.default_file(), false},
+    };
+    ConfigurationFile file;
+    for (const Case& test : cases) {
+        const EnvironmentGuard variable("ORVA_Certificates", test.value);
+        const TraceCapture capture(topic);
+        EXPECT_EQ(ConfigurationFileAccess::path(file), test.path);
+        EXPECT_EQ(fs::exists(test.path), test.probed) << test.path;
+        EXPECT_THAT(capture.text(), HasSubstr(" 41 VDCertificatesConfigurationFile vdcertificates::"
+                                              "ConfigurationFile::get_configuration_file_path() "
+                                              "configurationFilePath: " +
+                                              test.path + "\n"));
+    }
+    // With nothing before the separator the value is taken untested.
+    const EnvironmentGuard variable("ORVA_Certificates", "/x.xml");
+    EXPECT_EQ(ConfigurationFileAccess::path(file), "/x.xml");
+    EXPECT_FALSE(fs::exists("/x.xml"));
+}
+
+TEST_F(LocationTest, APlainNameStandsForADirectoryAndAFileAtOnce) {
+    ConfigurationFile file;
+    fs::current_path(machine.directory());
+    const EnvironmentGuard variable("ORVA_Certificates", "plain.xml");
+    // The directory of that name is made, and then cannot be written as a file.
+    EXPECT_EQ(ConfigurationFileAccess::path(file), machine.default_file());
+    EXPECT_TRUE(fs::is_directory(machine.file("plain.xml")));
+}
+
+TEST_F(LocationTest, ADirectoryThatCannotBeMadeIsAnError) {
+    ConfigurationFile file;
+    const EnvironmentGuard variable("ORVA_Certificates", machine.file("a/b/x.xml"));
+    const TraceCapture capture("VDCertificatesConfigurationFile=11");
+    try {
+        ConfigurationFileAccess::path(file);
+        ADD_FAILURE();
+    } catch (const qncore::ErrorException& exception) {
+        const std::string message = "Failed to create the directory: " + machine.file("a/b") + ".";
+        EXPECT_EQ(exception.what(), message);
+        EXPECT_TRUE(exception.matches(qncertificates::error::qncertificates_filesystem_mkdir));
+        EXPECT_EQ(exception.info()->location().function.view(),
+                  "vdcertificates::ConfigurationFile::get_configuration_file_path()");
+        EXPECT_THAT(capture.text(), HasSubstr("Error Message: " + message));
+    }
+}
+
+TEST_F(LocationTest, AFileThatMayNotBeWrittenFallsBackWithAWarning) {
+    ConfigurationFile file;
+    fs::create_directory(machine.file("x.xml"));
+    const EnvironmentGuard variable("ORVA_Certificates", machine.file("x.xml"));
+    const TraceCapture capture("VDCertificatesConfigurationFile=21");
+    EXPECT_EQ(ConfigurationFileAccess::path(file), machine.default_file());
+    EXPECT_THAT(capture.lines(),
+                testing::ElementsAre(HasSubstr(
+                    " 21 VDCertificatesConfigurationFile vdcertificates::ConfigurationFile::"
+                    "get_configuration_file_path() Current user has NO access to: " +
+                    machine.file("x.xml") +
+                    ", as specified by the environment variable: ORVA_Certificates.")));
+}
+
+TEST_F(LocationTest, AnExclusiveOpenerIsWaitedForAndThenReported) {
+    const std::string path = machine.file("x.xml");
+    ConfigurationFile file;
+    const EnvironmentGuard variable("ORVA_Certificates", path);
+    const TraceCapture capture("VDCertificatesConfigurationFile=11");
+    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 2);
+    EXPECT_EQ(ConfigurationFileAccess::path(file), path); // the third attempt succeeds
+    EXPECT_EQ(capture.text(), "");
+
+    const auto holder = platform::open_file(path, platform::FileAccess::write,
+                                            platform::FileDisposition::open_always,
+                                            platform::FileSharing::none, {});
+    ASSERT_TRUE(holder);
+    const auto start = std::chrono::steady_clock::now();
+    try {
+        ConfigurationFileAccess::path(file);
+        ADD_FAILURE();
+    } catch (const qncore::ErrorException& exception) {
+        EXPECT_EQ(exception.what(),
+                  "File: " + path + " has already been opened with EXCLUSIVE access!");
+        EXPECT_EQ(exception.info()->code(), vdcertificates::error::sharing_violation);
+    }
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
+    EXPECT_THAT(capture.lines(),
+                testing::ElementsAre(HasSubstr(
+                    " vdcertificates::file_has_write_access() Error Message: The file: " + path +
+                    " has been opened with EXCLUSIVE access by an EXTERNAL process!")));
+    platform::close_file(*holder);
+    EXPECT_EQ(ConfigurationFileAccess::path(file), path);
+}
+
+TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
+    struct Case {
+        const char* what;
+        std::string setting;
+        std::string root;
+    };
+    fs::create_directory(machine.file("set"));
+    const Case cases[] = {
+        {"as it stands", machine.file("set"), machine.file("set")},
+        {"one separator is cut", machine.file("set/"), machine.file("set")},
+        {"only one", machine.file("set//"), machine.file("set/")},
+        {"no access", machine.file("absent"), machine.root()},
+        {"embedded separators", machine.file("set/../set"), machine.file("set/../set")},
+    };
+    for (const Case& test : cases) {
+        machine.set_machine_root(test.setting);
+        const TraceCapture capture("VDCertificatesConfigurationFile=21");
+        EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root) << test.what;
+        if (test.root == machine.root()) {
+            EXPECT_THAT(capture.lines(),
+                        testing::ElementsAre(HasSubstr(
+                            " vdcertificates::create_and_get_default_root_configuration_directory"
+                            "() Current user has NO access to: " +
+                            test.setting + ", as specified under the HKEY_LOCAL_MACHINE\\" +
+                            machine.file("machine.conf") + " key.")));
+        } else {
+            EXPECT_EQ(capture.text(), "");
+            EXPECT_TRUE(fs::exists(test.root + "/TESTHOST_ORVA_Certificates.xml"));
+        }
+    }
+}
+
+TEST_F(LocationTest, ASharingViolationUnderTheSettingIsOnlyAWarning) {
+    fs::create_directory(machine.file("set"));
+    machine.set_machine_root(machine.file("set"));
+    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
+    EXPECT_EQ(create_and_get_default_root_configuration_directory(), machine.root());
+    EXPECT_EQ(create_and_get_default_root_configuration_directory(), machine.file("set"));
+}
+
+TEST_F(LocationTest, TheProfileIsTheLastResort) {
+    struct Case {
+        std::optional<std::string> profile;
+        std::optional<std::string> home;
+        std::string root;
+    };
+    const Case cases[] = {
+        {machine.file("p"), machine.file("h"), machine.file("p/Orvane Systems/Certificates")},
+        {machine.file("p/"), std::nullopt, machine.file("p/Orvane Systems/Certificates")},
+        {std::nullopt, machine.file("h"), machine.file("h/Orvane Systems/Certificates")},
+        {std::nullopt, std::nullopt, ""},
+    };
+    for (const Case& test : cases) {
+        const EnvironmentGuard profile("USERPROFILE", test.profile);
+        const EnvironmentGuard home("HOME", test.home);
+        EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root);
+        EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
+    }
+    support::write_file(machine.file("file"), "");
+    const EnvironmentGuard profile("USERPROFILE", machine.file("absent/../file"));
+    try {
+        create_and_get_default_root_configuration_directory();
+        ADD_FAILURE();
+    } catch (const qncore::ErrorException& exception) {
+        EXPECT_EQ(exception.what(), "Failed to create the directory: " +
+                                        machine.file("absent/../file/Orvane Systems/Certificates") +
+                                        ".");
+        EXPECT_EQ(exception.info()->location().function.view(),
+                  "vdcertificates::create_and_get_default_root_configuration_directory()");
+    }
+}
+
+TEST_F(LocationTest, ANameThatCannotBeProbedCountsAsWritableUnlessRefused) {
+    bool sharingViolation = true;
+    using namespace std::string_literals;
+    EXPECT_TRUE(
+        vdcertificates::file_has_write_access(machine.file("absent\0x"s), &sharingViolation));
+    EXPECT_FALSE(sharingViolation);
+    support::write_file(machine.file("present"), "");
+    EXPECT_TRUE(
+        vdcertificates::file_has_write_access(machine.file("present\0x"s), &sharingViolation));
+}
+
+TEST_F(LocationTest, TheProbeKeepsWhatTheFileHolds) {
+    support::write_file(machine.file("x.xml"), "content");
+    bool sharingViolation = true;
+    EXPECT_TRUE(vdcertificates::file_has_write_access(machine.file("x.xml"), &sharingViolation));
+    EXPECT_FALSE(sharingViolation);
+    EXPECT_EQ(support::read_file(machine.file("x.xml")), "content");
+    EXPECT_FALSE(
+        vdcertificates::file_has_write_access(machine.file("absent/x.xml"), &sharingViolation));
+}
+
+} // namespace
+} // namespace store_test

@@ -1,0 +1,70 @@
+#include <optional>
+#include <thread>
+
+#include "qncertificates/errors.h"
+#include "qncore/error_exception.h"
+#include "tests/ConfigurationFile/store_fixture.h"
+
+namespace store_test {
+namespace {
+
+using vdcertificates::ConfigurationFileMutex;
+using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
+
+using LockTest = StoreTest;
+
+TEST_F(LockTest, TheNameIsTheSameInEveryBuild) {
+    EXPECT_EQ(ConfigurationFileMutex::sm_configurationFileMutexName,
+              "Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
+}
+
+TEST_F(LockTest, AnotherThreadWaitsForTheScopeToEnd) {
+    const auto mutex = ConfigurationFileMutex::create();
+    bool free = false;
+    std::optional<Lock> lock(mutex);
+    std::thread other([&] {
+        const Lock second(ConfigurationFileMutex::create());
+        EXPECT_TRUE(free);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    free = true;
+    lock.reset();
+    other.join();
+    const Lock again(mutex);
+}
+
+TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
+    const auto mutex = ConfigurationFileMutex::create();
+    try {
+        mutex->release_lock();
+        ADD_FAILURE() << "released";
+    } catch (const qncore::ErrorException& exception) {
+        const auto& info = exception.info();
+        EXPECT_EQ(info->code(), qncertificates::error::qncertificates_parameter_invalid);
+        EXPECT_EQ(info->text(), "Failed to unlock configuration file mutex. ErrorCode: " +
+                                    *info->params().find("errorCode"));
+        EXPECT_EQ(info->location().function.view(),
+                  "vdcertificates::ConfigurationFileMutex::release_lock()");
+        EXPECT_EQ(*info->nested()->params().find("number"), *info->params().find("errorCode"));
+    }
+}
+
+// Required: a copy does not acquire, so that two of them release once too often.
+TEST_F(LockTest, ALockAndItsCopyReleaseTwice) {
+    const auto mutex = ConfigurationFileMutex::create();
+    std::optional<Lock> lock(mutex);
+    std::optional<Lock> copy(*lock);
+    lock.reset();
+    EXPECT_THROW(copy.reset(), qncore::ErrorException);
+
+    std::optional<Lock> first(mutex);
+    const auto otherMutex = ConfigurationFileMutex::create();
+    std::optional<Lock> second(otherMutex); // the same machine-wide mutex, taken once more
+    *first = *second;
+    first.reset();
+    second.reset();
+    EXPECT_THROW(mutex->release_lock(), qncore::ErrorException);
+}
+
+} // namespace
+} // namespace store_test

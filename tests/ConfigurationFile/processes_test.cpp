@@ -1,0 +1,213 @@
+#include <filesystem>
+#include <memory>
+
+#include "ConfigurationFile/configuration_file_access.h"
+#include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/account.h"
+#include "tests/support/child_process.h"
+
+namespace store_test {
+namespace {
+
+namespace fs = std::filesystem;
+using support::ChildProcess;
+using vdcertificates::ConfigurationFile;
+using vdcertificates::ConfigurationFileMutex;
+using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
+
+class ProcessesTest : public StoreTest {
+  protected:
+    std::unique_ptr<ChildProcess> start(const char* function,
+                                        std::vector<std::string> arguments = {}) {
+        arguments.insert(arguments.begin(), machine.directory());
+        return std::make_unique<ChildProcess>(function, arguments);
+    }
+};
+
+CHILD_PROCESS(construct) {
+    Machine::enter(arguments[0]);
+    support::say("ready");
+    support::wait_to_be_told();
+    const ConfigurationFile file;
+    return 0;
+}
+
+TEST_F(ProcessesTest, TwoOnAFreshMachineMakeOnePair) {
+    for (int round = 0; round < 3; ++round) {
+        fs::remove_all(machine.root());
+        const auto first = start("construct");
+        const auto second = start("construct");
+        first->wait_for("ready");
+        second->wait_for("ready");
+        first->tell();
+        second->tell();
+        EXPECT_EQ(first->wait(), 0);
+        EXPECT_EQ(second->wait(), 0);
+        const std::string key = support::read_file(machine.private_key_file());
+        ConfigurationFile file;
+        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
+        EXPECT_EQ(support::read_file(machine.private_key_file()), key);
+    }
+}
+
+constexpr int writers = 8;
+constexpr int entries_each = 50;
+
+CHILD_PROCESS(write_entries) {
+    Machine::enter(arguments[0]);
+    ConfigurationFile file;
+    for (int i = 0; i < entries_each; ++i) {
+        const std::string server = "S" + arguments[1] + "-" + std::to_string(i);
+        if (!file.set_devices_certificate_information(server, "p", "k", "c", "", "t")) {
+            support::say("a set failed");
+            return 1;
+        }
+        vdcertificates::ConfigurationFileNodes nodes;
+        // Whoever reads, at whatever moment, gets a well-formed file.
+        if (!file.get_additional_certificate_information(nodes)) {
+            support::say("a read failed");
+            return 1;
+        }
+    }
+    return 0;
+}
+
+TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
+    ConfigurationFile file;
+    ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
+    std::vector<std::unique_ptr<ChildProcess>> children;
+    for (int i = 0; i < writers; ++i) {
+        children.push_back(start("write_entries", {std::to_string(i)}));
+    }
+    int reads = 0;
+    for (const auto& child : children) {
+        std::string password;
+        std::string other;
+        EXPECT_TRUE(file.get_cluster_certificate_information(other, other, other, password));
+        EXPECT_EQ(password, "secret");
+        ++reads;
+        EXPECT_EQ(child->next_line(), "");
+        EXPECT_EQ(child->wait(), 0);
+    }
+    EXPECT_EQ(reads, writers);
+    // A change is not atomic as a whole, so some entries may have been overwritten; the last
+    // writer's is there, and all that are there are whole.
+    const auto nodes = vdcertificates::ConfigurationFileAccess::read(
+        file, vdcertificates::ConfigurationFileAccess::devices);
+    EXPECT_GE(nodes.notifiers.size(), 1U);
+    EXPECT_LE(nodes.notifiers.size(), static_cast<std::size_t>(writers * entries_each));
+    for (const auto& [server, entries] : nodes.notifiers) {
+        ASSERT_EQ(entries.size(), 1U) << server;
+        EXPECT_EQ(show(entries[0]), "SIPDevice(p,k,c,,t)") << server;
+    }
+}
+
+CHILD_PROCESS(hold_lock) {
+    Machine::enter(arguments[0]);
+    const Lock lock(ConfigurationFileMutex::create());
+    support::say("held");
+    support::wait_to_be_told();
+    return 0;
+}
+
+TEST_F(ProcessesTest, AKilledHolderStopsNobody) {
+    ConfigurationFile file;
+    for (int round = 0; round < 3; ++round) {
+        const auto holder = start("hold_lock");
+        holder->wait_for("held");
+        holder->kill();
+        EXPECT_EQ(holder->wait(), -1);
+        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", ""));
+    }
+}
+
+CHILD_PROCESS(lock_as_nobody) {
+    if (!support::become_nobody()) {
+        return 1;
+    }
+    Machine::enter(arguments[0]);
+    support::say("waiting");
+    {
+        const Lock lock(ConfigurationFileMutex::create());
+        support::say("held");
+    }
+    const Lock again(ConfigurationFileMutex::create());
+    return 0;
+}
+
+TEST_F(ProcessesTest, ASecondAccountWaitsOnAndReleasesTheLock) {
+    if (!support::may_change_account()) {
+        GTEST_SKIP() << "only root can become another account";
+    }
+    const auto mutex = ConfigurationFileMutex::create();
+    mutex->acquire_lock();
+    const auto child = start("lock_as_nobody");
+    child->wait_for("waiting");
+    mutex->release_lock();
+    child->wait_for("held");
+    EXPECT_EQ(child->wait(), 0);
+    const Lock lock(mutex);
+}
+
+CHILD_PROCESS(construct_as_nobody) {
+    if (!support::become_nobody()) {
+        return 1;
+    }
+    Machine::enter(arguments[0]);
+    try {
+        const ConfigurationFile file;
+        support::say("constructed");
+    } catch (const std::exception& exception) {
+        support::say(exception.what());
+    }
+    return 0;
+}
+
+TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
+    if (!support::may_change_account()) {
+        GTEST_SKIP() << "only root can become another account";
+    }
+    ConfigurationFile();
+    const std::string expected = "Caught exception when loading keys for configuration file "
+                                 "usage. machinePublicKey: " +
+                                 machine.public_key_file() +
+                                 ", machinePrivateKey: " + machine.private_key_file() + ".";
+    // Even where that account may create and remove files beside them.
+    for (fs::path path = machine.root(); path != machine.directory(); path = path.parent_path()) {
+        fs::permissions(path, fs::perms::all);
+    }
+    fs::permissions(machine.directory(), fs::perms::all);
+    struct Case {
+        const char* what;
+        bool public_key;
+        bool private_key;
+    };
+    for (const Case& test : {Case{"both", true, true}, Case{"private key alone", false, true},
+                             Case{"public key alone", true, false}}) {
+        if (!test.public_key) {
+            fs::remove(machine.public_key_file());
+        }
+        if (!test.private_key) {
+            fs::rename(machine.private_key_file(), machine.public_key_file());
+        }
+        const auto before = [&] {
+            std::string state;
+            for (const std::string& file :
+                 {machine.public_key_file(), machine.private_key_file()}) {
+                if (fs::exists(file)) {
+                    state += support::read_file(file) +
+                             std::to_string(static_cast<int>(fs::status(file).permissions()));
+                }
+            }
+            return state;
+        };
+        const std::string state = before();
+        const auto child = start("construct_as_nobody");
+        EXPECT_EQ(child->next_line(), expected) << test.what;
+        EXPECT_EQ(child->wait(), 0);
+        EXPECT_EQ(before(), state) << test.what;
+    }
+}
+
+} // namespace
+} // namespace store_test

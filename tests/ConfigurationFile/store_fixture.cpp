@@ -1,0 +1,92 @@
+#include "tests/ConfigurationFile/store_fixture.h"
+
+#include <filesystem>
+
+#include "platform/testing/testing.h"
+#include "qncore/trace_topic.h"
+
+namespace store_test {
+
+using vdcertificates::CertificateNode;
+using vdcertificates::ConfigurationFileAccess;
+using vdcertificates::ConfigurationFileMutex;
+using vdcertificates::ConfigurationFileNodes;
+
+Machine::Machine()
+    : variable_("ORVA_Certificates", std::nullopt)
+    , profile_("USERPROFILE", directory_.str())
+    , home_("HOME", std::nullopt) {
+    enter(directory_.str());
+}
+
+Machine::~Machine() {
+    platform::testing::remove_named_mutex(ConfigurationFileMutex::sm_configurationFileMutexName);
+}
+
+void Machine::enter(const std::string& directory) {
+    const std::filesystem::path path(directory);
+    platform::testing::set_computer_name("TESTHOST");
+    platform::testing::set_machine_setting((path / "machine.conf").string());
+    platform::testing::set_mutex_name_suffix(path.filename().string());
+}
+
+std::string Machine::root() const {
+    return (directory_.path() / "Orvane Systems" / "Certificates").string();
+}
+
+std::string Machine::in_root(const std::string& name) const {
+    return (std::filesystem::path(root()) / name).string();
+}
+
+void Machine::set_machine_root(const std::string& path) {
+    support::write_file(directory_.file("machine.conf"), "Path=" + path + "\n");
+}
+
+void StoreTest::write_configuration(const std::string& text) {
+    std::filesystem::create_directories(machine.root());
+    support::write_file(machine.default_file(), text);
+}
+
+CertificateNode entry(std::string name, std::string publicKey, std::string privateKey,
+                      std::string certificate, std::string password, std::string trusted) {
+    return {std::move(name),        std::move(publicKey), std::move(privateKey),
+            std::move(certificate), std::move(password),  std::move(trusted)};
+}
+
+std::string show(const CertificateNode& node) {
+    return node.name + "(" + node.publicKeyPath + "," + node.privateKeyPath + "," +
+           node.certificatePath + "," + node.password + "," + node.trustedCertificatePath + ")";
+}
+
+std::string show(const ConfigurationFileNodes& nodes) {
+    std::string text;
+    for (const CertificateNode& node : nodes.certificates) {
+        text += show(node);
+    }
+    for (const auto& [key, entries] : nodes.notifiers) {
+        text += "[" + key + ":";
+        for (const CertificateNode& node : entries) {
+            text += show(node);
+        }
+        text += "]";
+    }
+    return text;
+}
+
+std::string document(const std::string& notifiers, const std::string& devices,
+                     const std::string& mediaRetrieval) {
+    return "<ORVACertificates><Notifiers>" + notifiers + "</Notifiers><SIPDevices>" + devices +
+           "</SIPDevices><MediaRetrieval>" + mediaRetrieval +
+           "</MediaRetrieval></ORVACertificates>";
+}
+
+std::string entry_text(const std::string& name, const std::string& fields) {
+    return "<" + name + ">" +
+           (fields.empty() ? "<PublicKeyPath></PublicKeyPath><PrivateKeyPath></PrivateKeyPath>"
+                             "<CertificatePath></CertificatePath><Password></Password>"
+                             "<TrustedCertificatePath></TrustedCertificatePath>"
+                           : fields) +
+           "</" + name + ">";
+}
+
+} // namespace store_test

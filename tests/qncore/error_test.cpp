@@ -1,0 +1,193 @@
+#include <cerrno>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+
+#include "qncore/embedded_nul.h"
+#include "qncore/error_composer.h"
+#include "qncore/safe_cast.h"
+#include "qncore/streamers.h"
+#include "qncore/utf8.h"
+#include "tests/support/trace_capture.h"
+
+namespace qncore {
+namespace {
+
+constinit const ErrorCode branch{"error.test"};
+constinit const ErrorCode leaf{"error.test.leaf_code"};
+constinit const ErrorCode sibling{"error.test.leaf"};
+
+enum class Colour { red = 7 };
+
+template <class Function>
+ErrorInfoPtr info_of(const Function& function) {
+    try {
+        function();
+    } catch (const ErrorException& exception) {
+        EXPECT_STREQ(exception.what(), exception.info()->text().c_str());
+        return exception.info();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return ErrorInfo::create(branch, "", {}, {});
+}
+
+TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
+    struct Case {
+        const char* message;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"", ""},
+        {"plain", "plain"},
+        {"{@a}{@b} and {@a}", "12 and 1"},
+        {"DataSize: {@a}, MaxDataSize: {@maxData})", "DataSize: 1, MaxDataSize: {@maxData})"},
+        {"{@nobraces} {@a", "{@nobraces} {@a"},
+        {"{} {a} {@} {@b}", "{} {a} {@} 2"},
+        {"{@{@a}}", "{@{@a}}"},
+    };
+    for (const Case& test : cases) {
+        const auto info =
+            ErrorComposer(test.message).param("a", 1).param("b", "2").create(leaf, {});
+        EXPECT_EQ(info->text(), test.text) << test.message;
+        EXPECT_EQ(info->message().view(), test.message);
+    }
+}
+
+TEST(Errors, ParametersBecomeText) {
+    const auto info = ErrorComposer("{@n} {@u} {@e} {@h} {@s}")
+                          .param("n", -5LL)
+                          .param("u", ~std::size_t{0})
+                          .param("e", Colour::red)
+                          .param("h", streamers::Hex(0xABC))
+                          .param("s", std::string("a{@n}b"))
+                          .create(leaf, {});
+    EXPECT_EQ(info->text(), "-5 18446744073709551615 7 abc a{@n}b");
+    EXPECT_EQ(*info->params().find("e"), "7");
+    EXPECT_EQ(info->params().find("missing"), nullptr);
+}
+
+TEST(Errors, AComposerWithoutAFinalMemberRaisesNothing) {
+    EXPECT_NO_THROW(ErrorComposer("{@a}").param("a", 1));
+}
+
+TEST(Errors, MatchingStopsAtSegments) {
+    const ErrorException exception(ErrorComposer("x").create(leaf, {}));
+    EXPECT_TRUE(exception.matches(leaf));
+    EXPECT_TRUE(exception.matches(branch));
+    EXPECT_TRUE(exception.matches(error::error));
+    EXPECT_FALSE(exception.matches(sibling));
+    EXPECT_FALSE(exception.matches(error::qncore));
+}
+
+TEST(Errors, RethrowRaisesTheSameRecord) {
+    const auto info = ErrorComposer("x").create(leaf, {});
+    EXPECT_EQ(info_of([&] {
+                  try {
+                      throw_error(info);
+                  } catch (const ErrorException& exception) {
+                      exception.rethrow();
+                  }
+              }),
+              info);
+}
+
+TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {
+    const SourceLocation location = QN_LOCATION("here()");
+    ErrorInfoPtr slot;
+    ErrorComposer("first").create_transfer(&slot, leaf, location);
+    const ErrorInfoPtr first = slot;
+    ErrorComposer("second").create_transfer_with_nested_errno(&slot, leaf, location, EACCES);
+    EXPECT_EQ(first->text(), "first");
+    EXPECT_EQ(slot->text(), "second");
+    EXPECT_EQ(slot->nested()->code(), error::qncore_errno);
+    EXPECT_EQ(slot->location().function.view(), "here()");
+    EXPECT_EQ(info_of([&] {
+                  ErrorComposer("x").create_transfer(nullptr, leaf, location, slot);
+              })->nested(),
+              slot);
+}
+
+TEST(Errors, CausesAreNested) {
+    struct Case {
+        ErrorInfoPtr cause;
+        const ErrorCode& code;
+        const char* text;
+    };
+    const SourceLocation location = QN_LOCATION("here()");
+    const auto carried = ErrorComposer("carried").create(leaf, location);
+    const Case cases[] = {
+        {ErrorInfo::from_errno(location, ENOENT), error::qncore_errno,
+         "No such file or directory (errno 2)"},
+        {ErrorInfo::from_winerror(location, 5, false), error::qncore_windows, "Windows error 5"},
+        {ErrorInfo::from_exception(std::runtime_error("words"), location), error::qncore_exception,
+         "words"},
+        {ErrorInfo::from_exception(ErrorException(carried), location), leaf, "carried"},
+        {ErrorInfo::from_system_error(location, platform::SystemError::posix(EEXIST)),
+         error::qncore_errno, "File exists (errno 17)"},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(test.cause->code(), test.code) << test.text;
+        EXPECT_EQ(test.cause->text(), test.text);
+        EXPECT_FALSE(test.cause->nested());
+    }
+    const auto outer = ErrorComposer("outer").create(leaf, location, cases[0].cause);
+    EXPECT_EQ(outer->chain_text(), "outer; cause: No such file or directory (errno 2)");
+    EXPECT_EQ(info_of([&] {
+                  ErrorComposer("m").throw_with_nested_exception(leaf, location,
+                                                                 std::runtime_error("words"));
+              })->chain_text(),
+              "m; cause: words");
+}
+
+TEST(Errors, OfTheCoreItself) {
+    struct Case {
+        void (*raise)();
+        const ErrorCode& code;
+        const char* text;
+        const char* function;
+    };
+    const Case cases[] = {
+        {[] { (void)safe_cast<int>(std::size_t{1} << 32); }, error::qncore_safeCast,
+         "The value 4294967296 is too large for the type i",
+         "qncore::impl::safe_cast_throw_value_truncated()"},
+        {[] { (void)safe_cast<unsigned>(std::size_t{1} << 32); }, error::qncore_safeCast,
+         "The value 4294967296 is too large for the type j",
+         "qncore::impl::safe_cast_throw_value_truncated()"},
+        // The image of this value differs from it, so truncation is found first.
+        {[] { (void)safe_cast<int>(0x80000000U); }, error::qncore_safeCast,
+         "The value 2147483648 is too large for the type i",
+         "qncore::impl::safe_cast_throw_value_truncated()"},
+        {[] { (void)safe_cast<long long>(~std::size_t{0}); }, error::qncore_safeCast,
+         "The value 18446744073709551615 turns negative in the type x",
+         "qncore::impl::safe_cast_throw_sign_reversal()"},
+        {[] { check_no_embedded_nul(std::string("a\0b", 3)); }, error::qncore_embeddedNul,
+         "The text holds a zero character", "qncore::impl::raise_embedded_nul_error()"},
+        {[] { check_valid_utf8("ab\xFF", 3); }, error::qncore_encoding,
+         "Invalid UTF-8 sequence at byte 2", "qncore::check_valid_utf8()"},
+        {[] { to_string(std::wstring(L"a\xD800")); }, error::qncore_encoding,
+         "The wide text holds no code point at position 1", "qncore::to_string()"},
+    };
+    for (const Case& test : cases) {
+        const auto info = info_of(test.raise);
+        EXPECT_EQ(info->code(), test.code) << test.text;
+        EXPECT_EQ(info->text(), test.text);
+        EXPECT_EQ(info->location().function.view(), test.function);
+    }
+    EXPECT_EQ(safe_cast<int>(0x7FFFFFFFU), 0x7FFFFFFF);
+}
+
+TEST(Errors, EveryThrowIsToldToTheSystemTopic) {
+    const support::TraceCapture capture("System=11");
+    info_of([] {
+        ErrorComposer("broken {@what}")
+            .param("what", "pipe")
+            .throw_with_nested_errno(leaf, QN_LOCATION("some::function()"), ENOENT);
+    });
+    EXPECT_THAT(capture.lines(),
+                testing::ElementsAre(testing::EndsWith(
+                    " 11 System some::function() Error Message: broken pipe; cause: No such file "
+                    "or directory (errno 2) [error.test.leaf_code]")));
+}
+
+} // namespace
+} // namespace qncore

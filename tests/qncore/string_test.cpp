@@ -1,0 +1,206 @@
+#include <cstring>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "qncore/base64.h"
+#include "qncore/source_string.h"
+#include "qncore/streamers.h"
+#include "qncore/string_conversion.h"
+#include "qncore/string_slice.h"
+#include "qncore/utf8.h"
+#include "tests/support/exact_buffer.h"
+
+namespace qncore {
+namespace {
+
+TEST(SourceString, BorrowsOrOwns) {
+    char text[] = "text";
+    const SourceString borrowed(text, true);
+    const SourceString owned(text, false);
+    const SourceString borrowedCopy = borrowed;
+    const SourceString ownedCopy = owned;
+    std::strcpy(text, "next");
+    EXPECT_EQ(borrowed.view(), "next");
+    EXPECT_EQ(borrowedCopy.view().data(), text);
+    EXPECT_EQ(owned.view(), "text");
+    EXPECT_EQ(ownedCopy.view(), "text");
+    EXPECT_NE(ownedCopy.view().data(), owned.view().data());
+}
+
+TEST(SourceString, ComparesAndMoves) {
+    SourceString empty;
+    EXPECT_STREQ(empty.view().data(), "");
+    EXPECT_EQ(SourceString(nullptr).view(), "");
+    SourceString owned = SourceString::copy_of("a");
+    EXPECT_LT(owned.compare("b"), 0);
+    EXPECT_GT(owned.compare(empty), 0);
+    EXPECT_EQ(owned, "a");
+    owned.swap(empty);
+    EXPECT_EQ(empty, "a");
+    const SourceString moved = std::move(empty);
+    EXPECT_EQ(moved, "a");
+    EXPECT_EQ(empty.view(), ""); // NOLINT(bugprone-use-after-move): moved-from texts are empty
+    std::ostringstream stream;
+    stream << moved << SourceString::copy_of(std::string_view("b\0c", 3));
+    EXPECT_EQ(stream.str(), std::string("ab\0c", 4));
+}
+
+TEST(StringRange, Subranges) {
+    constexpr std::size_t open = StringRange::npos;
+    const StringRange whole(10, 5);
+    EXPECT_EQ(whole.subrange(1, 2), StringRange(11, 2));
+    EXPECT_EQ(whole.subrange(1, open), StringRange(11, 4));
+    EXPECT_EQ(whole.subrange(9, 1), StringRange(15, 0));
+    EXPECT_EQ(StringRange(10, open).subrange(1, open), StringRange(11, open));
+    EXPECT_EQ(StringRange(10, open).last(14), StringRange(10, 4));
+    EXPECT_EQ(StringRange(10, open).last(9), StringRange(10, 0));
+}
+
+TEST(StringSlice, NeverPointsAtNull) {
+    EXPECT_STREQ(StringSlice<const char*>().data(), "");
+    EXPECT_EQ(StringSlice<const char*>(nullptr, 0, StringRange::npos).size(), 0U);
+    EXPECT_EQ(StringSlice<const char*>("abcd", 1, StringRange::npos).view(), "bcd");
+    EXPECT_EQ(StringSlice<const char*>("abcd", 1, 2).str(), "bc");
+}
+
+TEST(Conversion, WideAndNarrowTextAgree) {
+    struct Case {
+        const char* narrow;
+        std::wstring wide;
+    };
+    const Case cases[] = {
+        {"", L""},
+        {"plain", L"plain"},
+        {"\xC3\xA4\xE2\x82\xAC", L"\u00E4\u20AC"},
+        {"\xF0\x9D\x84\x9E|", L"\U0001D11E|"},
+        {"\xEF\xBB\xBF", L"\uFEFF"},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(to_wstring(test.narrow), test.wide) << test.narrow;
+        EXPECT_EQ(to_string(test.wide), test.narrow);
+        EXPECT_EQ(to_string(test.wide.c_str()), test.narrow);
+    }
+    EXPECT_EQ(to_wstring(std::string("a\0b", 3)), std::wstring(L"a\0b", 3));
+    EXPECT_EQ(to_wstring("abc", 2), L"ab");
+}
+
+TEST(Conversion, DecimalLimits) {
+    EXPECT_EQ(to_string(std::numeric_limits<int>::min()), "-2147483648");
+    EXPECT_EQ(to_string(std::numeric_limits<long long>::min()), "-9223372036854775808");
+    EXPECT_EQ(to_string(std::numeric_limits<unsigned long long>::max()), "18446744073709551615");
+    EXPECT_EQ(to_string(0U), "0");
+}
+
+TEST(Conversion, OnlyAsciiLettersFold) {
+    struct Case {
+        std::string left;
+        std::string right;
+        int sign;
+    };
+    const Case cases[] = {
+        {"SRV01", "srv01", 0},
+        {"", "", 0},
+        {"a", "", 1},
+        {"a", "AB", -1},
+        {"\xC3\x84", "\xC3\xA4", -1},
+        {"[", "{", -1},
+        {"@", "`", -1},
+        {"Z", "[", 1},
+        {std::string("a\0b", 3), std::string("A\0C", 3), -1},
+    };
+    for (const Case& test : cases) {
+        const int order = compare_nocase_ascii(test.left.data(), test.left.size(),
+                                               test.right.data(), test.right.size());
+        EXPECT_EQ((order > 0) - (order < 0), test.sign) << test.left << " against " << test.right;
+        EXPECT_EQ(to_lower_ascii(test.left) == to_lower_ascii(test.right), test.sign == 0);
+    }
+}
+
+TEST(Utf8, OnlyWholeValidSequencesAreRead) {
+    struct Case {
+        std::string bytes;
+        std::size_t consumed;
+        unsigned int codePoint;
+    };
+    const Case cases[] = {
+        {"", 0, 0},
+        {"a", 1, 'a'},
+        {std::string("\0", 1), 1, 0},
+        {"\xC3\xA4x", 2, 0xE4},
+        {"\xEF\xBB\xBF", 3, 0xFEFF},
+        {"\xEF\xBF\xBF", 3, 0xFFFF},
+        {"\xF4\x8F\xBF\xBF", 4, 0x10FFFF},
+        {"\xC3", 0, 0},             // cut
+        {"\xE2\x82", 0, 0},         // cut
+        {"\x80", 0, 0},             // no lead byte
+        {"\xC0\x80", 0, 0},         // overlong
+        {"\xE0\x80\x80", 0, 0},     // overlong
+        {"\xED\xA0\x80", 0, 0},     // surrogate
+        {"\xF4\x90\x80\x80", 0, 0}, // beyond the last code point
+        {"\xF8\x88\x80\x80\x80", 0, 0},
+        {"\xC3\x28", 0, 0},
+    };
+    for (const Case& test : cases) {
+        const support::ExactBuffer buffer(test.bytes);
+        unsigned int codePoint = 0;
+        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), &codePoint), test.consumed)
+            << testing::PrintToString(test.bytes);
+        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), nullptr), test.consumed);
+        EXPECT_EQ(codePoint, test.codePoint);
+        if (test.consumed != 0) {
+            char bytes[4];
+            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + 4), test.consumed);
+            EXPECT_EQ(std::memcmp(bytes, buffer.data(), test.consumed), 0);
+            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + test.consumed - 1), 0U);
+        }
+    }
+    for (const unsigned int refused : {0xD800U, 0xDFFFU, 0x110000U, 0xFFFFFFFFU}) {
+        char bytes[8];
+        EXPECT_EQ(ucs4_char_to_utf8(refused, bytes, bytes + 8), 0U) << refused;
+    }
+}
+
+TEST(Utf8, LengthComesFromTheLeadByte) {
+    const std::pair<int, std::size_t> cases[] = {
+        {0x00, 1}, {0x7F, 1}, {0x80, 0}, {0xBF, 0}, {0xC0, 2}, {0xDF, 2}, {0xE0, 3}, {0xEF, 3},
+        {0xF0, 4}, {0xF7, 4}, {0xF8, 5}, {0xFB, 5}, {0xFC, 6}, {0xFD, 6}, {0xFE, 0}, {0xFF, 0}};
+    for (const auto& [byte, length] : cases) {
+        EXPECT_EQ(utf8_sequence_length(static_cast<char>(byte)), length) << byte;
+    }
+}
+
+TEST(Base64, VectorsOfRfc4648) {
+    struct Case {
+        const char* bytes;
+        const char* padded;
+        const char* bare;
+    };
+    const Case cases[] = {
+        {"", "", ""},
+        {"f", "Zg==", "Zg"},
+        {"fo", "Zm8=", "Zm8"},
+        {"foo", "Zm9v", "Zm9v"},
+        {"foobar", "Zm9vYmFy", "Zm9vYmFy"},
+        {"\xFB\xFF\xBF", "+/+/", "+/+/"},
+    };
+    for (const Case& test : cases) {
+        const auto* bytes = reinterpret_cast<const unsigned char*>(test.bytes);
+        std::string padded = ">";
+        append_base64(padded, bytes, std::strlen(test.bytes), true);
+        EXPECT_EQ(padded, std::string(">") + test.padded);
+        std::string bare;
+        append_base64(bare, bytes, std::strlen(test.bytes), false);
+        EXPECT_EQ(bare, test.bare);
+    }
+}
+
+TEST(Hex, WritesAtLeastTheDigitsAskedFor) {
+    std::ostringstream stream;
+    stream << streamers::Hex(0) << ' ' << streamers::Hex(0x1C880005) << ' '
+           << streamers::Hex(0xA, 4) << ' ' << 10;
+    EXPECT_EQ(stream.str(), "0 1c880005 000a 10");
+}
+
+} // namespace
+} // namespace qncore
