@@ -6,7 +6,7 @@
 namespace vdcertificates {
 namespace {
 
-using Element = qncore::RefCountPtr<qnxml::XmlReader::Element>;
+using Element = qnxml::XmlReader::ElementPtr;
 
 constexpr unsigned int first_line = 1;
 constexpr std::size_t buffer_size = 4096;
@@ -36,15 +36,15 @@ template <class Decipher>
 CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
                            const Decipher& decipher) {
     CertificateNode node;
-    node.name = entry->name();
+    node.name = entry->qualified_name();
     for_each_child(reader, entry, [&](const Element& child) {
         for (const PathField& path : path_fields) {
-            if (child->name() == path.element) {
+            if (child->qualified_name() == path.element) {
                 node.*path.field = reader.read_element_text();
                 return;
             }
         }
-        if (child->name() == "Password") {
+        if (child->qualified_name() == "Password") {
             std::string cipherText = reader.read_element_text();
             node.password = cipherText.empty() ? std::string() : decipher(cipherText);
         }
@@ -56,7 +56,7 @@ template <class Decipher>
 void read_section(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
                   const Decipher& decipher) {
     for_each_child(reader, section, [&](const Element& child) {
-        if (child->name() != "Notifier") {
+        if (child->qualified_name() != "Notifier") {
             nodes.certificates.push_back(read_entry(reader, child, decipher));
             return;
         }
@@ -83,12 +83,12 @@ void ConfigurationFile::get_certificate_information(ConfigurationFileNodes& node
 
     reader.next_element();
     if (reader.node_type() != qnxml::XmlNodeType::Element ||
-        reader.current_element()->name() != sm_configurationFile) {
+        reader.current_element()->qualified_name() != sm_configurationFile) {
         return; // any other document counts as an empty file
     }
     const auto decipher = [this](std::string& cipherText) { return decipher_password(cipherText); };
     for_each_child(reader, reader.current_element(), [&](const Element& section) {
-        if (section->name() == nodeName) {
+        if (section->qualified_name() == nodeName) {
             read_section(reader, section, nodes, decipher);
         }
     });

@@ -60,7 +60,7 @@ void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, cons
                    const char* file, unsigned line, const char* format, const Values&... values) {
     TraceMessage message(topic, level, function, file, line, format);
     message.msg_type(eMsgTypeUser).user_msg_type(subtype);
-    (message << ... << values);
+    static_cast<void>((message << ... << values));
 }
 
 /// Writes the entry of a function at once and its exit when the scope ends, however it ends.

@@ -119,7 +119,7 @@ TEST(Trace, ConcurrentMessagesNeverInterleave) {
 
 TEST(Trace, AFileThatCannotBeOpenedStopsNobody) {
     const TraceCapture capture("Test=41");
-    const support::EnvironmentGuard nowhere("QNTRACE_FILE", "/nonexistent/directory/trace.log");
+    const support::EnvironmentGuard nowhere("QNTRACE_FILE", "/dev/null/trace.log");
     reload_configuration();
     testing::internal::CaptureStderr();
     QN_TRACE_NOTE(topic(), "f()", "to standard error");

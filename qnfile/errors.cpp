@@ -1,0 +1,18 @@
+#include "qnfile/errors.h"
+
+namespace qnfile::error {
+
+using qncore::ErrorCode;
+
+constinit const ErrorCode qnfile{"error.qnfile"};
+constinit const ErrorCode qnfile_io{"error.qnfile.io"};
+constinit const ErrorCode qnfile_io_open{"error.qnfile.io.open"};
+constinit const ErrorCode qnfile_io_open_invalidParameter{"error.qnfile.io.open.invalidParameter"};
+constinit const ErrorCode qnfile_io_read{"error.qnfile.io.read"};
+constinit const ErrorCode qnfile_io_resize{"error.qnfile.io.resize"};
+constinit const ErrorCode qnfile_io_seek{"error.qnfile.io.seek"};
+constinit const ErrorCode qnfile_io_seek_badOrigin{"error.qnfile.io.seek.badOrigin"};
+constinit const ErrorCode qnfile_io_size{"error.qnfile.io.size"};
+constinit const ErrorCode qnfile_io_write{"error.qnfile.io.write"};
+
+} // namespace qnfile::error

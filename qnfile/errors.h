@@ -1,0 +1,18 @@
+#pragma once
+
+#include "qncore/error_code.h"
+
+namespace qnfile::error {
+
+extern const qncore::ErrorCode qnfile;
+extern const qncore::ErrorCode qnfile_io;
+extern const qncore::ErrorCode qnfile_io_open;
+extern const qncore::ErrorCode qnfile_io_open_invalidParameter;
+extern const qncore::ErrorCode qnfile_io_read;
+extern const qncore::ErrorCode qnfile_io_resize;
+extern const qncore::ErrorCode qnfile_io_seek;
+extern const qncore::ErrorCode qnfile_io_seek_badOrigin;
+extern const qncore::ErrorCode qnfile_io_size;
+extern const qncore::ErrorCode qnfile_io_write;
+
+} // namespace qnfile::error

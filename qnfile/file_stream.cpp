@@ -1,0 +1,31 @@
+#include "qnfile/file_stream.h"
+
+#include "qnfile/file_stream_impl.h"
+
+namespace qnfile {
+
+using qncore::make_ref_counted;
+using qncore::RefCountPtr;
+
+RefCountPtr<FileReadStream> FileReadStream::create(const std::string& filename, FileShareMode share,
+                                                   FileOpenFlags flags) {
+    return make_ref_counted<impl::FileReadStreamImpl>(filename, impl::access_read, open_existing,
+                                                      share, flags);
+}
+
+RefCountPtr<FileWriteStream> FileWriteStream::create(const std::string& filename,
+                                                     FileCreationDisposition disposition,
+                                                     FileShareMode share, FileOpenFlags flags) {
+    return make_ref_counted<impl::FileWriteStreamImpl>(filename, impl::access_write, disposition,
+                                                       share, flags);
+}
+
+RefCountPtr<FileReadWriteStream> FileReadWriteStream::create(const std::string& filename,
+                                                             FileCreationDisposition disposition,
+                                                             FileShareMode share,
+                                                             FileOpenFlags flags) {
+    return make_ref_counted<impl::FileReadWriteStreamImpl>(filename, impl::access_read_write,
+                                                           disposition, share, flags);
+}
+
+} // namespace qnfile

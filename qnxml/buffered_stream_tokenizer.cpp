@@ -1,0 +1,134 @@
+#include "qnxml/buffered_stream_tokenizer.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "qncore/error_exception.h"
+#include "qncore/utf8.h"
+
+namespace qnxml {
+
+namespace {
+
+constexpr std::size_t least_capacity = 32;
+
+} // namespace
+
+XmlBufferedStreamTokenizerBase::XmlBufferedStreamTokenizerBase(qnuri::UriReference uri,
+                                                               std::uint32_t firstLine,
+                                                               std::size_t bufferSize)
+    : capacity_(std::max(bufferSize, least_capacity))
+    , buffer_(std::make_unique<char[]>(capacity_))
+    , line_(firstLine)
+    , lineStart_(buffer_.get())
+    , uri_(std::move(uri)) {
+    cursor_ = buffer_.get();
+    dataEnd_ = buffer_.get();
+}
+
+XmlLocation XmlBufferedStreamTokenizerBase::location() const {
+    return {uri_, line_, lineCarry_ + static_cast<std::uint64_t>(cursor_ - lineStart_),
+            sourceCarry_ + static_cast<std::uint64_t>(cursor_ - buffer_.get())};
+}
+
+/// Reads behind the first `kept` bytes of the buffer and puts the cursor at its start. Leaves the
+/// data's end alone.
+bool XmlBufferedStreamTokenizerBase::refill(std::size_t kept, std::uint64_t* count) {
+    lineCarry_ += static_cast<std::uint64_t>(cursor_ - lineStart_);
+    sourceCarry_ += static_cast<std::uint64_t>(cursor_ - buffer_.get());
+    cursor_ = buffer_.get();
+    lineStart_ = buffer_.get();
+    return read(buffer_.get() + kept, capacity_ - kept, count);
+}
+
+int XmlBufferedStreamTokenizerBase::get_next_char(char* out) {
+    if (cursor_ == dataEnd_) {
+        std::uint64_t count = 0;
+        if (!refill(0, &count)) {
+            dataEnd_ = cursor_;
+            return -1;
+        }
+        dataEnd_ = cursor_ + count;
+        if (count == 0) {
+            return 0;
+        }
+    }
+    const auto byte = static_cast<unsigned char>(*cursor_);
+    if (byte == '\r' || byte == '\n') {
+        return get_line_end(out);
+    }
+    return byte < 0x80 ? take(out, 1) : get_sequence(out);
+}
+
+int XmlBufferedStreamTokenizerBase::take(char* out, std::size_t length) {
+    std::memcpy(out, cursor_, length);
+    cursor_ += length;
+    return static_cast<int>(length);
+}
+
+/// Required: when a CR is the last byte of the data, the data's end stays where it was, and a
+/// caller who asks once more reads the old content of the buffer again.
+int XmlBufferedStreamTokenizerBase::get_line_end(char* out) {
+    if (*cursor_++ == '\r') {
+        if (cursor_ == dataEnd_) {
+            std::uint64_t count = 0;
+            if (!refill(0, &count)) {
+                return -1;
+            }
+            if (count == 0) {
+                return 0;
+            }
+            dataEnd_ = cursor_ + count;
+        }
+        if (*cursor_ == '\n') {
+            ++cursor_;
+        }
+    }
+    ++line_;
+    lineCarry_ = 0;
+    lineStart_ = cursor_;
+    *out = '\n';
+    return 1;
+}
+
+int XmlBufferedStreamTokenizerBase::get_sequence(char* out) {
+    const std::size_t length = qncore::utf8_to_ucs4_char(cursor_, at_hand(), nullptr);
+    if (length > 0) {
+        return take(out, length);
+    }
+    if (qncore::utf8_sequence_length(*cursor_) <= at_hand()) {
+        return invalid_sequence();
+    }
+    return get_cut_sequence(out);
+}
+
+/// Goes on with a sequence that the buffer's end cuts. One that the end of the data cuts is lost,
+/// and here, too, the data's end is required to stay where it was.
+int XmlBufferedStreamTokenizerBase::get_cut_sequence(char* out) {
+    const std::size_t kept = at_hand();
+    std::memmove(buffer_.get(), cursor_, kept);
+    std::uint64_t count = 0;
+    if (!refill(kept, &count)) {
+        return -1;
+    }
+    if (count == 0) {
+        return 0;
+    }
+    dataEnd_ = cursor_ + kept + count;
+    return get_next_char(out);
+}
+
+int XmlBufferedStreamTokenizerBase::invalid_sequence() {
+    qncore::ErrorInfoPtr nested;
+    try {
+        qncore::check_valid_utf8(cursor_, at_hand());
+    } catch (const qncore::ErrorException& exception) {
+        nested = exception.info();
+    }
+    stream_failure("Invalid UTF-8 character in stream",
+                   QN_LOCATION("qnxml::XmlBufferedStreamTokenizerBase::get_next_char()"),
+                   std::move(nested));
+    return -1;
+}
+
+} // namespace qnxml

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include "qnxml/char_stream_tokenizer.h"
+
+namespace qnxml {
+
+/// Gives the tokenizer its characters from a byte buffer: refills it, finds the ends of UTF-8
+/// sequences, makes every line end (CR, LF, CRLF) one byte 10, and keeps the position. Reads UTF-8
+/// only.
+class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
+  public:
+    XmlLocation location() const override;
+
+  protected:
+    /// `bufferSize` is in bytes, and at least 32 are taken.
+    XmlBufferedStreamTokenizerBase(qnuri::UriReference uri, std::uint32_t firstLine,
+                                   std::size_t bufferSize);
+    ~XmlBufferedStreamTokenizerBase() override = default;
+
+    int get_next_char(char* out) override;
+
+    /// Reads up to `size` bytes and stores their number in `count` unless that is null; 0 is the
+    /// end of the data. False after a failure that it has stored.
+    virtual bool read(void* buffer, std::uint64_t size, std::uint64_t* count) = 0;
+
+  private:
+    bool refill(std::size_t kept, std::uint64_t* count);
+    int get_line_end(char* out);
+    int get_sequence(char* out);
+    int get_cut_sequence(char* out);
+    int invalid_sequence();
+    int take(char* out, std::size_t length);
+    void start_line();
+    std::size_t at_hand() const { return static_cast<std::size_t>(dataEnd_ - cursor_); }
+
+    std::size_t capacity_;
+    std::unique_ptr<char[]> buffer_;
+    std::uint32_t line_;
+    const char* lineStart_;         ///< the buffer's start when the line began in an earlier fill
+    std::uint64_t lineCarry_ = 0;   ///< bytes of the line in earlier fills
+    std::uint64_t sourceCarry_ = 0; ///< bytes of all earlier fills
+    qnuri::UriReference uri_;
+};
+
+} // namespace qnxml

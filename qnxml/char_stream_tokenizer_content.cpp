@@ -1,0 +1,168 @@
+// Content of elements, the start of markup, references.
+#include "qnxml/char_stream_tokenizer.h"
+#include "qnxml/tokenizer_location.h"
+
+namespace qnxml {
+
+namespace {
+
+constexpr ByteSet content_bytes = ByteSet::plain_but("&<");
+
+constexpr std::size_t most_hex_digits = 8;
+constexpr std::size_t most_decimal_digits = 10;
+
+/// What follows "<!".
+struct Declaration {
+    char first;
+    const char* literal;
+    XmlTokenizerState state;
+    XmlTokenType token;
+};
+
+constexpr std::array<Declaration, 3> declarations{{
+    {'-', "--", XmlTokenizerState::Comment, XmlTokenType::CommentStart},
+    {'[', "[CDATA[", XmlTokenizerState::Cdata, XmlTokenType::CDATAStart},
+    {'D', "DOCTYPE", XmlTokenizerState::Doctype, XmlTokenType::DoctypeStart},
+}};
+
+bool is_decimal(char byte) noexcept {
+    return byte >= '0' && byte <= '9';
+}
+
+bool is_hex_letter(char byte) noexcept {
+    return (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
+}
+
+} // namespace
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_content() {
+    text_.clear();
+    for (;;) {
+        if (take_run(content_bytes)) {
+            return XmlTokenType::CharData;
+        }
+        if (!fetch()) {
+            if (state_ == XmlTokenizerState::Failed) {
+                return XmlTokenType::Error;
+            }
+            return text_.empty() ? enter(XmlTokenizerState::End, XmlTokenType::DocumentEnd)
+                                 : XmlTokenType::CharData;
+        }
+        if (pending_is('&')) {
+            return text_.empty() ? parse_reference() : XmlTokenType::CharData;
+        }
+        if (pending_is('<')) {
+            return text_.empty() ? parse_markup() : XmlTokenType::CharData;
+        }
+        if (append_pending()) {
+            return XmlTokenType::CharData;
+        }
+    }
+}
+
+/// Goes on behind a pending "<".
+XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
+    if (!fetch_next()) {
+        return no_char("End of data in markup", QN_TOKENIZER_LOCATION("parse_content"));
+    }
+    if (pending_is('/')) {
+        return parse_endtag();
+    }
+    if (pending_is('!')) {
+        return parse_declaration();
+    }
+    if (pending_is('?')) {
+        return parse_pi_target();
+    }
+    if (!read_name("\n\t />", "Expecting start tag name")) {
+        return XmlTokenType::Error;
+    }
+    return enter(XmlTokenizerState::StartTag, XmlTokenType::StartTagStart);
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_declaration() {
+    if (!fetch_next()) {
+        return no_char("End of data in markup", QN_TOKENIZER_LOCATION("parse_content"));
+    }
+    for (const Declaration& declaration : declarations) {
+        if (pending_is(declaration.first)) {
+            if (expect_literal(declaration.literal)) {
+                return enter(declaration.state, declaration.token);
+            }
+            break;
+        }
+    }
+    return no_char("Expecting '--', '[CDATA[', or 'DOCTYPE' after '<!'",
+                   QN_TOKENIZER_LOCATION("parse_content"));
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_pi_target() {
+    drop();
+    if (!read_name("\n\t ?", "Expecting processing instruction target name")) {
+        return XmlTokenType::Error;
+    }
+    return text_ == "xml" ? enter(XmlTokenizerState::XmlDecl, XmlTokenType::XmldeclStart)
+                          : enter(XmlTokenizerState::Pi, XmlTokenType::PIStart);
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {
+    drop();
+    if (!read_name("\n\t >", "Expecting end tag name") || skip_whitespace() < 0) {
+        return XmlTokenType::Error;
+    }
+    if (!pending_is('>')) {
+        return syntax_failure("Invalid character in end tag",
+                              QN_TOKENIZER_LOCATION("parse_content"));
+    }
+    drop();
+    return XmlTokenType::EndTag;
+}
+
+/// Goes on behind a pending "&", in content and in attribute values alike. Required: any single
+/// byte closes a numeric reference.
+XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
+    constexpr const char* end_of_data = "End of data in entity or character reference";
+    text_.clear();
+    if (!fetch_next()) {
+        return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_reference"));
+    }
+    const bool is_char_reference = pending_is('#');
+    if (is_char_reference) {
+        if (!fetch_next()) {
+            return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_reference"));
+        }
+        if (!parse_char_reference()) {
+            return XmlTokenType::Error;
+        }
+    } else if (!read_name(";", "Expecting entity reference name")) {
+        return XmlTokenType::Error;
+    }
+    fetch();
+    if (pendingLength_ != 1) {
+        return no_char("Invalid entity reference, expecting ';'",
+                       QN_TOKENIZER_LOCATION("parse_reference"));
+    }
+    drop();
+    return is_char_reference ? XmlTokenType::CharRef : XmlTokenType::EntityRef;
+}
+
+/// Reads the digits of a reference to the text, with the "x" that may stand before them.
+bool XmlCharStreamTokenizerBase::parse_char_reference() {
+    const bool hex = pending_is('x');
+    if (hex) {
+        append_pending();
+    }
+    while (fetch() && pendingLength_ == 1 &&
+           (is_decimal(pending_[0]) || (hex && is_hex_letter(pending_[0])))) {
+        append_pending();
+    }
+    const std::size_t digits = text_.size() - (hex ? 1 : 0);
+    if (digits >= 1 && digits <= (hex ? most_hex_digits : most_decimal_digits)) {
+        return state_ != XmlTokenizerState::Failed;
+    }
+    no_char(hex ? "Invalid hex character reference" : "Invalid decimal character reference",
+            QN_TOKENIZER_LOCATION("parse_reference"));
+    return false;
+}
+
+} // namespace qnxml

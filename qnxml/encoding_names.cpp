@@ -1,0 +1,75 @@
+#include "qnxml/encoding_names.h"
+
+#include <string_view>
+
+namespace qnxml {
+
+namespace {
+
+bool is_letter(char byte) noexcept {
+    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
+}
+
+bool is_digit(char byte) noexcept {
+    return byte >= '0' && byte <= '9';
+}
+
+char lowered(char byte) noexcept {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+/// A cursor over one name.
+class NameCursor {
+  public:
+    explicit NameCursor(std::string_view name) noexcept
+        : rest_(name) {}
+
+    bool at_end() const noexcept { return rest_.empty(); }
+    char byte() const noexcept { return rest_.front(); }
+    void step() noexcept { rest_.remove_prefix(1); }
+
+    /// Moves to the next byte that counts, or to the end.
+    void skip_ignored() noexcept {
+        while (!at_end() && !is_letter(byte()) && !counts_as_digit(byte())) {
+            step();
+        }
+        in_number_ = !at_end() && is_digit(byte());
+    }
+
+  private:
+    /// A zero counts inside a number only.
+    bool counts_as_digit(char byte) const noexcept {
+        return is_digit(byte) && (byte != '0' || in_number_);
+    }
+
+    std::string_view rest_;
+    bool in_number_ = false;
+};
+
+} // namespace
+
+bool encoding_names_equal(const char* first, std::size_t firstSize, const char* second,
+                          std::size_t secondSize) noexcept {
+    NameCursor left(std::string_view(first, firstSize));
+    NameCursor right(std::string_view(second, secondSize));
+    while (!left.at_end() || !right.at_end()) {
+        const bool same = !left.at_end() && !right.at_end() && left.byte() == right.byte();
+        if (!same) {
+            // Required: bytes that are the same do not pass here, so that a digit among them begins
+            // no number, and "utf10" equals "utf1".
+            left.skip_ignored();
+            right.skip_ignored();
+            if (left.at_end() || right.at_end()) {
+                return left.at_end() && right.at_end();
+            }
+            if (lowered(left.byte()) != lowered(right.byte())) {
+                return false;
+            }
+        }
+        left.step();
+        right.step();
+    }
+    return true;
+}
+
+} // namespace qnxml

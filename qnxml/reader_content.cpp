@@ -1,0 +1,272 @@
+// From tokens to nodes.
+#include <algorithm>
+
+#include "qnxml/encoding_names.h"
+#include "qnxml/reader.h"
+#include "qnxml/reader_location.h"
+#include "qnxml/white_space.h"
+
+namespace qnxml {
+
+namespace {
+
+constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+
+constexpr std::string_view text_outside =
+    "Unexpected non-whitespace content encountered outside scope of elements";
+
+/// What a string that held `image` shows in as many bytes once it holds `text` and its zero byte.
+void lay_over(std::string& image, std::string_view text) {
+    const std::size_t length = std::min(text.size(), image.size());
+    image.replace(0, length, text.substr(0, length));
+    if (length < image.size()) {
+        image[length] = '\0';
+    }
+}
+
+} // namespace
+
+bool XmlReader::begin_node(XmlNodeType type, State state) noexcept {
+    nodeType_ = type;
+    state_ = state;
+    return true;
+}
+
+/// Reads up to the first node, or to where the content begins. True when there is a node.
+bool XmlReader::state_start() {
+    for (;;) {
+        switch (fetch_token()) {
+        case XmlTokenType::DocumentStart:
+            break;
+        case XmlTokenType::DocumentEnd:
+            return begin_node(XmlNodeType::End, State::AtEnd);
+        case XmlTokenType::XmldeclStart:
+            read_xmldecl();
+            return true;
+        case XmlTokenType::DoctypeStart:
+            discard_chardata(XmlTokenType::DoctypeEnd);
+            state_ = State::Content;
+            return false;
+        case XmlTokenType::CommentStart:
+            return begin_node(XmlNodeType::Comment, State::CommentBody);
+        case XmlTokenType::PIStart:
+            read_pi();
+            return true;
+        case XmlTokenType::StartTagStart:
+            read_starttag();
+            return true;
+        case XmlTokenType::EndTag:
+            read_endtag();
+            return true;
+        case XmlTokenType::CDATAStart:
+            fail("Unexpected CDATA section", QN_READER_LOCATION("state_start"));
+        case XmlTokenType::EntityRef:
+            fail("Unexpected entity reference", QN_READER_LOCATION("state_start"));
+        case XmlTokenType::CharRef:
+            fail("Unexpected character reference", QN_READER_LOCATION("state_start"));
+        case XmlTokenType::CharData:
+            if (const std::optional<bool> made_node = start_chardata()) {
+                return *made_node;
+            }
+            break;
+        default:
+            fail_unexpected_token(QN_READER_LOCATION("state_start"));
+        }
+    }
+}
+
+/// Takes white space or a byte order mark at the start of the document. Gives what state_start()
+/// gives, or nothing when that has to go on.
+std::optional<bool> XmlReader::start_chardata() {
+    const auto content = [this] {
+        state_ = State::Content;
+        return false;
+    };
+    if (is_white_space(token_text())) {
+        if (skipWhitespace_) {
+            return content();
+        }
+        push_back();
+        return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
+    }
+    std::string head(token_text());
+    while (head.size() < byte_order_mark.size()) {
+        if (fetch_token() != XmlTokenType::CharData) {
+            fail("Unexpected non-whitespace content encountered",
+                 QN_READER_LOCATION("state_start"));
+        }
+        append_limited(head, token_text());
+    }
+    const std::string_view rest = std::string_view(head).substr(byte_order_mark.size());
+    if (!head.starts_with(byte_order_mark) || !is_white_space(rest)) {
+        fail("Unexpected non-whitespace content in start of document (only UTF-8 BOM allowed)",
+             QN_READER_LOCATION("state_start"));
+    }
+    if (rest.empty()) {
+        return std::nullopt;
+    }
+    if (skipWhitespace_) {
+        return content();
+    }
+    value_ = rest;
+    return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
+}
+
+/// Takes one token of the content. True when it made a node.
+bool XmlReader::state_content(XmlTokenType token) {
+    const bool inside = static_cast<bool>(current_);
+    switch (token) {
+    case XmlTokenType::StartTagStart:
+        read_starttag();
+        return true;
+    case XmlTokenType::EndTag:
+        read_endtag();
+        return true;
+    case XmlTokenType::CharData:
+        return inside ? begin_chardata() : begin_chardata_outside();
+    case XmlTokenType::EntityRef:
+        if (!inside) {
+            fail("Unexpected entity reference outside scope of elements",
+                 QN_READER_LOCATION("state_content"));
+        }
+        push_back();
+        return begin_node(XmlNodeType::Text, State::TextBody);
+    case XmlTokenType::CharRef:
+        if (!inside) {
+            fail("Unexpected character reference outside scope of elements",
+                 QN_READER_LOCATION("state_content"));
+        }
+        push_back();
+        return begin_node(XmlNodeType::Text, State::TextBody);
+    case XmlTokenType::CDATAStart:
+        if (!inside) {
+            fail("Unexpected CDATA section outside scope of an element ",
+                 QN_READER_LOCATION("state_content"));
+        }
+        return begin_node(XmlNodeType::CDATA, State::CdataBody);
+    case XmlTokenType::CommentStart:
+        return begin_node(XmlNodeType::Comment, State::CommentBody);
+    case XmlTokenType::PIStart:
+        read_pi();
+        return true;
+    case XmlTokenType::DoctypeStart:
+        if (inside) {
+            // Required, although it says the opposite of what is wrong.
+            fail("Unexpected DOCTYPE declaration outside scope of elements",
+                 QN_READER_LOCATION("state_content"));
+        }
+        discard_chardata(XmlTokenType::DoctypeEnd);
+        return false;
+    case XmlTokenType::XmldeclStart:
+        fail("XML declaration only allowed at start of document",
+             QN_READER_LOCATION("state_content"));
+    case XmlTokenType::DocumentEnd:
+        if (inside) {
+            fail("Unexpected end of document; expecting closing tag for element '{@elementName}'",
+                 {{"elementName", current_->qualified_name()}},
+                 QN_READER_LOCATION("state_content"));
+        }
+        valueState_ = ValueState::Buffered;
+        return begin_node(XmlNodeType::End, State::AtEnd);
+    default:
+        fail_unexpected_token(QN_READER_LOCATION("state_content"));
+    }
+}
+
+/// Takes text inside an element. White space alone is no node when white space is skipped; before
+/// other text it is the head of that text's value.
+bool XmlReader::begin_chardata() {
+    while (lastToken_ == XmlTokenType::CharData && current_->space() != XmlSpace::preserve &&
+           is_white_space(token_text())) {
+        append_limited(value_, token_text());
+        fetch_token();
+    }
+    push_back();
+    if (lastToken_ == XmlTokenType::CharData || lastToken_ == XmlTokenType::EntityRef ||
+        lastToken_ == XmlTokenType::CharRef) {
+        return begin_node(XmlNodeType::Text, State::TextBody);
+    }
+    if (!skipWhitespace_) {
+        return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
+    }
+    value_.clear();
+    return false;
+}
+
+bool XmlReader::begin_chardata_outside() {
+    if (!is_white_space(token_text())) {
+        fail(text_outside, QN_READER_LOCATION("state_content"));
+    }
+    if (skipWhitespace_) {
+        return false;
+    }
+    // Required: each further chunk counts as white space and has the length of the first, so that
+    // behind a shorter one comes what the tokenizer's string held there before.
+    std::string chunk(token_text());
+    append_limited(value_, chunk);
+    while (fetch_token() == XmlTokenType::CharData) {
+        lay_over(chunk, token_text());
+        append_limited(value_, chunk);
+    }
+    if (lastToken_ == XmlTokenType::EntityRef || lastToken_ == XmlTokenType::CharRef) {
+        fail(text_outside, QN_READER_LOCATION("state_content"));
+    }
+    push_back();
+    return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
+}
+
+void XmlReader::read_xmldecl() {
+    const ElementPtr declaration = pool_->take(XmlElementKind::xml_declaration, current_);
+    declaration->name_ = "xml";
+    if (read_attributes(declaration->attributes_) != XmlTokenType::XmldeclEnd) {
+        fail_unexpected_token(QN_READER_LOCATION("read_xmldecl"));
+    }
+    current_ = declaration;
+    check_xmldecl();
+    begin_node(XmlNodeType::XmlDeclaration, State::XmlDeclDone);
+}
+
+void XmlReader::check_xmldecl() {
+    bool has_version = false;
+    for (const Attribute& attribute : current_->attributes()) {
+        const std::string& value = attribute.value();
+        if (attribute.qualified_name() == "version") {
+            has_version = true;
+            if (value != "1.0") {
+                fail("Invalid version, expecting \"1.0\"", QN_READER_LOCATION("read_xmldecl"));
+            }
+        } else if (attribute.qualified_name() == "encoding" && !expectedEncoding_.empty() &&
+                   !encoding_names_equal(expectedEncoding_.data(), expectedEncoding_.size(),
+                                         value.data(), value.size())) {
+            fail("Mismatched encodings. Expected: {@expected} Found: {@found}",
+                 {{"expected", expectedEncoding_}, {"found", value}},
+                 QN_READER_LOCATION("read_xmldecl"));
+        }
+    }
+    if (!has_version) {
+        fail("XML declaration must have version information", QN_READER_LOCATION("read_xmldecl"));
+    }
+}
+
+void XmlReader::read_pi() {
+    current_ = pool_->take(XmlElementKind::pi, current_);
+    current_->name_ = token_text();
+    begin_node(XmlNodeType::PI, State::PiBody);
+}
+
+void XmlReader::read_endtag() {
+    const std::string_view name = token_text();
+    if (!current_) {
+        fail("Unexpected end tag: " + std::string(name), QN_READER_LOCATION("read_endtag"));
+    }
+    if (current_->qualified_name() != name) {
+        fail("End element name mismatch: Expecting='{@expectedName}', Found='{@foundName}'",
+             {{"expectedName", current_->qualified_name()}, {"foundName", name}},
+             QN_READER_LOCATION("read_endtag"));
+    }
+    value_.clear();
+    valueState_ = ValueState::Buffered;
+    begin_node(XmlNodeType::EndElement, State::EndTagDone);
+}
+
+} // namespace qnxml

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+
+#include "qncore/error_info.h"
+#include "qncore/string_slice.h"
+#include "qnxml/xml_location.h"
+
+namespace qnxml {
+
+/// The tokens of a document. The tokenizer knows no nesting: a run of text comes as any number of
+/// `CharData`, and the tokens around it tell what it belongs to.
+enum class XmlTokenType : std::uint32_t {
+    Unknown = 0, ///< never produced
+    DocumentStart = 1,
+    DocumentEnd = 2,
+    Error = 3,
+    XmldeclStart = 4, ///< text: the target
+    XmldeclEnd = 5,
+    DoctypeStart = 6,
+    DoctypeEnd = 7,
+    CommentStart = 8,
+    CommentEnd = 9,
+    PIStart = 10, ///< text: the target
+    PIEnd = 11,
+    CDATAStart = 12,
+    CDATAEnd = 13,
+    StartTagStart = 14, ///< text: the element's qualified name
+    StartTagEnd = 15,
+    StartTagEndEmpty = 16,
+    EndTag = 17,         ///< text: the element's qualified name
+    AttributeStart = 18, ///< text: the attribute's qualified name
+    AttributeEnd = 19,
+    CharData = 20,  ///< text: a chunk, never empty
+    EntityRef = 21, ///< text: the name alone
+    CharRef = 22,   ///< text: the digits, with a leading "x" for hexadecimal
+};
+
+/// Writes the token's name; a value without one as "##UNKNOWN(value)##".
+std::ostream& operator<<(std::ostream& stream, XmlTokenType token);
+
+/// Turns a document into tokens. Never throws: a failure is the token `Error`, and final.
+class IXmlTokenizer {
+  public:
+    /// Moves to the next token.
+    virtual XmlTokenType next_token() = 0;
+    /// The text of the current token, valid until the next call of next_token().
+    virtual qncore::StringSlice<const char*> token_text() const = 0;
+    /// What failed; null when nothing did.
+    virtual qncore::ErrorInfoPtr last_error() const = 0;
+    /// The byte that opened the current attribute value, a double or a single quote.
+    virtual std::uint8_t attribute_quote() const = 0;
+    virtual XmlLocation location() const = 0;
+
+  protected:
+    ~IXmlTokenizer() = default;
+};
+
+} // namespace qnxml

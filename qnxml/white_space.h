@@ -1,0 +1,18 @@
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+
+namespace qnxml {
+
+/// Blank, tab or newline; line ends are newlines by the time that anybody asks.
+constexpr bool is_white_space(char byte) noexcept {
+    return byte == ' ' || byte == '\t' || byte == '\n';
+}
+
+/// True for the empty text, too.
+constexpr bool is_white_space(std::string_view text) noexcept {
+    return std::all_of(text.begin(), text.end(), [](char byte) { return is_white_space(byte); });
+}
+
+} // namespace qnxml

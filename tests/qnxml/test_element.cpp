@@ -1,0 +1,135 @@
+// Elements and attributes: names, namespaces, look-ups, lifetime.
+#include <gmock/gmock.h>
+
+#include "tests/qnxml/documents.h"
+
+namespace {
+
+using qnxml::XmlAttribute;
+using qnxml::XmlElementKind;
+using qnxml::XmlReader;
+using qnxml_test::Document;
+
+XmlReader::ElementPtr element_named(XmlReader& reader, std::string_view name) {
+    EXPECT_TRUE(reader.next_element_named(name));
+    return reader.current_element();
+}
+
+std::string value_of(const XmlAttribute* attribute) {
+    return attribute != nullptr ? attribute->value() : "none";
+}
+
+TEST(Element, HasItsNamesAndAttributes) {
+    Document document(
+        "<p:a p:x='1' x=\"2\" q:x='3' xmlns:p='u' xmlns:q='u' xmlns='d' xml:lang='en'>"
+        "<b:c:d xmlns:b='v'/></p:a>");
+    const auto element = element_named(document.reader, "p:a");
+    EXPECT_EQ(element->prefix(), "p");
+    EXPECT_EQ(element->local_name(), "a");
+    EXPECT_EQ(*element->namespace_name(), "u");
+    EXPECT_EQ(*element->default_namespace(), "d");
+    EXPECT_EQ(element->attributes().size(), 7U);
+    EXPECT_EQ(element->attributes()[0].quote(), '\'');
+    EXPECT_EQ(element->attributes()[1].quote(), '"');
+
+    EXPECT_EQ(value_of(element->find_attribute("x")), "2");
+    EXPECT_EQ(value_of(element->find_attribute("q:x")), "3");
+    EXPECT_EQ(value_of(element->find_attribute("y")), "none");
+    EXPECT_EQ(value_of(element->find_attribute("u", "x")), "1");
+    EXPECT_EQ(value_of(element->find_attribute("", "x")), "2");
+    EXPECT_EQ(value_of(element->find_attribute({}, "x")), "1");
+    EXPECT_EQ(value_of(element->find_attribute("v", "x")), "none");
+    EXPECT_EQ(value_of(element->find_attribute(qnxml::xmlns_namespace(), "q")), "u");
+    EXPECT_TRUE(element->find_attribute("xml:lang")->is_xml_namespace());
+    EXPECT_FALSE(element->find_attribute("x")->is_xml_namespace());
+    const auto all = element->attributes();
+    EXPECT_EQ(qnxml::find_attribute(all.data() + 1, all.data() + 2, "q:x"), all.data() + 2);
+
+    const auto inner = element_named(document.reader, "b:c:d");
+    EXPECT_EQ(inner->local_name(), "c:d");
+    EXPECT_EQ(inner->parent(), element);
+    EXPECT_EQ(inner->kind(), XmlElementKind::empty);
+    EXPECT_EQ(value_of(inner->find_attribute("x")), "none");
+    EXPECT_EQ(value_of(inner->find_attribute_inherited("x")), "2");
+    EXPECT_EQ(value_of(inner->find_attribute_inherited("u", "x")), "1");
+    EXPECT_EQ(value_of(inner->find_xml_attribute_inherited("lang")), "en");
+    EXPECT_EQ(value_of(inner->find_xml_attribute_inherited("space")), "none");
+}
+
+TEST(Element, FindsTheInnermostNamespace) {
+    Document document("<a xmlns='1' xmlns:p='2'><b xmlns='' p:x=''><c xmlns:q='3'>"
+                      "<p:d/><e xmlns='4' xmlns:p='5'><p:f/><g/></e></c></b><h/></a>"
+                      "<xml:i/><xmlns:j/>");
+    const std::pair<const char*, std::string> expected[] = {{"a", "1"},
+                                                            {"b", ""},
+                                                            {"c", ""},
+                                                            {"p:d", "2"},
+                                                            {"e", "4"},
+                                                            {"p:f", "5"},
+                                                            {"g", "4"},
+                                                            {"h", "1"},
+                                                            {"xml:i", qnxml::xml_namespace()},
+                                                            {"xmlns:j", qnxml::xmlns_namespace()}};
+    for (const auto& [name, space] : expected) {
+        const auto element = element_named(document.reader, name);
+        ASSERT_TRUE(element->namespace_name()) << name;
+        EXPECT_EQ(*element->namespace_name(), space) << name;
+        EXPECT_TRUE(element->matches(space, element->local_name()));
+    }
+    Document without("<a/>");
+    EXPECT_EQ(element_named(without.reader, "a")->namespace_name(), nullptr);
+}
+
+TEST(Element, OutlivesItsReader) {
+    XmlReader::ElementPtr kept;
+    XmlReader::ElementPtr root;
+    {
+        Document document("<r xmlns='u' long='" + std::string(100, 'v') +
+                          "'><k a='1'/><x/><y><z/></y></r><r2/>");
+        root = element_named(document.reader, "r");
+        kept = element_named(document.reader, "k");
+        while (document.reader.next_element()) {
+            EXPECT_NE(document.reader.current_element(), kept);
+        }
+    }
+    root.reset();
+    EXPECT_EQ(kept->qualified_name(), "k");
+    EXPECT_EQ(value_of(kept->find_attribute("a")), "1");
+    EXPECT_EQ(*kept->namespace_name(), "u");
+    EXPECT_EQ(value_of(kept->find_attribute_inherited("long")), std::string(100, 'v'));
+}
+
+TEST(Element, IsCleanWhenUsedAgain) {
+    Document document("<r><p:a xmlns:p='u' xmlns='d' xml:space='preserve' b='1'/><c> </c>"
+                      "<?p:q?><d b='2'/></r>");
+    element_named(document.reader, "p:a");
+    const auto c = element_named(document.reader, "c");
+    EXPECT_EQ(c->space(), qnxml::XmlSpace::not_set);
+    EXPECT_EQ(c->namespace_name(), nullptr);
+    EXPECT_EQ(c->default_namespace(), nullptr);
+    EXPECT_TRUE(c->attributes().empty());
+    EXPECT_TRUE(document.reader.read_next());
+    EXPECT_EQ(document.reader.node_type(), qnxml::XmlNodeType::EndElement);
+    EXPECT_TRUE(document.reader.read_next());
+    EXPECT_EQ(document.reader.current_element()->local_name(), "p:q");
+    EXPECT_EQ(document.reader.current_element()->kind(), XmlElementKind::pi);
+    const auto d = element_named(document.reader, "d");
+    EXPECT_EQ(d->attributes().size(), 1U);
+    EXPECT_EQ(value_of(d->find_attribute("b")), "2");
+}
+
+TEST(Element, MayHaveMoreAttributesThanRoom) {
+    std::string text = "<r><a";
+    for (int i = 0; i < 300; ++i) {
+        text += " n" + std::to_string(i) + "='" + std::to_string(i) + "' p:n" + std::to_string(i) +
+                "='x'";
+    }
+    Document document(text + " xmlns:p='u'/><a n='1'/></r>");
+    const auto element = element_named(document.reader, "a");
+    EXPECT_EQ(element->attributes().size(), 601U);
+    EXPECT_EQ(value_of(element->find_attribute("n299")), "299");
+    EXPECT_EQ(value_of(element->find_attribute("u", "n0")), "x");
+    EXPECT_EQ(element_named(document.reader, "a")->attributes().size(), 1U);
+}
+
+} // namespace

@@ -1,0 +1,321 @@
+// The nodes of documents and the failures of the reader.
+#include <gmock/gmock.h>
+
+#include "qnxml/errors.h"
+#include "tests/qnxml/documents.h"
+
+namespace {
+
+using qnxml::XmlElementKind;
+using qnxml::XmlNodeType;
+using qnxml_test::Document;
+using qnxml_test::error_of;
+using qnxml_test::nodes;
+using testing::EndsWith;
+
+constexpr const char* bom = "\xEF\xBB\xBF";
+
+struct Case {
+    std::string document;
+    const char* expected;
+};
+
+TEST(Reader, TurnsDocumentsIntoNodes) {
+    const Case cases[] = {
+        {"", ""},
+        {" \n\t", ""},
+        {bom, ""},
+        {"<!-- a --> <!--b-->", "Comment( a ); Comment(b)"},
+        {"<a/>", "Element a"},
+        {"<a/><b/>", "Element a; Element b"},
+        {"<a> <b/> </a>", "Element a; Element b; EndElement a"},
+        {"<a xml:space='preserve'> <b> </b><c xml:space='default'> </c></a>",
+         "Element a xml:space{http://www.w3.org/XML/1998/namespace}=preserve; Text( ); "
+         "Element b; Text( ); EndElement b; "
+         "Element c xml:space{http://www.w3.org/XML/1998/namespace}=default; EndElement c; "
+         "EndElement a"},
+        {"<a> x</a>", "Element a; Text( x); EndElement a"},
+        {"<a> &amp; </a>", "Element a; Text( & ); EndElement a"},
+        {"<a> &#65;<b/>&lt; &gt;</a>", "Element a; Text( A); Element b; Text(< >); EndElement a"},
+        {"<a>x<![CDATA[y&]]>z<!-- --><![CDATA[]]></a>",
+         "Element a; Text(x); CDATA(y&); Text(z); Comment( ); CDATA; EndElement a"},
+        {"<?xml version='1.0' encoding='utf8' standalone='no'?>\n<?t:p d ?><a/>",
+         "XmlDeclaration version=1.0 encoding=utf8 standalone=no; PI t:p( d ); Element a"},
+        {bom + std::string("<?xml version='1.0'?><a/>"), "XmlDeclaration version=1.0; Element a"},
+        {bom + std::string("\n <a/>"), "Element a"},
+        {"<!DOCTYPE a [<!ENTITY b 'c'>]><a/><!DOCTYPE b>", "Element a"},
+        {"<a><?p?>x</a>", "Element a; PI p; Text(x); EndElement a"},
+        {"<a b='x&#10;y\nz\r\n\t&apos;&quot;'/>", "Element a b=x\ny z  '\""},
+        {"<a>\xE4\xB8\x80&#x4E00;&#128512;</a>",
+         "Element a; Text(\xE4\xB8\x80\xE4\xB8\x80\xF0\x9F\x98\x80); EndElement a"},
+        {"<a>&#1;</a>", "Element a; Text(\1); EndElement a"},
+    };
+    for (const Case& test : cases) {
+        Document document(test.document);
+        EXPECT_EQ(nodes(document.reader), test.expected) << test.document;
+        EXPECT_EQ(document.reader.node_type(), XmlNodeType::End);
+        EXPECT_EQ(error_of([&] { document.reader.read_next(); })->text().substr(0, 5), "[line");
+    }
+}
+
+TEST(Reader, GivesWhiteSpaceWhenItIsNotSkipped) {
+    const Case cases[] = {
+        {" <a> <b/>\n<!-- --> x </a>\n",
+         "Whitespace( ); Element a; Whitespace( ); Element b; Whitespace(\n); Comment( ); "
+         "Text( x ); EndElement a; Whitespace(\n)"},
+        {bom + std::string("\n\n<a/>"), "Whitespace(\n\n); Element a"},
+        {"<a/>\n&amp;", "Element a; ! Unexpected non-whitespace content encountered outside scope "
+                        "of elements"},
+    };
+    for (const Case& test : cases) {
+        Document document(test.document);
+        document.reader.set_skip_whitespace(false);
+        EXPECT_EQ(nodes(document.reader), test.expected) << test.document;
+    }
+    // Behind the elements each chunk counts as long as the first one was.
+    Document document("<a/>" + std::string(1018, ' ') + "\n\n<b/>");
+    document.reader.set_skip_whitespace(false);
+    EXPECT_TRUE(document.reader.next_element());
+    EXPECT_TRUE(document.reader.read_next());
+    std::string expected(2 * 1018, ' ');
+    expected.replace(1018, 3, std::string_view("\n\n\0", 3));
+    EXPECT_EQ(document.reader.value(), expected);
+}
+
+struct Failure {
+    std::string_view document;
+    const char* function;
+    const char* message;
+};
+
+const Failure failures[] = {
+    {"<![CDATA[x]]>", "state_start", "Unexpected CDATA section"},
+    {"&amp;", "state_start", "Unexpected entity reference"},
+    {"&#65;", "state_start", "Unexpected character reference"},
+    {"\xC3\xA9<a/>", "state_start", "Unexpected non-whitespace content encountered"},
+    {"abc", "state_start",
+     "Unexpected non-whitespace content in start of document (only UTF-8 BOM allowed)"},
+    {"\xEF\xBB\xBFx", "state_start",
+     "Unexpected non-whitespace content in start of document (only UTF-8 BOM allowed)"},
+    {"<a>", "state_content", "Unexpected end of document; expecting closing tag for element 'a'"},
+    {" <?xml version='1.0'?>", "state_content",
+     "XML declaration only allowed at start of document"},
+    {"<a><?xml version='1.0'?></a>", "state_content",
+     "XML declaration only allowed at start of document"},
+    {"<a><!DOCTYPE a></a>", "state_content",
+     "Unexpected DOCTYPE declaration outside scope of elements"},
+    {"<a/><![CDATA[x]]>", "state_content", "Unexpected CDATA section outside scope of an element "},
+    {"<a/>&amp;", "state_content", "Unexpected entity reference outside scope of elements"},
+    {"<a/>&#65;", "state_content", "Unexpected character reference outside scope of elements"},
+    {"<a/>x", "state_content",
+     "Unexpected non-whitespace content encountered outside scope of elements"},
+    {"</a>", "read_endtag", "Unexpected end tag: a"},
+    {"<a/></a>", "read_endtag", "Unexpected end tag: a"},
+    {"<p:a xmlns:p='u' xmlns:q='u'></q:a>", "read_endtag",
+     "End element name mismatch: Expecting='p:a', Found='q:a'"},
+    {"<?xml?>", "read_xmldecl", "XML declaration must have version information"},
+    {"<?xml encoding='UTF-8'?>", "read_xmldecl", "XML declaration must have version information"},
+    {"<?xml version='1.1'?>", "read_xmldecl", "Invalid version, expecting \"1.0\""},
+    {"<?xml version='1.0' encoding='latin1'?>", "read_xmldecl",
+     "Mismatched encodings. Expected: UTF-8 Found: latin1"},
+    {"<a b='1' b='2'/>", "read_attributes", "Duplicate attribute name: 'b'"},
+    {"<a p:='1'/>", "read_attributes", "Invalid attribute name: 'p:'"},
+    {"<p:/>", "read_starttag", "Invalid element name: 'p:'"},
+    {"<p:a/>", "read_starttag", "Undeclared namespace 'p' referenced by element 'p:a'"},
+    {"<a p:b='1'/>", "read_starttag", "Undeclared namespace 'p' referenced by attribute 'p:b'"},
+    {"<a xmlns:p='u'><b xmlns:p=''><p:c/></b></a>", "read_starttag",
+     "Undeclared namespace 'p' referenced by element 'p:c'"},
+    {"<a xml:space='keep'/>", "read_starttag",
+     "Unexpected value of 'xml:space' attribute: \"keep\" expecting 'preserve' or 'default'"},
+    {"<a>&#0;</a>", "eval_char_ref", "Invalid character reference: '{@charReference}'"},
+    {"<a>&#xD800;</a>", "eval_char_ref", "Invalid character reference: '{@charReference}'"},
+    {"<a>&#9999999999;</a>", "eval_char_ref", "Invalid character reference: '{@charReference}'"},
+    {"<a b='&foo;'/>", "resolve_entity_ref",
+     "Unable to resolve entity reference 'foo'; no entity resolver specified"},
+    {"<a>x&foo;</a>", "resolve_entity_ref",
+     "Unable to resolve entity reference 'foo'; no entity resolver specified"},
+};
+
+TEST(Reader, FailsWithMessagePlaceAndCodeForGood) {
+    for (const Failure& test : failures) {
+        Document document(test.document);
+        const qncore::ErrorInfoPtr error = error_of([&] {
+            while (document.reader.read_next()) {
+            }
+        });
+        ASSERT_TRUE(error) << test.document;
+        EXPECT_EQ(error->code(), qnxml::error::qnxml_reader) << test.document;
+        EXPECT_EQ(error->text(),
+                  qnxml::format_location(document.tokenizer.location(), test.message));
+        EXPECT_EQ(error->location().function.view(),
+                  std::string("qnxml::XmlReader::") + test.function + "()")
+            << test.document;
+        EXPECT_EQ(document.reader.node_type(), XmlNodeType::Error);
+        EXPECT_THAT(error_of([&] { document.reader.read_next(); })->text(),
+                    EndsWith("]: Cannot continue after error"));
+        for (const auto& operation :
+             {+[](Document& it) { it.reader.value(); },
+              +[](Document& it) { it.reader.value_stream().available(); }}) {
+            EXPECT_THAT(error_of([&] { operation(document); })->text(),
+                        EndsWith("]: Value cannot be read after a parse error"));
+        }
+    }
+}
+
+TEST(Reader, PassesTheTokenizersErrorOnAsItIs) {
+    Document document("<a\n b/>");
+    const qncore::ErrorInfoPtr error = error_of([&] { document.reader.read_next(); });
+    EXPECT_EQ(error, document.tokenizer.last_error());
+    EXPECT_EQ(error->code(), qnxml::error::qnxml_tokenizer_syntaxError);
+    EXPECT_EQ(error->text(), "[line 2, pos 3]: Expecting attribute name");
+    EXPECT_EQ(*error->params().find("sourcePos"), "6");
+}
+
+/// Plays back tokens that no document can give.
+class ScriptedTokenizer final : public qnxml::IXmlTokenizer {
+  public:
+    explicit ScriptedTokenizer(std::vector<std::pair<qnxml::XmlTokenType, const char*>> script)
+        : script_(std::move(script)) {}
+    qnxml::XmlTokenType next_token() override { return script_.at(next_++).first; }
+    qncore::StringSlice<const char*> token_text() const override {
+        return {script_.at(next_ - 1).second, 0, qncore::StringRange::npos};
+    }
+    qncore::ErrorInfoPtr last_error() const override { return {}; }
+    std::uint8_t attribute_quote() const override { return '"'; }
+    qnxml::XmlLocation location() const override { return {}; }
+
+  private:
+    std::vector<std::pair<qnxml::XmlTokenType, const char*>> script_;
+    std::size_t next_ = 0;
+};
+
+TEST(Reader, RefusesTokensThatDoNotFit) {
+    using T = qnxml::XmlTokenType;
+    const struct {
+        std::vector<std::pair<T, const char*>> script;
+        const char* function;
+    } cases[] = {
+        {{{T::PIEnd, ""}}, "state_start"},
+        {{{T::StartTagStart, "a"}, {T::StartTagEnd, ""}, {T::CommentEnd, ""}}, "state_content"},
+        {{{T::CommentStart, ""}, {T::PIEnd, ""}}, "discard_chardata"},
+        {{{T::XmldeclStart, ""}, {T::StartTagEnd, ""}}, "read_xmldecl"},
+        {{{T::StartTagStart, "a"}, {T::AttributeStart, "b"}, {T::PIEnd, ""}}, "read_attributes"},
+    };
+    for (const auto& test : cases) {
+        ScriptedTokenizer tokenizer(test.script);
+        qnxml::XmlReader reader(&tokenizer);
+        const qncore::ErrorInfoPtr error = error_of([&] {
+            while (reader.read_next()) {
+            }
+        });
+        ASSERT_TRUE(error) << test.function;
+        EXPECT_EQ(error->code(), qnxml::error::qnxml_reader_unexpected_token);
+        std::ostringstream token;
+        token << test.script.back().first;
+        EXPECT_EQ(qnxml_test::without_position(error->text()),
+                  "Unexpected tokenizer token: " + token.str());
+        EXPECT_EQ(error->location().function.view(),
+                  std::string("qnxml::XmlReader::") + test.function + "()");
+    }
+}
+
+TEST(Reader, WalksTheChildrenOfAnElement) {
+    Document document("<r> <s a='1'><deep><s/></deep>x</s><!-- --><e/>t<s/></r><z/>");
+    qnxml::XmlReader& reader = document.reader;
+    ASSERT_TRUE(reader.next_element());
+    auto root = reader.current_element();
+    std::string children;
+    while (reader.next_child_element(root)) {
+        const auto child = reader.current_element();
+        children += child->qualified_name();
+        auto grandchild = child;
+        while (reader.next_child_element(grandchild)) {
+            children += "(" + reader.current_element()->qualified_name() + ")";
+        }
+    }
+    EXPECT_EQ(children, "s(deep)es");
+    EXPECT_EQ(reader.node_type(), XmlNodeType::EndElement);
+    EXPECT_FALSE(reader.next_child_element(root));
+    EXPECT_TRUE(reader.skip_to_element_end(root));
+
+    qnxml::XmlReader::ElementPtr current;
+    EXPECT_FALSE(reader.next_child_element(current));
+    EXPECT_EQ(current, root);
+    EXPECT_TRUE(reader.next_element());
+    EXPECT_EQ(reader.current_element()->kind(), XmlElementKind::empty);
+    EXPECT_FALSE(reader.next_child_element(root));
+    EXPECT_FALSE(reader.skip_to_element_end(root));
+    EXPECT_FALSE(reader.read_next());
+    EXPECT_EQ(reader.current_element()->kind(), XmlElementKind::null);
+}
+
+TEST(Reader, SkipsAndFindsElements) {
+    Document document("<r xmlns='u'><a><b/></a><c xmlns='v'/><b/>"
+                      "<p:b xmlns:p='v'/></r>");
+    qnxml::XmlReader& reader = document.reader;
+    qnxml::XmlReader::ElementPtr none;
+    EXPECT_FALSE(reader.skip_to_element_end(none));
+    EXPECT_TRUE(reader.next_child_element(none));
+    EXPECT_FALSE(none);
+    EXPECT_TRUE(reader.next_element_named("a"));
+    reader.skip_current_element();
+    EXPECT_EQ(reader.node_type(), XmlNodeType::EndElement);
+    EXPECT_TRUE(reader.next_element_named("v", "c"));
+    reader.skip_current_element();
+    EXPECT_EQ(reader.node_type(), XmlNodeType::Element);
+    EXPECT_TRUE(reader.next_element_named({}, "b"));
+    EXPECT_EQ(*reader.current_element()->namespace_name(), "u");
+    EXPECT_TRUE(reader.next_element_named("v", ""));
+    EXPECT_EQ(reader.current_element()->prefix(), "p");
+    EXPECT_FALSE(reader.next_element_named("v", "b"));
+}
+
+TEST(Reader, ReadsTheTextOfAnElement) {
+    const Case cases[] = {
+        {"<a>x<![CDATA[y]]>z</a>", "xyz"},
+        {"<a> x <b>&lt;<c/></b><!-- n --><?n n?> y </a>", " x < y "},
+        {"<a> </a>", ""},
+        {"<a/>", ""},
+        {"<a><b/></a>", ""},
+    };
+    for (const Case& test : cases) {
+        Document document(test.document);
+        EXPECT_EQ(document.reader.read_element_text(), "");
+        ASSERT_TRUE(document.reader.next_element());
+        EXPECT_EQ(document.reader.read_element_text(), test.expected) << test.document;
+        EXPECT_EQ(document.reader.read_element_text(), "");
+        EXPECT_FALSE(document.reader.read_next());
+    }
+}
+
+TEST(Reader, ReportsUnexpectedElements) {
+    const auto location = QN_LOCATION("somewhere()");
+    Document plain("<a/>");
+    plain.reader.next_element();
+    qncore::ErrorInfoPtr error = error_of([&] { plain.reader.throw_unexpected_element(location); });
+    EXPECT_EQ(error->text(), "[line 1, pos 4]: Unexpected element: Name='a', Namespace=<>");
+    EXPECT_EQ(error->code(), qnxml::error::qnxml_reader_unexpected_element);
+    EXPECT_EQ(error->location().function.view(), "somewhere()");
+    EXPECT_EQ(plain.reader.node_type(), XmlNodeType::Error);
+
+    Document named("<p:a xmlns:p='u'/>");
+    named.reader.next_element();
+    error = error_of([&] { named.reader.throw_unexpected_element("v", "b", location); });
+    EXPECT_EQ(error->text(), "[line 1, pos 18]: Unexpected element: Name='p:a', Namespace=<u>.  "
+                             "ExpectedLocalName='b', ExpectedNamespace=<v>");
+}
+
+TEST(Reader, TakesOtherEncodingsWhenTold) {
+    Document document("<?xml version='1.0' encoding='latin1'?><a/>");
+    document.reader.set_expected_encoding("");
+    EXPECT_TRUE(document.reader.next_element());
+}
+
+TEST(Reader, PrintsNodeNames) {
+    std::ostringstream out;
+    out << XmlNodeType::None << ' ' << XmlNodeType::EndElement << ' '
+        << static_cast<XmlNodeType>(11);
+    EXPECT_EQ(out.str(), "None EndElement ##UNKNOWN(11)##");
+}
+
+} // namespace
