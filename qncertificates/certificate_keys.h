@@ -15,13 +15,14 @@ enum EFormat : std::uint32_t {
 
 /// A machine's RSA key pair and the two files that keep it. All failures are ErrorExceptions; this
 /// layer's own have the code error.qncertificates.parameter.invalid, an unknown format among them.
-class CertificateKeys : public qncore::RefCounted<qncore::AtomicRefCount> {
+class CertificateKeys final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     /// Loads the pair when both files are there, and throws when they cannot be read or do not hold
     /// a pair. With a file missing, or when the pair is to be regenerated, the object has no keys
     /// until set_keys(); in the latter case the files are not looked at.
     CertificateKeys(const std::string& publicKeyFile, const std::string& privateKeyFile,
                     EFormat format, bool regenerate);
+    ~CertificateKeys() override = default;
 
     /// Makes a new pair of 2048 bits and writes it into both files in place. Whoever may not read
     /// and write both files gets an error, and neither is changed. The object takes the new keys
@@ -31,9 +32,6 @@ class CertificateKeys : public qncore::RefCounted<qncore::AtomicRefCount> {
     /// PKCS#1 DER; empty while there are no keys.
     qncrypto::Key get_private_key() const { return private_key_; }
     qncrypto::Key get_public_key() const { return public_key_; }
-
-  protected:
-    ~CertificateKeys() override = default;
 
   private:
     void load();

@@ -15,7 +15,7 @@ using qncore::SourceLocation;
 
 namespace {
 
-constexpr std::uint64_t largest_key_file = 64 * 1024;
+constexpr std::uint64_t largest_key_file = 65536;
 
 [[noreturn]] void throw_write_error(const std::string& filename, const SourceLocation& location,
                                     platform::SystemError error) {

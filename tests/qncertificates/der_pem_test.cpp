@@ -58,8 +58,8 @@ TEST(DerPem, LineEndsAndTextAroundTheBlockDoNotMatter) {
     const char* const texts[] = {
         "-----BEGIN ENCIPHERED PASSWORD-----\r\nAQID\r\n-----END ENCIPHERED PASSWORD-----\r\n",
         "-----BEGIN ENCIPHERED PASSWORD-----\nAQID\n-----END ENCIPHERED PASSWORD-----",
-        "\n\n of srv01\n-----BEGIN ENCIPHERED PASSWORD-----\nAQID\n"
-        "-----END ENCIPHERED PASSWORD-----\n\n",
+        ("\n\n of srv01\n-----BEGIN ENCIPHERED PASSWORD-----\nAQID\n"
+         "-----END ENCIPHERED PASSWORD-----\n\n"),
     };
     for (const char* text : texts) {
         EXPECT_EQ(bytes_of(text), (Bytes{1, 2, 3})) << text;

@@ -18,8 +18,8 @@ void put(const char* function, const char* file, int line, int library, int reas
 
 class OpensslErrors : public testing::Test {
   protected:
-    OpensslErrors() { ERR_clear_error(); }
-    ~OpensslErrors() override { ERR_clear_error(); }
+    void SetUp() override { ERR_clear_error(); }
+    void TearDown() override { ERR_clear_error(); }
 };
 
 int length_of(const qncore::ErrorInfo* info) {
