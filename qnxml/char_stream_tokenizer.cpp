@@ -180,11 +180,11 @@ XmlTokenType XmlCharStreamTokenizerBase::stream_failure(const char* message,
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::fail(const qncore::ErrorCode& code, const char* message,
-                                              const qncore::SourceLocation& at,
+                                              const qncore::SourceLocation& location,
                                               qncore::ErrorInfoPtr nested) {
     qncore::ErrorParams params;
-    const std::string text = location_message(location(), message, &params);
-    error_ = qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), params, at,
+    const std::string text = location_message(this->location(), message, &params);
+    error_ = qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), params, location,
                                        std::move(nested));
     return enter(XmlTokenizerState::Failed, XmlTokenType::Error);
 }
