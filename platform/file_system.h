@@ -24,6 +24,10 @@ SystemError check_existence(const std::string& path);
 /// Success when this process may read and write what the name stands for; else why not.
 SystemError check_read_write_access(const std::string& path);
 
+/// True when accounts that are neither the file's owner nor in its group have any permission on
+/// it. False on Windows, where access lists say who may what.
+bool is_open_to_others(const std::string& path);
+
 /// Sets or clears the read-only state of a key file: the read-only attribute on Windows; on Linux
 /// the write bit of the owner, and of the group where the file lies in a set-group-id directory.
 /// No other permission changes.
