@@ -51,8 +51,8 @@ class MemoryStream final : public qncore::RefCounted<qncore::AtomicRefCount>,
 
 Tally parse_reader(const std::string& document) {
     using qnxml::XmlNodeType;
-    qnxml::XmlStreamTokenizer tokenizer({}, 1, 4096,
-                                        qnxml::XmlStreamTokenizer::Stream(new MemoryStream(document)));
+    qnxml::XmlStreamTokenizer tokenizer(
+        {}, 1, 4096, qnxml::XmlStreamTokenizer::Stream(new MemoryStream(document)));
     qnxml::XmlReader reader(&tokenizer);
     Tally tally;
     while (reader.read_next()) {
@@ -181,8 +181,8 @@ std::string store_document(std::size_t bytes) {
     for (int server = 1; text.size() < bytes; ++server) {
         const std::string name = "SRV" + std::to_string(server);
         const std::string path = "C:\\Keys\\srv" + std::to_string(server);
-        text += "<Notifier Name=\"" + name + "\"><SubsystemsServerCertificate><PublicKeyPath>" + path +
-                ".pub</PublicKeyPath><PrivateKeyPath>" + path +
+        text += "<Notifier Name=\"" + name + "\"><SubsystemsServerCertificate><PublicKeyPath>" +
+                path + ".pub</PublicKeyPath><PrivateKeyPath>" + path +
                 ".key</PrivateKeyPath><CertificatePath>" + path +
                 ".crt</CertificatePath><Password></Password><TrustedCertificatePath>" + path +
                 "&amp;ca.crt</TrustedCertificatePath></SubsystemsServerCertificate></Notifier>";
@@ -197,8 +197,8 @@ std::string nested_document(std::size_t bytes) {
     std::string text = "<root xmlns:p=\"urn:example:p\" xmlns:q=\"urn:example:q\">";
     while (text.size() < bytes) {
         for (int level = 0; level < depth; ++level) {
-            text += "<p:level number=\"" + std::to_string(level) +
-                    "\" id=\"identifier-" + std::to_string(text.size()) +
+            text += "<p:level number=\"" + std::to_string(level) + "\" id=\"identifier-" +
+                    std::to_string(text.size()) +
                     "\" p:kind=\"measured\" q:unit=\"millimetres &amp; more\" first=\"1\" "
                     "second=\"two words\" third='a \"quoted\" text'>";
         }
@@ -235,12 +235,10 @@ int main(int argc, char** argv) {
                 return 1;
             }
             const auto title = std::string(documentName) + "/" + name;
-            benchmark::RegisterBenchmark(
-                title.c_str(),
-                [parse = parse, &document = document](benchmark::State& state) {
-                    measure(state, parse, document);
-                })
-                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(title.c_str(), [parse = parse, &document = document](
+                                                            benchmark::State& state) {
+                measure(state, parse, document);
+            })->Unit(benchmark::kMillisecond);
         }
     }
     benchmark::Initialize(&argc, argv);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "qncore/ref_counted.h"
@@ -7,39 +8,38 @@
 
 namespace qncertificates {
 
-/// The form of key files.
-enum EFormat {
-    eFormatPkcs1Der = 2, ///< RSAPrivateKey and RSAPublicKey of RFC 8017, DER, one in each file
+/// What stands in a pair of key files.
+enum EFormat : std::uint32_t {
+    eFormatPkcs1Der = 2, ///< RSAPublicKey and RSAPrivateKey of RFC 8017, DER, nothing around them
 };
 
-/// The machine's RSA key pair and the two files that keep it. Failures are ErrorExceptions with a
-/// code below error.qncertificates or those of the layers below. One thread at a time may set
-/// keys; who serialises the processes is the caller's business.
+/// A machine's RSA key pair and the two files that keep it. All failures are ErrorExceptions; this
+/// layer's own have the code error.qncertificates.parameter.invalid, an unknown format among them.
 class CertificateKeys final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
-    /// Loads the pair; throws when a file cannot be read, is no key, or the two are no pair. Where
-    /// either file is missing, and when `regenerate` is set, nothing is read and the object has no
-    /// keys until set_keys().
-    CertificateKeys(std::string publicKeyFile, std::string privateKeyFile, EFormat format,
-                    bool regenerate);
-
-    /// Makes a new RSA-2048 pair and stores it in both files. Neither file changes unless both can
-    /// be read and written.
-    void set_keys(EFormat format);
-
-    /// The keys as PKCS#1 DER; empty when there are none.
-    qncrypto::Key get_private_key() const { return privateKey_; }
-    qncrypto::Key get_public_key() const { return publicKey_; }
-
-  private:
+    /// Loads the pair when both files are there, and throws when they cannot be read or do not hold
+    /// a pair. With a file missing, or when the pair is to be regenerated, the object has no keys
+    /// until set_keys(); in the latter case the files are not looked at.
+    CertificateKeys(const std::string& publicKeyFile, const std::string& privateKeyFile,
+                    EFormat format, bool regenerate);
     ~CertificateKeys() override = default;
 
+    /// Makes a new pair of 2048 bits and writes it into both files in place. Whoever may not read
+    /// and write both files gets an error, and neither is changed. The object takes the new keys
+    /// when both are stored; an error in between leaves a pair that does not load.
+    void set_keys(EFormat format);
+
+    /// PKCS#1 DER; empty while there are no keys.
+    qncrypto::Key get_private_key() const { return private_key_; }
+    qncrypto::Key get_public_key() const { return public_key_; }
+
+  private:
     void load();
 
-    std::string publicKeyFile_;
-    std::string privateKeyFile_;
-    qncrypto::Key publicKey_;
-    qncrypto::Key privateKey_;
+    std::string public_key_file_;
+    std::string private_key_file_;
+    qncrypto::Key public_key_;
+    qncrypto::Key private_key_;
 };
 
 } // namespace qncertificates

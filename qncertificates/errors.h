@@ -2,6 +2,7 @@
 
 #include "qncore/error_code.h"
 
+// The codes of this layer.
 namespace qncertificates::error {
 
 extern const qncore::ErrorCode qncertificates;

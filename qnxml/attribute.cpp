@@ -7,6 +7,7 @@ namespace qnxml {
 namespace {
 
 constexpr std::size_t first_room = 8;
+constexpr std::size_t most_compared = 32;
 constexpr std::size_t most_kept_slots = 32;
 constexpr std::size_t most_kept_bytes = 256;
 
@@ -75,10 +76,22 @@ XmlAttribute& XmlAttributes::prepare() {
     return slots_[count_];
 }
 
+/// Compares the prepared name with all others while they are few, so that it costs nothing, and
+/// looks it up in their order when they are many, so that no document can make it cost much.
+bool XmlAttributes::is_new_name() {
+    const XmlAttribute* const added = &slots_[count_];
+    if (count_ < most_compared) {
+        return find_attribute(slots_.data(), added, added->qualified_name()) == added;
+    }
+    for (std::size_t slot = names_.size(); slot < count_; ++slot) {
+        names_.insert(slot);
+    }
+    return names_.insert(count_).second;
+}
+
 bool XmlAttributes::add_attribute() {
     XmlAttribute& added = slots_[count_];
-    const XmlAttribute* const end = &added;
-    if (find_attribute(slots_.data(), end, added.qualified_name()) != end) {
+    if (!is_new_name()) {
         return false;
     }
     if (added.prefix() == "xml") {
@@ -98,6 +111,7 @@ void XmlAttributes::clear() noexcept {
     }
     count_ = 0;
     bindPrefixes_ = false;
+    names_.clear();
     if (slots_.size() > most_kept_slots) {
         slots_ = {};
     }

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -91,6 +92,11 @@ const XmlAttribute* find_attribute(const XmlAttribute* begin, const XmlAttribute
 /// element, so that filling it again allocates nothing.
 class XmlAttributes {
   public:
+    XmlAttributes() = default;
+    XmlAttributes(const XmlAttributes&) = delete;
+    XmlAttributes& operator=(const XmlAttributes&) = delete;
+    ~XmlAttributes() = default;
+
     std::span<const XmlAttribute> view() const noexcept { return {slots_.data(), count_}; }
     std::span<XmlAttribute> view() noexcept { return {slots_.data(), count_}; }
 
@@ -108,9 +114,20 @@ class XmlAttributes {
     void clear() noexcept;
 
   private:
+    /// Orders slots by their qualified names.
+    struct ByName {
+        const std::vector<XmlAttribute>* slots;
+        bool operator()(std::size_t left, std::size_t right) const noexcept {
+            return (*slots)[left].qualified_name() < (*slots)[right].qualified_name();
+        }
+    };
+
+    bool is_new_name();
+
     std::vector<XmlAttribute> slots_;
     std::size_t count_ = 0;
     bool bindPrefixes_ = false;
+    std::set<std::size_t, ByName> names_{ByName{&slots_}}; ///< empty while there are few
 };
 
 } // namespace qnxml

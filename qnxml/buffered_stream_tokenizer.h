@@ -17,7 +17,6 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     /// `bufferSize` is in bytes, and at least 32 are taken.
     XmlBufferedStreamTokenizerBase(qnuri::UriReference uri, std::uint32_t firstLine,
                                    std::size_t bufferSize);
-    ~XmlBufferedStreamTokenizerBase() override = default;
 
     int get_next_char(char* out) override;
 

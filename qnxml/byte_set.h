@@ -20,6 +20,15 @@ class ByteSet {
         return set;
     }
 
+    /// The bytes of a text.
+    static constexpr ByteSet of(std::string_view bytes) {
+        ByteSet set;
+        for (const char byte : bytes) {
+            set.members_[static_cast<unsigned char>(byte)] = true;
+        }
+        return set;
+    }
+
     /// ASCII letters and the bytes of `others`.
     static constexpr ByteSet letters_and(std::string_view others) {
         ByteSet set;

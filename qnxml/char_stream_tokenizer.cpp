@@ -1,7 +1,6 @@
 #include "qnxml/char_stream_tokenizer.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "qncore/utf8.h"
 #include "qnxml/char_classes.h"
@@ -13,8 +12,6 @@ namespace qnxml {
 namespace {
 
 constexpr std::size_t text_capacity = 1023;
-/// A chunk ends once it is longer than this, which leaves room for one sequence of six bytes.
-constexpr std::size_t chunk_limit = 1017;
 
 constexpr ByteSet name_start_bytes = ByteSet::letters_and("._");
 constexpr ByteSet name_bytes = ByteSet::letters_and("._-:0123456789");
@@ -91,27 +88,15 @@ bool XmlCharStreamTokenizerBase::next_char_uncond() {
     return length > 0;
 }
 
-/// Moves the pending character to the text. True when the text is a whole chunk now.
-bool XmlCharStreamTokenizerBase::append_pending() {
-    text_.append(pending_.data(), pendingLength_);
-    drop();
-    return text_.size() > chunk_limit;
-}
-
 /// With nothing pending, moves the bytes of `plain` that lie ready to the text, as far as one
 /// character after the other would go. True when the text is a whole chunk now.
 bool XmlCharStreamTokenizerBase::take_run(const ByteSet& plain) {
     if (pendingLength_ != 0) {
         return false;
     }
-    const std::size_t room = chunk_limit + 1 - text_.size();
-    const char* const limit =
-        cursor_ + std::min(room, static_cast<std::size_t>(dataEnd_ - cursor_));
-    const char* const end =
-        std::find_if_not(cursor_, limit, [&plain](char byte) { return plain.contains(byte); });
-    text_.append(cursor_, end);
-    cursor_ = end;
-    return text_.size() > chunk_limit;
+    const std::size_t room = chunkLimit + 1 - text_.size();
+    take_ready(plain, cursor_ + std::min(room, static_cast<std::size_t>(dataEnd_ - cursor_)));
+    return text_.size() > chunkLimit;
 }
 
 /// Whether the pending character may be the next one of the name in the text.
@@ -125,15 +110,11 @@ bool XmlCharStreamTokenizerBase::pending_in_name() const {
     return (char_class(code_point) & (first ? name_start_classes : name_classes)) != 0;
 }
 
-/// Appends a name to the text, up to one of the terminators, which stays pending. Required: a zero
-/// byte ends a name as any terminator does.
-bool XmlCharStreamTokenizerBase::read_name(const char* terminators, const char* message) {
+/// Appends a name to the text, up to one of the terminators, which stays pending.
+bool XmlCharStreamTokenizerBase::read_name(const ByteSet& terminators, const char* message) {
     for (;;) {
         if (pendingLength_ == 0 && !text_.empty()) {
-            const char* const end = std::find_if_not(
-                cursor_, dataEnd_, [](char byte) { return name_bytes.contains(byte); });
-            text_.append(cursor_, end);
-            cursor_ = end;
+            take_ready(name_bytes, dataEnd_);
         }
         if (!fetch()) {
             no_char("End of XML data in markup name", QN_TOKENIZER_LOCATION("read_name"));
@@ -144,7 +125,7 @@ bool XmlCharStreamTokenizerBase::read_name(const char* terminators, const char* 
         }
         append_pending();
     }
-    if (!text_.empty() && pendingLength_ == 1 && std::strchr(terminators, pending_[0]) != nullptr) {
+    if (!text_.empty() && pendingLength_ == 1 && terminators.contains(pending_[0])) {
         return true;
     }
     syntax_failure(message, QN_TOKENIZER_LOCATION("read_name"));
@@ -199,11 +180,11 @@ XmlTokenType XmlCharStreamTokenizerBase::stream_failure(const char* message,
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::fail(const qncore::ErrorCode& code, const char* message,
-                                              const qncore::SourceLocation& at,
+                                              const qncore::SourceLocation& location,
                                               qncore::ErrorInfoPtr nested) {
     qncore::ErrorParams params;
-    const std::string text = location_message(location(), message, &params);
-    error_ = qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), params, at,
+    const std::string text = location_message(this->location(), message, &params);
+    error_ = qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), params, location,
                                        std::move(nested));
     return enter(XmlTokenizerState::Failed, XmlTokenType::Error);
 }

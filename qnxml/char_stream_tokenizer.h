@@ -81,12 +81,26 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     void drop() { pendingLength_ = 0; }
     bool pending_is(char byte) const { return pendingLength_ == 1 && pending_[0] == byte; }
     bool pending_in_name() const;
-    bool append_pending();
+    /// Moves the pending character to the text. True when the text is a whole chunk now.
+    bool append_pending() {
+        text_.append(pending_.data(), pendingLength_);
+        drop();
+        return text_.size() > chunkLimit;
+    }
     bool take_run(const ByteSet& plain);
+    /// Moves the bytes that lie ready to the text, up to the first that is not of `plain`.
+    void take_ready(const ByteSet& plain, const char* limit) {
+        const char* end = cursor_;
+        while (end != limit && plain.contains(*end)) {
+            ++end;
+        }
+        text_.append(cursor_, static_cast<std::size_t>(end - cursor_));
+        cursor_ = end;
+    }
 
     // Helpers of the parse functions.
     bool expect_literal(const char* literal);
-    bool read_name(const char* terminators, const char* message);
+    bool read_name(const ByteSet& terminators, const char* message);
     std::int64_t skip_whitespace();
     XmlTokenType no_char(const char* message, const qncore::SourceLocation& location);
     XmlTokenType fail(const qncore::ErrorCode& code, const char* message,
@@ -111,6 +125,8 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     XmlTokenType enter(XmlTokenizerState state, XmlTokenType token);
 
     static constexpr ByteSet plainBytes = ByteSet::plain_but("");
+    /// A chunk ends once it is longer than this, which leaves room for one sequence of six bytes.
+    static constexpr std::size_t chunkLimit = 1017;
 
     XmlTokenizerState state_ = XmlTokenizerState::Start;
     std::string text_; ///< one string for all tokens

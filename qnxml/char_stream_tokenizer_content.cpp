@@ -6,7 +6,15 @@ namespace qnxml {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr ByteSet content_bytes = ByteSet::plain_but("&<");
+
+// What may follow a name. Required: a zero byte ends a name as any of the others does.
+constexpr ByteSet behind_target = ByteSet::of("\n\t ?\0"sv);
+constexpr ByteSet behind_end_tag_name = ByteSet::of("\n\t >\0"sv);
+constexpr ByteSet behind_start_tag_name = ByteSet::of("\n\t />\0"sv);
+constexpr ByteSet behind_entity_name = ByteSet::of(";\0"sv);
 
 constexpr std::size_t most_hex_digits = 8;
 constexpr std::size_t most_decimal_digits = 10;
@@ -74,7 +82,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
     if (pending_is('?')) {
         return parse_pi_target();
     }
-    if (!read_name("\n\t />", "Expecting start tag name")) {
+    if (!read_name(behind_start_tag_name, "Expecting start tag name")) {
         return XmlTokenType::Error;
     }
     return enter(XmlTokenizerState::StartTag, XmlTokenType::StartTagStart);
@@ -98,7 +106,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_declaration() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_pi_target() {
     drop();
-    if (!read_name("\n\t ?", "Expecting processing instruction target name")) {
+    if (!read_name(behind_target, "Expecting processing instruction target name")) {
         return XmlTokenType::Error;
     }
     return text_ == "xml" ? enter(XmlTokenizerState::XmlDecl, XmlTokenType::XmldeclStart)
@@ -107,7 +115,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_pi_target() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {
     drop();
-    if (!read_name("\n\t >", "Expecting end tag name") || skip_whitespace() < 0) {
+    if (!read_name(behind_end_tag_name, "Expecting end tag name") || skip_whitespace() < 0) {
         return XmlTokenType::Error;
     }
     if (!pending_is('>')) {
@@ -134,7 +142,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
         if (!parse_char_reference()) {
             return XmlTokenType::Error;
         }
-    } else if (!read_name(";", "Expecting entity reference name")) {
+    } else if (!read_name(behind_entity_name, "Expecting entity reference name")) {
         return XmlTokenType::Error;
     }
     fetch();

@@ -9,6 +9,9 @@ namespace {
 constexpr ByteSet double_quoted_bytes = ByteSet::plain_but("&<\"");
 constexpr ByteSet single_quoted_bytes = ByteSet::plain_but("&<'");
 
+// Required: a zero byte ends a name, too.
+constexpr ByteSet behind_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
+
 constexpr const char* expecting_whitespace = "Expecting whitespace before attribute name";
 
 } // namespace
@@ -58,7 +61,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     text_.clear();
-    if (!read_name("\n\t =", "Expecting attribute name")) {
+    if (!read_name(behind_attribute_name, "Expecting attribute name")) {
         return XmlTokenType::Error;
     }
     skip_whitespace();

@@ -238,7 +238,7 @@ void XmlReader::fail(const qncore::ErrorCode& code, std::string_view message, Pa
     for (const Param& param : params) {
         all.insert(param.name, param.value);
     }
-    fail_with(qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), std::move(all),
+    fail_with(qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), all,
                                         location));
 }
 

@@ -32,7 +32,7 @@ class LifecycleTest : public StoreTest {
 };
 
 TEST_F(LifecycleTest, AFreshMachineGetsOnePairThatTheNextObjectLoads) {
-    const support::TraceCapture capture("11");
+    const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
     ConfigurationFile first;
     expect_keys_at_rest();
     const std::string publicKey = public_key();

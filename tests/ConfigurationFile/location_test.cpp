@@ -55,10 +55,13 @@ TEST_F(LocationTest, TheVariableNamesTheWholePath) {
 
 TEST_F(LocationTest, APlainNameStandsForADirectoryAndAFileAtOnce) {
     ConfigurationFile file;
-    fs::current_path(machine.directory());
     const EnvironmentGuard variable("ORVA_Certificates", "plain.xml");
+    const fs::path before = fs::current_path();
+    fs::current_path(machine.directory());
+    const std::string path = ConfigurationFileAccess::path(file);
+    fs::current_path(before);
     // The directory of that name is made, and then cannot be written as a file.
-    EXPECT_EQ(ConfigurationFileAccess::path(file), machine.default_file());
+    EXPECT_EQ(path, machine.default_file());
     EXPECT_TRUE(fs::is_directory(machine.file("plain.xml")));
 }
 
@@ -182,15 +185,15 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
         EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root);
         EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
     }
-    support::write_file(machine.file("file"), "");
-    const EnvironmentGuard profile("USERPROFILE", machine.file("absent/../file"));
+    // Whatever cannot be made on the way only counts when the last directory is not there.
+    fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
+    const EnvironmentGuard profile("USERPROFILE", machine.file("dangling"));
     try {
         create_and_get_default_root_configuration_directory();
         ADD_FAILURE();
     } catch (const qncore::ErrorException& exception) {
         EXPECT_EQ(exception.what(), "Failed to create the directory: " +
-                                        machine.file("absent/../file/Orvane Systems/Certificates") +
-                                        ".");
+                                        machine.file("dangling/Orvane Systems/Certificates") + ".");
         EXPECT_EQ(exception.info()->location().function.view(),
                   "vdcertificates::create_and_get_default_root_configuration_directory()");
     }

@@ -52,10 +52,12 @@ TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
 // Required: a copy does not acquire, so that two of them release once too often.
 TEST_F(LockTest, ALockAndItsCopyReleaseTwice) {
     const auto mutex = ConfigurationFileMutex::create();
-    std::optional<Lock> lock(mutex);
-    std::optional<Lock> copy(*lock);
-    lock.reset();
-    EXPECT_THROW(copy.reset(), qncore::ErrorException);
+    EXPECT_THROW(
+        {
+            const Lock lock(mutex);
+            const Lock copy(lock); // NOLINT(performance-unnecessary-copy-initialization)
+        },
+        qncore::ErrorException);
 
     std::optional<Lock> first(mutex);
     const auto otherMutex = ConfigurationFileMutex::create();

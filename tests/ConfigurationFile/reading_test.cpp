@@ -90,7 +90,7 @@ TEST_F(ReadingTest, AFaultEndsTheReadingAndLeavesWhatStoodBeforeIt) {
     const std::string junk = "<A><Password>no cipher text</Password></A>";
     const Case cases[] = {
         {document("<A/><B>"), "A(,,,,)",
-         "[line 1, pos 56]: End element name mismatch: Expecting='B', Found='Notifiers'"},
+         "[line 1, pos 48]: End element name mismatch: Expecting='B', Found='Notifiers'"},
         {"<ORVACertificates><Notifiers><A/></Notifiers>&", "A(,,,,)",
          "[line 1, pos 46]: End of data in entity or character reference"},
         {document("<A/>" + junk + "<B/>"), "A(,,,,)", nullptr},

@@ -89,7 +89,7 @@ TEST_F(WriteCycleTest, WhatCouldBeReadBeforeAFaultIsKept) {
         {"empty file", "", document("", added)},
         {"another document", "<x/>", document("", added)},
         {"no document", "junk", document("", added)},
-        {"fault in the first section", document("<A/><J/", "<B/>", "<C/>"), document(a, added)},
+        {"fault in the first section", document("<A/><J></K>", "<B/>", "<C/>"), document(a, added)},
         {"fault behind all sections", document("<A/>", "<B/>", "<C/>").substr(0, 80),
          document(a, added)},
         {"undecipherable in the first section", document("<A/>" + junk + "<C/>", "<B/>"),

@@ -130,6 +130,14 @@ TEST(Element, MayHaveMoreAttributesThanRoom) {
     EXPECT_EQ(value_of(element->find_attribute("n299")), "299");
     EXPECT_EQ(value_of(element->find_attribute("u", "n0")), "x");
     EXPECT_EQ(element_named(document.reader, "a")->attributes().size(), 1U);
+
+    for (const char* duplicate : {"n0", "p:n31", "n32", "p:n299", "xmlns:p"}) {
+        Document refused(text + " xmlns:p='u' " + duplicate + "='1'/>");
+        const auto error = qnxml_test::error_of([&] { element_named(refused.reader, "a"); });
+        ASSERT_TRUE(error);
+        EXPECT_THAT(error->text(), testing::EndsWith("Duplicate attribute name: '" +
+                                                     std::string(duplicate) + "'"));
+    }
 }
 
 } // namespace

@@ -1,0 +1,122 @@
+#include "tests/qncrypto/bare_openssl.h"
+
+#include <map>
+
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+
+namespace qncrypto::test {
+
+Rsa KeyPair::rsa() const {
+    const unsigned char* position = private_key.data();
+    return {d2i_RSAPrivateKey(nullptr, &position, static_cast<long>(private_key.size())), RSA_free};
+}
+
+Pkey KeyPair::pkey() const {
+    Pkey key(EVP_PKEY_new(), EVP_PKEY_free);
+    EVP_PKEY_assign(key.get(), EVP_PKEY_RSA, rsa().release());
+    return key;
+}
+
+const KeyPair& key_pair(unsigned int bits) {
+    static std::map<unsigned int, KeyPair> pairs;
+    const auto [place, made] = pairs.try_emplace(bits);
+    if (made) {
+        RsaContext::create_key_pair(bits, place->second.private_key, place->second.public_key);
+    }
+    return place->second;
+}
+
+Key tiny_public_key() {
+    const Bytes modulus(40, 0xFF);
+    const Rsa rsa(RSA_new(), RSA_free);
+    BIGNUM* exponent = BN_new();
+    BN_set_word(exponent, 3);
+    RSA_set0_key(rsa.get(), BN_bin2bn(modulus.data(), 40, nullptr), exponent, nullptr);
+    Bytes der(static_cast<std::size_t>(i2d_RSAPublicKey(rsa.get(), nullptr)));
+    unsigned char* position = der.data();
+    i2d_RSAPublicKey(rsa.get(), &position);
+    return {der.data(), der.size()};
+}
+
+Bytes bytes_of(const Key& key) {
+    return {key.data(), key.data() + key.size()};
+}
+
+Bytes some_bytes(std::size_t count) {
+    Bytes bytes(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<unsigned char>(i * 7 + 1);
+    }
+    return bytes;
+}
+
+const EVP_MD* evp_digest(HashAlgorithm hash) {
+    const EVP_MD* const digests[] = {EVP_md5(),    EVP_sha1(),   EVP_sha224(),
+                                     EVP_sha256(), EVP_sha384(), EVP_sha512()};
+    return digests[static_cast<std::size_t>(hash)];
+}
+
+Bytes digest_of(HashAlgorithm hash, const std::string& text) {
+    Bytes digest(EVP_MAX_MD_SIZE);
+    unsigned int size = 0;
+    EVP_Digest(text.data(), text.size(), digest.data(), &size, evp_digest(hash), nullptr);
+    digest.resize(size);
+    return digest;
+}
+
+qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function) {
+    try {
+        function();
+    } catch (const qncore::ErrorException& exception) {
+        return exception.info();
+    }
+    return {};
+}
+
+void expect_error(const qncore::ErrorInfoPtr& info, const qncore::ErrorCode& code,
+                  const std::string& text, const std::string& function, bool from_openssl) {
+    ASSERT_TRUE(info) << "no error: " << text;
+    EXPECT_EQ(info->code().path(), code.path()) << text;
+    EXPECT_EQ(info->text(), text);
+    EXPECT_EQ(info->location().function.view(), function) << text;
+    ASSERT_EQ(static_cast<bool>(info->nested()), from_openssl) << info->chain_text();
+    if (from_openssl) {
+        EXPECT_EQ(info->nested()->code().path(), error::qncrypto_openssl.path()) << text;
+    }
+}
+
+namespace {
+
+int fail() {
+    ERR_raise(ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
+    return -1;
+}
+
+int fail_transform(int, const unsigned char*, unsigned char*, RSA*, int) {
+    return fail();
+}
+
+} // namespace
+
+FailingOpenssl::FailingOpenssl()
+    : before_(RSA_get_default_method())
+    , failing_(RSA_meth_dup(before_)) {
+    RSA_meth_set_priv_enc(failing_, fail_transform);
+    RSA_meth_set_priv_dec(failing_, fail_transform);
+    RSA_meth_set_pub_enc(failing_, fail_transform);
+    RSA_meth_set_pub_dec(failing_, fail_transform);
+    RSA_meth_set_sign(failing_, [](int, const unsigned char*, unsigned int, unsigned char*,
+                                   unsigned int*, const RSA*) { return fail(); });
+    RSA_meth_set_verify(failing_, [](int, const unsigned char*, unsigned int, const unsigned char*,
+                                     unsigned int, const RSA*) { return fail(); });
+    RSA_meth_set_keygen(failing_, [](RSA*, int, BIGNUM*, BN_GENCB*) { return fail(); });
+    RSA_set_default_method(failing_);
+}
+
+FailingOpenssl::~FailingOpenssl() {
+    RSA_set_default_method(before_);
+    RSA_meth_free(failing_);
+}
+
+} // namespace qncrypto::test

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <openssl/evp.h>
+#include <openssl/rsa.h>
+
+#include "qncore/error_exception.h"
+#include "qncrypto/errors.h"
+#include "qncrypto/rsa.h"
+
+// Keys for tests, and OpenSSL's own calls to hold the room against.
+namespace qncrypto::test {
+
+using Bytes = std::vector<unsigned char>;
+using Rsa = std::unique_ptr<RSA, decltype(&RSA_free)>;
+using Pkey = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+
+struct KeyPair {
+    Key private_key;
+    Key public_key;
+
+    RsaPrivateContext private_context() const { return {private_key.data(), private_key.size()}; }
+    RsaPublicContext public_context() const { return {public_key.data(), public_key.size()}; }
+    /// The pair in OpenSSL's hands.
+    Rsa rsa() const;
+    Pkey pkey() const;
+};
+
+/// A pair of that many bits, made once.
+const KeyPair& key_pair(unsigned int bits = 1024);
+
+/// A public key with a modulus of 40 bytes, below the overhead of OAEP.
+Key tiny_public_key();
+
+Bytes bytes_of(const Key& key);
+Bytes some_bytes(std::size_t count);
+Bytes digest_of(HashAlgorithm hash, const std::string& text);
+const EVP_MD* evp_digest(HashAlgorithm hash);
+
+/// What the function throws.
+qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function);
+
+/// The record has that code, text and function, and a cause from OpenSSL or none.
+void expect_error(const qncore::ErrorInfoPtr& info, const qncore::ErrorCode& code,
+                  const std::string& text, const std::string& function, bool from_openssl);
+
+/// While it lives, each new RSA object answers every operation with -1 and an OpenSSL error.
+class FailingOpenssl {
+  public:
+    FailingOpenssl();
+    FailingOpenssl(const FailingOpenssl&) = delete;
+    FailingOpenssl& operator=(const FailingOpenssl&) = delete;
+    ~FailingOpenssl();
+
+  private:
+    const RSA_METHOD* before_;
+    RSA_METHOD* failing_;
+};
+
+} // namespace qncrypto::test

@@ -1,0 +1,91 @@
+#include <algorithm>
+
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+#include <openssl/rsaerr.h>
+
+#include "qncrypto/errors.h"
+#include "qncrypto/openssl_error.h"
+
+namespace qncrypto {
+namespace {
+
+void put(const char* function, const char* file, int line, int library, int reason) {
+    ERR_new();
+    ERR_set_debug(file, line, function);
+    ERR_set_error(library, reason, nullptr);
+}
+
+class OpensslErrors : public testing::Test {
+  protected:
+    void SetUp() override { ERR_clear_error(); }
+    void TearDown() override { ERR_clear_error(); }
+};
+
+int length_of(const qncore::ErrorInfo* info) {
+    int length = 0;
+    for (; info != nullptr; info = info->nested().get()) {
+        ++length;
+    }
+    return length;
+}
+
+TEST_F(OpensslErrors, AnEmptyQueueGivesNull) {
+    EXPECT_FALSE(openssl_error_info(32));
+}
+
+TEST_F(OpensslErrors, ARecordTellsWhatOpensslSaidAndWhere) {
+    put("key_lost", "crypto/lost.c", 77, ERR_LIB_RSA, RSA_R_KEY_SIZE_TOO_SMALL);
+    const auto info = openssl_error_info(32);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->code(), error::qncrypto_openssl);
+    EXPECT_EQ(info->text(), "OpenSSL error!  Reason: \"key size too small\", Library: rsa "
+                            "routines, Code: 2000078");
+    EXPECT_EQ(info->location().function.view(), "key_lost");
+    EXPECT_EQ(info->location().file.view(), "crypto/lost.c");
+    EXPECT_EQ(info->location().line, 77U);
+    EXPECT_FALSE(info->nested());
+}
+
+TEST_F(OpensslErrors, WhatOpensslDoesNotKnowHasWordsOfItsOwn) {
+    put(nullptr, nullptr, 0, 100, 4321);
+    const auto info = openssl_error_info(32);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->location().function.view(), "#Unknown#");
+    EXPECT_EQ(info->location().file.view(), "#unknown#");
+    EXPECT_EQ(info->text(), "OpenSSL error!  Reason: \"error:320010E1:lib(100)::reason(4321)\", "
+                            "Library: #unknown#, Code: 320010e1");
+}
+
+TEST_F(OpensslErrors, TheOldestEntryIsOutermostAndTheDepthIsALimit) {
+    for (const int depth : {-1, 0, 1, 4, 5, 32}) {
+        ERR_clear_error();
+        for (int line = 1; line <= 5; ++line) {
+            put("f", "f.c", line, ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
+        }
+        const auto info = openssl_error_info(depth);
+        const int expected = std::clamp(depth, 0, 5);
+        EXPECT_EQ(length_of(info.get()), expected) << depth;
+        unsigned int line = 0;
+        for (const auto* record = info.get(); record != nullptr; record = record->nested().get()) {
+            EXPECT_EQ(record->location().line, ++line) << depth;
+        }
+        EXPECT_EQ(length_of(openssl_error_info(32).get()), 5 - expected) << depth;
+    }
+}
+
+// OpenSSL 3 keeps 16 places, one of them free: what it forgot is not made up.
+TEST_F(OpensslErrors, AQueueThatRanOverGivesWhatItKept) {
+    for (int line = 1; line <= 33; ++line) {
+        put("f", "f.c", line, ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
+    }
+    const auto info = openssl_error_info(32);
+    const int kept = length_of(info.get());
+    ASSERT_GT(kept, 0);
+    ASSERT_LE(kept, 32);
+    EXPECT_EQ(info->location().line, static_cast<unsigned int>(33 - kept + 1));
+    EXPECT_EQ(ERR_peek_error() == 0, kept < 32);
+}
+
+} // namespace
+} // namespace qncrypto

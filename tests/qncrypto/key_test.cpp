@@ -1,0 +1,125 @@
+#include <limits>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "tests/qncrypto/bare_openssl.h"
+
+namespace qncrypto {
+namespace {
+
+using test::Bytes;
+using test::bytes_of;
+using test::some_bytes;
+
+void expect_sizes(const Key& key, std::size_t size, std::size_t capacity) {
+    EXPECT_EQ(key.size(), size);
+    EXPECT_EQ(key.capacity(), capacity);
+    EXPECT_EQ(key.data() == nullptr, capacity == 0);
+    for (std::size_t i = size; i < capacity; ++i) {
+        EXPECT_EQ(key.data()[i], 0) << i;
+    }
+}
+
+TEST(Key, CapacityIsTheSizeInStepsOfEight) {
+    const std::size_t cases[][2] = {{0, 0}, {1, 8}, {7, 8}, {8, 8}, {9, 16}, {256, 256}};
+    for (const auto& [size, capacity] : cases) {
+        SCOPED_TRACE(size);
+        const Key zeros(size);
+        expect_sizes(zeros, size, capacity);
+        EXPECT_EQ(bytes_of(zeros), Bytes(size, 0));
+        const Bytes bytes = some_bytes(size);
+        const Key copy(bytes.data(), size);
+        expect_sizes(copy, size, capacity);
+        EXPECT_EQ(bytes_of(copy), bytes);
+    }
+}
+
+TEST(Key, ReserveMakesRoomAndKeepsContent) {
+    const Bytes bytes = some_bytes(5);
+    Key key(bytes.data(), 5);
+    const unsigned char* const before = key.data();
+    key.reserve(8);
+    EXPECT_EQ(key.data(), before);
+    key.reserve(9);
+    EXPECT_NE(key.data(), before);
+    expect_sizes(key, 5, 16);
+    key.reserve(0);
+    expect_sizes(key, 5, 16);
+    EXPECT_EQ(bytes_of(key), bytes);
+}
+
+TEST(Key, ResizeGrowsWithZerosAndZeroesWhatItCuts) {
+    const Bytes bytes = some_bytes(20);
+    Key key(bytes.data(), 20);
+    key.resize(3);
+    expect_sizes(key, 3, 24);
+    key.resize(3);
+    key.resize(20);
+    Bytes expected(bytes.begin(), bytes.begin() + 3);
+    expected.resize(20);
+    EXPECT_EQ(bytes_of(key), expected);
+    key.resize(25);
+    expect_sizes(key, 25, 32);
+    expected.resize(25);
+    EXPECT_EQ(bytes_of(key), expected);
+}
+
+TEST(Key, AssignTakesEvenItsOwnBytes) {
+    const Bytes bytes = some_bytes(20);
+    Key key(bytes.data(), 20);
+    key.assign(key.data() + 4, 9);
+    expect_sizes(key, 9, 16);
+    EXPECT_EQ(bytes_of(key), Bytes(bytes.begin() + 4, bytes.begin() + 13));
+    key.assign(nullptr, 0);
+    expect_sizes(key, 0, 0);
+}
+
+TEST(Key, CopiesAreApartAndMovesLeaveNothing) {
+    const Bytes bytes = some_bytes(4);
+    Key first(bytes.data(), 4);
+    Key second(first);
+    second.data()[0] = 99;
+    EXPECT_EQ(bytes_of(first), bytes);
+    EXPECT_FALSE(first == second);
+    Key third(std::move(second));
+    expect_sizes(second, 0, 0); // NOLINT(bugprone-use-after-move): the state after a move is told
+    EXPECT_EQ(third.data()[0], 99);
+    third = first;
+    EXPECT_TRUE(third == first);
+    third.swap(second);
+    expect_sizes(third, 0, 0);
+    EXPECT_TRUE(second == first);
+    EXPECT_FALSE(second == third);
+}
+
+TEST(Key, SizesBeyondAllMemoryAreRefusedWithNothingChanged) {
+    const Bytes bytes = some_bytes(4);
+    Key key(bytes.data(), 4);
+    for (const std::size_t size :
+         {std::numeric_limits<std::size_t>::max(), std::numeric_limits<std::size_t>::max() - 8,
+          std::numeric_limits<std::size_t>::max() / 2}) {
+        EXPECT_THROW(key.assign(bytes.data(), size), std::bad_alloc);
+        EXPECT_THROW(key.resize(size), std::bad_alloc);
+        EXPECT_THROW(key.reserve(size), std::bad_alloc);
+        EXPECT_THROW(Key{size}, std::bad_alloc);
+    }
+    expect_sizes(key, 4, 8);
+    EXPECT_EQ(bytes_of(key), bytes);
+}
+
+TEST(Cleanse, ZeroesTheContent) {
+    std::string text = "a secret that is longer than a short string";
+    text.resize(6);
+    cleanse(text);
+    EXPECT_EQ(text, std::string(6, '\0'));
+    Bytes bytes = some_bytes(30);
+    cleanse(bytes);
+    EXPECT_EQ(bytes, Bytes(30, 0));
+    Bytes none;
+    cleanse(none);
+    EXPECT_TRUE(none.empty());
+}
+
+} // namespace
+} // namespace qncrypto
