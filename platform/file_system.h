@@ -28,9 +28,8 @@ SystemError check_read_write_access(const std::string& path);
 /// it. False on Windows, where access lists say who may what.
 bool is_open_to_others(const std::string& path);
 
-/// Sets or clears the read-only state of a key file: the read-only attribute on Windows; on Linux
-/// the write bit of the owner, and of the group where the file lies in a set-group-id directory.
-/// No other permission changes.
+/// Clears or sets the read-only state of a key file: the read-only attribute on Windows; on Linux
+/// the owner's write bit is set, or the write bits of all are cleared. No other permission changes.
 SystemError set_key_file_writable(const std::string& path, bool writable);
 
 /// Opens a key file for reading and writing, shared with nobody. A missing file is created for

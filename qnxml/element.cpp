@@ -119,11 +119,10 @@ void ElementPool::give_back(XmlElement* element) noexcept {
     --room_;
 }
 
-void ElementPool::close() noexcept {
+ElementPool::~ElementPool() {
     while (free_ != nullptr) {
         delete std::exchange(free_, free_->nextFree_);
     }
-    room_ = 0;
 }
 
 } // namespace impl

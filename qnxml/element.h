@@ -25,8 +25,8 @@ enum class XmlSpace : std::uint32_t { not_set = 0, standard = 1, preserve = 2 };
 /// count is for one thread.
 class XmlElement final : public qncore::RefCounted<qncore::NonAtomicRefCount>, public XmlNode {
   public:
-    /// Gives the element back to the reader that made it, or frees it when that has gone; likewise
-    /// each element around it that nobody else holds.
+    /// Gives the element back to be used again; likewise each element around it that nobody else
+    /// holds.
     void destroy() const noexcept override;
 
     /// The enclosing element; null at the top.
@@ -88,11 +88,8 @@ class ElementPool final : public qncore::RefCounted<qncore::NonAtomicRefCount> {
     /// Takes an element that nobody holds.
     void give_back(XmlElement* element) noexcept;
 
-    /// Lets all go and keeps nothing from now on.
-    void close() noexcept;
-
   private:
-    ~ElementPool() override { close(); }
+    ~ElementPool() override;
 
     XmlElement* free_ = nullptr;
     std::size_t room_ = 256; ///< how many more are kept

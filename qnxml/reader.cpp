@@ -25,10 +25,6 @@ XmlReader::XmlReader(IXmlTokenizer* tokenizer, IEntityResolver* entityResolver)
     , pool_(qncore::make_ref_counted<impl::ElementPool>())
     , nullElement_(pool_->take(XmlElementKind::null, {})) {}
 
-XmlReader::~XmlReader() {
-    pool_->close();
-}
-
 bool XmlReader::read_next() {
     value_.clear();
     valueState_ = ValueState::Unread;
@@ -238,8 +234,7 @@ void XmlReader::fail(const qncore::ErrorCode& code, std::string_view message, Pa
     for (const Param& param : params) {
         all.insert(param.name, param.value);
     }
-    fail_with(qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), all,
-                                        location));
+    fail_with(qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), all, location));
 }
 
 void XmlReader::fail(std::string_view message, const qncore::SourceLocation& location) {

@@ -51,7 +51,7 @@ class XmlReader {
     explicit XmlReader(IXmlTokenizer* tokenizer, IEntityResolver* entityResolver = nullptr);
     XmlReader(const XmlReader&) = delete;
     XmlReader& operator=(const XmlReader&) = delete;
-    ~XmlReader();
+    ~XmlReader() = default;
 
     /// Whether white space between markup is dropped (so at first) or given as nodes.
     void set_skip_whitespace(bool skip) noexcept { skipWhitespace_ = skip; }

@@ -86,7 +86,7 @@ Result<FileHandle> open_file(const std::string& name, FileAccess access,
     if (take_failure(Call::open)) {
         return seams().failure;
     }
-    const int flags = access_flags(access) | disposition_flags(disposition) | O_CLOEXEC |
+    const int flags = access_flags(access) | disposition_flags(disposition) | O_CLOEXEC | O_NOCTTY |
                       (hints.write_through ? O_DSYNC : 0);
     const int descriptor = ::open(name.c_str(), flags, 0666);
     if (descriptor < 0) {
@@ -117,7 +117,7 @@ Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint3
         if (seams().failure) {
             return seams().failure;
         }
-        --count;
+        count -= count != 0 ? 1 : 0;
     }
     return result_of<std::uint32_t>(::write(descriptor_of(file), buffer, count));
 }

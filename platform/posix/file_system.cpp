@@ -60,11 +60,11 @@ bool is_directory(const std::string& path) {
 }
 
 SystemError check_existence(const std::string& path) {
-    return result_of(::access(path.c_str(), F_OK));
+    return result_of(::faccessat(AT_FDCWD, path.c_str(), F_OK, AT_EACCESS));
 }
 
 SystemError check_read_write_access(const std::string& path) {
-    return result_of(::access(path.c_str(), R_OK | W_OK));
+    return result_of(::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS));
 }
 
 bool is_open_to_others(const std::string& path) {

@@ -1,7 +1,7 @@
 #include "platform/name_service.h"
 
+#include <arpa/inet.h>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <netdb.h>
 #include <sys/socket.h>
@@ -16,7 +16,20 @@ int stop_name_service() noexcept {
     return 0;
 }
 
+namespace {
+
+/// getaddrinfo() by itself takes short and octal forms such as "10.1" and "010.0.0.1" as well.
+bool is_dotted_quad(const std::string& address) {
+    in_addr ignored = {};
+    return ::inet_pton(AF_INET, address.c_str(), &ignored) == 1;
+}
+
+} // namespace
+
 HostName host_name_of_address(const std::string& address, AddressFamily family) {
+    if (family == AddressFamily::ipv4 && !is_dotted_quad(address)) {
+        return {};
+    }
     addrinfo hints = {};
     hints.ai_family = family == AddressFamily::ipv6 ? AF_INET6 : AF_INET;
     hints.ai_socktype = SOCK_STREAM;

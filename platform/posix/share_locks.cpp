@@ -23,14 +23,18 @@ constexpr off_t denies_writing = first_range + 3 * range_size;
 constexpr std::chrono::milliseconds guard_patience(50);
 constexpr std::chrono::microseconds guard_pause(200);
 
+constexpr int attempts_to_find_a_free_byte = 100;
+
 struct Role {
     bool applies;
     off_t range;          ///< where this opener says so
     off_t excluded_range; ///< where another opener says that it excludes this
 };
 
+/// EBADF: some network file systems want a writable descriptor for any flock().
 bool has_no_locks(int error) {
-    return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL;
+    return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL ||
+           error == EBADF;
 }
 
 /// Holds the file's flock() for the time of one test and set. Who holds it longer than our own
@@ -82,11 +86,11 @@ bool is_taken(int descriptor, off_t range) {
     return ::fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
-/// Locks a free byte of the range.
+/// Locks a free byte of the range; EAGAIN when a stranger has locked it from end to end.
 int take(int descriptor, short type, off_t range) {
     static thread_local std::mt19937_64 random(std::random_device{}());
     std::uniform_int_distribution<off_t> place(0, range_size - 1);
-    for (;;) {
+    for (int attempt = 0; attempt < attempts_to_find_a_free_byte; ++attempt) {
         struct flock lock = lock_of(type, range + place(random), 1);
         if (::fcntl(descriptor, F_OFD_SETLK, &lock) == 0) {
             return 0;
@@ -95,6 +99,7 @@ int take(int descriptor, short type, off_t range) {
             return errno;
         }
     }
+    return EAGAIN;
 }
 
 } // namespace
@@ -120,7 +125,7 @@ SystemError take_share_locks(int descriptor, FileAccess access, FileSharing shar
     for (const Role& role : roles) {
         const int error = role.applies ? take(descriptor, type, role.range) : 0;
         if (error != 0) {
-            return has_no_locks(error) ? SystemError() : SystemError::posix(error);
+            return has_no_locks(error) ? SystemError() : sharing_violation();
         }
     }
     return {};

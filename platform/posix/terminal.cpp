@@ -53,7 +53,7 @@ class SilentTerminal {
         if (descriptor_ >= 0) {
             ::close(descriptor_);
         }
-        if (g_signal != 0) {
+        if (changed_ && g_signal != 0) {
             ::raise(g_signal);
         }
     }
@@ -97,6 +97,9 @@ std::optional<std::string> ask_secret(const std::string& prompt) {
     for (;;) {
         char character = 0;
         const ssize_t count = ::read(terminal.descriptor(), &character, 1);
+        if (count < 0 && errno == EINTR && g_signal == 0) {
+            continue; // a signal that ends nothing
+        }
         if (count != 1) {
             secure_zero(secret.data(), secret.size());
             return std::nullopt;

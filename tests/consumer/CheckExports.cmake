@@ -1,7 +1,8 @@
-# Holds the symbols that the library exports against the list of them.
+# Holds the names that the library exports against the list of them; overloads count once.
 execute_process(COMMAND ${NM} -D --defined-only --demangle --format=posix ${LIBRARY}
   OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE " [A-Za-z] [0-9a-f]+ ?[0-9a-f]*\n" "\n" names "${output}")
+string(REGEX REPLACE "(\\(|\\[abi)[^\n]*" "" names "${names}")
 string(REPLACE "\n" ";" names "${names}")
 list(REMOVE_ITEM names "")
 list(REMOVE_DUPLICATES names)

@@ -174,7 +174,7 @@ const std::vector<std::string>& documents() {
             "<a>" + run + "\xFF",
         };
         // Every prefix of some, so that each place of the text meets the end of the data.
-        for (const std::size_t model : {1, 2, 5}) {
+        for (const std::size_t model : {1U, 2U, 5U}) {
             const std::string whole = made[model];
             for (std::size_t length = 1; length < whole.size(); length += 3) {
                 made.push_back(whole.substr(0, length));

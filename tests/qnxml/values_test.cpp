@@ -63,7 +63,7 @@ TEST(Values, AreTheSameByAllWays) {
         EXPECT_EQ(streamed(whole.reader.value_stream(), 100), test.value);
         check_rest(whole);
 
-        for (const std::size_t piece : {1, 7, 64, 5000}) {
+        for (const std::size_t piece : {1U, 7U, 64U, 5000U}) {
             Document pieces(test.document);
             read_to(pieces.reader, test.type);
             EXPECT_EQ(streamed(pieces.reader.value_stream(), piece), test.value) << piece;

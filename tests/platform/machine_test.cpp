@@ -1,0 +1,70 @@
+#include "platform/machine.h"
+
+#include <array>
+
+#include <gmock/gmock.h>
+
+#include "platform/environment.h"
+#include "platform/memory.h"
+#include "platform/name_service.h"
+#include "platform/testing/testing.h"
+#include "tests/support/environment_guard.h"
+
+namespace platform {
+namespace {
+
+TEST(MachineTest, ComputerName) {
+    EXPECT_NE(computer_name(), "");
+    testing::set_computer_name("OTHER");
+    EXPECT_EQ(computer_name(), "OTHER");
+    testing::set_computer_name("");
+}
+
+TEST(MachineTest, EnvironmentVariables) {
+    const support::EnvironmentGuard guard("ORVA_TEST", std::nullopt);
+    EXPECT_EQ(environment_variable("ORVA_TEST"), std::nullopt);
+    set_environment_variable("ORVA_TEST", "a=b \xC3\xA4");
+    EXPECT_EQ(environment_variable("ORVA_TEST"), "a=b \xC3\xA4");
+}
+
+TEST(MachineTest, ErrorsKnowWhatTheyMean) {
+    EXPECT_FALSE(SystemError());
+    EXPECT_TRUE(sharing_violation().is_sharing_violation());
+    EXPECT_TRUE(SystemError::windows(5).is_access_denied());
+    EXPECT_TRUE(SystemError::posix(EACCES).is_access_denied());
+    EXPECT_FALSE(SystemError::windows(ENOENT + 100).is_not_found());
+    EXPECT_NE(describe(SystemError::posix(ENOENT)), describe(SystemError::posix(EACCES)));
+    EXPECT_NE(describe(SystemError::windows(2)), describe(SystemError::windows(5)));
+}
+
+TEST(MachineTest, AddressesAndOtherTexts) {
+    struct Case {
+        const char* text;
+        AddressFamily family;
+        bool is_address;
+    };
+    const Case cases[] = {
+        {"127.0.0.1", AddressFamily::ipv4, true},    {"::1", AddressFamily::ipv6, true},
+        {"::1", AddressFamily::ipv4, false},         {"127.0.0.1", AddressFamily::ipv6, false},
+        {"127.0.0.256", AddressFamily::ipv4, false}, {"srv01.test", AddressFamily::ipv4, false},
+        {"a:b", AddressFamily::ipv6, false},         {"", AddressFamily::ipv4, false},
+    };
+    EXPECT_EQ(start_name_service(), 0);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        const HostName host = host_name_of_address(c.text, c.family);
+        EXPECT_EQ(host.is_address, c.is_address);
+        EXPECT_EQ(host.error, 0);
+        EXPECT_EQ(!host.name.empty(), c.is_address);
+    }
+    EXPECT_EQ(stop_name_service(), 0);
+}
+
+TEST(MachineTest, SecureZero) {
+    std::array<char, 4> secret{'a', 'b', 'c', 'd'};
+    secure_zero(secret.data(), 3);
+    EXPECT_THAT(secret, ::testing::ElementsAre(0, 0, 0, 'd'));
+}
+
+} // namespace
+} // namespace platform

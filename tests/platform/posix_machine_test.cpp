@@ -1,0 +1,72 @@
+#include "platform/machine.h"
+
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "platform/environment.h"
+#include "platform/name_service.h"
+#include "platform/testing/testing.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/temporary_directory.h"
+
+namespace platform {
+namespace {
+
+TEST(PosixMachineTest, TheMachinesSetting) {
+    struct Case {
+        const char* content;
+        std::optional<std::string> path;
+    };
+    const Case cases[] = {
+        {"", std::nullopt},
+        {"Path=/srv/certificates\n", "/srv/certificates"},
+        {"Path=/no/line/end", "/no/line/end"},
+        {"# Path=/no\n\nother=1\nPath=/first\nPath=/second\n", "/first"},
+        {"Path=/from/dos\r\nx\r\n", "/from/dos"},
+        {"Path= /a b=c# \n", " /a b=c# "},
+        {"Path=\n", ""},
+        {" Path=/a\npath=/b\nPath =/c\n", std::nullopt},
+    };
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.file("certificates.conf");
+    EXPECT_EQ(machine_setting_source(), "/etc/orvane-systems/certificates.conf");
+    testing::set_machine_setting(name);
+    EXPECT_EQ(machine_setting_source(), name);
+    EXPECT_EQ(machine_root_directory(), std::nullopt) << "no such file";
+    for (const Case& c : cases) {
+        support::write_file(name, c.content);
+        EXPECT_EQ(machine_root_directory(), c.path) << c.content;
+    }
+    testing::set_machine_setting(directory.str());
+    EXPECT_EQ(machine_root_directory(), std::nullopt) << "a directory";
+    testing::set_machine_setting("");
+}
+
+TEST(PosixMachineTest, TheUsersProfile) {
+    const support::EnvironmentGuard home("HOME", "/home/of");
+    {
+        const support::EnvironmentGuard profile("USERPROFILE", "/profile");
+        EXPECT_EQ(user_profile_directory(), "/profile");
+    }
+    const support::EnvironmentGuard profile("USERPROFILE", std::nullopt);
+    EXPECT_EQ(user_profile_directory(), "/home/of");
+    const support::EnvironmentGuard no_home("HOME", std::nullopt);
+    EXPECT_EQ(user_profile_directory(), std::nullopt);
+}
+
+TEST(PosixMachineTest, TheHostsWholeName) {
+    std::array<char, 256> name{};
+    ASSERT_EQ(::gethostname(name.data(), name.size()), 0);
+    EXPECT_EQ(computer_name(), name.data());
+}
+
+TEST(PosixMachineTest, Addresses) {
+    EXPECT_TRUE(host_name_of_address("::1%1", AddressFamily::ipv6).is_address);
+    for (const char* text : {"127.1", "0x7f.0.0.1", "127.0.0.01", "2130706433"}) {
+        EXPECT_FALSE(host_name_of_address(text, AddressFamily::ipv4).is_address) << text;
+    }
+}
+
+} // namespace
+} // namespace platform
