@@ -225,7 +225,10 @@ bool parse(Definition& definition, const std::vector<std::string>& words, std::s
         help = command.help(&command == &app ? "" : "vdcertificates");
         return true;
     } catch (const CLI::ExtrasError&) {
-        throw UsageError("unexpected argument '" + command.remaining(true).front() + "'");
+        const std::vector<std::string> extras = app.remaining(true);
+        const auto extra =
+            std::ranges::find_if(extras, [](const std::string& word) { return word != "--"; });
+        throw UsageError("unexpected argument '" + (extra != extras.end() ? *extra : "--") + "'");
     } catch (const CLI::ArgumentMismatch& mismatch) {
         const std::string what = mismatch.what();
         throw UsageError(what.substr(0, what.find(':')) + " is given more than once");
