@@ -171,64 +171,6 @@ std::string pkcs8_of_curve_key(const char* password) {
     return content_of(bio);
 }
 
-TEST_F(Formats, Pkcs8ThatIsNotReadGoesToTheSlotOrIsThrown) {
-    const std::string good = RsaContext::private_key_as_pkcs8_pem(key_pair().private_key,
-                                                                  key_of("secret"), "aes-128-cbc");
-    const char* const undecodable = "Error decoding PKCS#8 private key";
-    struct Case {
-        std::string pem;
-        const char* password;
-        const qncore::ErrorCode& code;
-        const char* text;
-    };
-    const Case cases[] = {
-        {"", "secret", error::qncrypto_rsa_keystore_decoding, undecodable},
-        {"no PEM", "secret", error::qncrypto_rsa_keystore_decoding, undecodable},
-        {good.substr(0, good.size() / 2), "secret", error::qncrypto_rsa_keystore_decoding,
-         undecodable},
-        {good, "Secret", error::qncrypto_rsa_keystore_decrypt,
-         "Error decrypting PKCS#8 private key (password wrong?)"},
-        {good, "", error::qncrypto_rsa_keystore_decrypt,
-         "Error decrypting PKCS#8 private key (password wrong?)"},
-        {pkcs8_of_curve_key("secret"), "secret", error::qncrypto_rsa_keystore_decoding,
-         undecodable},
-    };
-    for (const Case& test : cases) {
-        const Key password = key_of(test.password);
-        ErrorInfoPtr slot;
-        EXPECT_TRUE(RsaContext::private_key_from_pkcs8_pem(test.pem.data(), test.pem.size(),
-                                                           password, &slot)
-                        .empty());
-        expect_error(slot, test.code, test.text, from_pkcs8_text, true);
-        expect_error(thrown_by([&] {
-                         RsaContext::private_key_from_pkcs8_pem(test.pem.data(), test.pem.size(),
-                                                                password, nullptr);
-                     }),
-                     test.code, test.text, from_pkcs8_text, true);
-    }
-}
-
-TEST_F(Formats, TextsBeyondOpensslsIntAreRefusedByTheSlotRule) {
-    const char text[] = "";
-    const std::size_t size = 0x80000000;
-    for (const bool with_slot : {true, false}) {
-        ErrorInfoPtr first;
-        ErrorInfoPtr second;
-        if (with_slot) {
-            EXPECT_TRUE(
-                RsaContext::private_key_from_pkcs8_pem(text, size, key_of("x"), &first).empty());
-            EXPECT_TRUE(RsaContext::public_key_from_pem(text, size, &second).empty());
-        } else {
-            first = thrown_by(
-                [&] { RsaContext::private_key_from_pkcs8_pem(text, size, key_of("x"), nullptr); });
-            second = thrown_by([&] { RsaContext::public_key_from_pem(text, size, nullptr); });
-        }
-        ASSERT_TRUE(first && second);
-        EXPECT_EQ(first->code(), qncore::error::qncore_safeCast);
-        EXPECT_EQ(second->code(), qncore::error::qncore_safeCast);
-    }
-}
-
 TEST_F(Formats, PublicPemHasLinesOf64AndNoLastLineFeed) {
     struct Case {
         std::size_t size;
@@ -277,29 +219,55 @@ std::string enciphered_public_pem() {
     return content_of(bio);
 }
 
-TEST_F(Formats, PublicPemThatIsNotReadGoesToTheSlotOrIsThrown) {
-    const std::string good = RsaContext::public_key_as_pem(key_pair().public_key);
-    const char* const undecodable = "Error decoding RSA public key";
+TEST_F(Formats, PemTextThatIsNotReadGoesToTheSlotOrIsThrown) {
+    const std::string pkcs8 = RsaContext::private_key_as_pkcs8_pem(key_pair().private_key,
+                                                                   key_of("secret"), "aes-128-cbc");
+    const std::string pem = RsaContext::public_key_as_pem(key_pair().public_key);
+    const auto& decoding = error::qncrypto_rsa_keystore_decoding;
+    const auto& decrypt = error::qncrypto_rsa_keystore_decrypt;
+    const char* const bad_pkcs8 = "Error decoding PKCS#8 private key";
+    const char* const bad_password = "Error decrypting PKCS#8 private key (password wrong?)";
+    const char* const bad_pem = "Error decoding RSA public key";
     struct Case {
-        std::string pem;
-        const char* text;
+        std::string text;
+        const char* password; ///< null: a public key is read
+        const qncore::ErrorCode& code;
+        const char* message;
     };
     const Case cases[] = {
-        {"", undecodable},
-        {"no PEM", undecodable},
-        {good.substr(0, good.size() - 2), undecodable},
-        {RsaContext::public_key_as_pem(key_of("garbage")), undecodable},
-        {enciphered_public_pem(), "Encrypted public key container not supported"},
+        {"", "secret", decoding, bad_pkcs8},
+        {"no PEM", "secret", decoding, bad_pkcs8},
+        {pkcs8.substr(0, pkcs8.size() / 2), "secret", decoding, bad_pkcs8},
+        {pkcs8, "Secret", decrypt, bad_password},
+        {pkcs8, "", decrypt, bad_password},
+        {pkcs8_of_curve_key("secret"), "secret", decoding, bad_pkcs8},
+        {"", nullptr, decoding, bad_pem},
+        {"no PEM", nullptr, decoding, bad_pem},
+        {pem.substr(0, pem.size() - 2), nullptr, decoding, bad_pem},
+        {RsaContext::public_key_as_pem(key_of("garbage")), nullptr, decoding, bad_pem},
+        {enciphered_public_pem(), nullptr, decoding,
+         "Encrypted public key container not supported"},
+    };
+    const auto read = [](const char* text, std::size_t size, const char* password,
+                         ErrorInfoPtr* slot) {
+        return password == nullptr
+                   ? RsaContext::public_key_from_pem(text, size, slot)
+                   : RsaContext::private_key_from_pkcs8_pem(text, size, key_of(password), slot);
     };
     for (const Case& test : cases) {
+        const char* const function = test.password == nullptr ? from_pem_text : from_pkcs8_text;
         ErrorInfoPtr slot;
-        EXPECT_TRUE(
-            RsaContext::public_key_from_pem(test.pem.data(), test.pem.size(), &slot).empty());
-        expect_error(slot, error::qncrypto_rsa_keystore_decoding, test.text, from_pem_text, true);
-        expect_error(thrown_by([&] {
-                         RsaContext::public_key_from_pem(test.pem.data(), test.pem.size(), nullptr);
-                     }),
-                     error::qncrypto_rsa_keystore_decoding, test.text, from_pem_text, true);
+        EXPECT_TRUE(read(test.text.data(), test.text.size(), test.password, &slot).empty());
+        expect_error(slot, test.code, test.message, function, true);
+        expect_error(
+            thrown_by([&] { read(test.text.data(), test.text.size(), test.password, nullptr); }),
+            test.code, test.message, function, true);
+    }
+    for (const char* password : {"secret", static_cast<const char*>(nullptr)}) {
+        ErrorInfoPtr slot; // beyond OpenSSL's int
+        EXPECT_TRUE(read("", 0x80000000, password, &slot).empty());
+        ASSERT_TRUE(slot);
+        EXPECT_EQ(slot->code(), qncore::error::qncore_safeCast);
     }
 }
 

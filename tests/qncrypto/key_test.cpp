@@ -108,18 +108,5 @@ TEST(Key, SizesBeyondAllMemoryAreRefusedWithNothingChanged) {
     EXPECT_EQ(bytes_of(key), bytes);
 }
 
-TEST(Cleanse, ZeroesTheContent) {
-    std::string text = "a secret that is longer than a short string";
-    text.resize(6);
-    cleanse(text);
-    EXPECT_EQ(text, std::string(6, '\0'));
-    Bytes bytes = some_bytes(30);
-    cleanse(bytes);
-    EXPECT_EQ(bytes, Bytes(30, 0));
-    Bytes none;
-    cleanse(none);
-    EXPECT_TRUE(none.empty());
-}
-
 } // namespace
 } // namespace qncrypto

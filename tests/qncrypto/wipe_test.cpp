@@ -51,36 +51,18 @@ void give_back(void* pointer) noexcept {
 
 } // namespace
 
-void* operator new(std::size_t size) {
-    return allocate_or_throw(size);
-}
-void* operator new[](std::size_t size) {
-    return allocate_or_throw(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size);
-}
-void operator delete(void* pointer) noexcept {
-    give_back(pointer);
-}
-void operator delete[](void* pointer) noexcept {
-    give_back(pointer);
-}
-void operator delete(void* pointer, std::size_t) noexcept {
-    give_back(pointer);
-}
-void operator delete[](void* pointer, std::size_t) noexcept {
-    give_back(pointer);
-}
-void operator delete(void* pointer, const std::nothrow_t&) noexcept {
-    give_back(pointer);
-}
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept {
-    give_back(pointer);
-}
+// clang-format off
+void* operator new(std::size_t size) { return allocate_or_throw(size); }
+void* operator new[](std::size_t size) { return allocate_or_throw(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* pointer) noexcept { give_back(pointer); }
+void operator delete[](void* pointer) noexcept { give_back(pointer); }
+void operator delete(void* pointer, std::size_t) noexcept { give_back(pointer); }
+void operator delete[](void* pointer, std::size_t) noexcept { give_back(pointer); }
+void operator delete(void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
+void operator delete[](void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
+// clang-format on
 
 namespace qncrypto {
 namespace {
@@ -90,8 +72,7 @@ using namespace test;
 constexpr unsigned char secret[watched_size + 1] = "a secret of mine";
 
 /// How many blocks with the secret in them the function gives back.
-template <class Function>
-int blocks_given_back(const unsigned char* bytes, const Function& function) {
+int blocks_given_back(const unsigned char* bytes, void (*function)()) {
     found = 0;
     watched = bytes;
     function();
@@ -99,100 +80,74 @@ int blocks_given_back(const unsigned char* bytes, const Function& function) {
     return found;
 }
 
-TEST(Wiping, TheWatchSeesASecretThatIsGivenBack) {
-    const auto forget = [](bool clean) {
-        std::string text(40, 'x');
-        text.append(reinterpret_cast<const char*>(secret), watched_size);
-        if (clean) {
-            cleanse(text);
-        }
-    };
-    EXPECT_GT(blocks_given_back(secret, [&] { forget(false); }), 0);
-    // What the text held before it grew was without the secret.
-    EXPECT_EQ(blocks_given_back(secret, [&] { forget(true); }), 0);
+void forget_text() {
+    const std::string text(reinterpret_cast<const char*>(secret), watched_size);
 }
 
-TEST(Wiping, WhatATextHeldBeforeItWasCutIsCleansedToo) {
-    EXPECT_EQ(blocks_given_back(secret,
-                                [] {
-                                    std::string text(reinterpret_cast<const char*>(secret),
-                                                     watched_size);
-                                    text.resize(1);
-                                    cleanse(text);
-                                    Bytes bytes(secret, secret + watched_size);
-                                    bytes.clear();
-                                    cleanse(bytes);
-                                }),
-              0);
+void cleanse_containers() {
+    std::string text(reinterpret_cast<const char*>(secret), watched_size);
+    cleanse(text);
+    EXPECT_EQ(text, std::string(watched_size, '\0'));
+    std::string cut(reinterpret_cast<const char*>(secret), watched_size);
+    cut.resize(1);
+    cleanse(cut);
+    Bytes bytes(secret, secret + watched_size);
+    bytes.clear();
+    cleanse(bytes);
+    EXPECT_TRUE(bytes.empty());
 }
 
-TEST(Wiping, KeysGiveNothingBack) {
-    EXPECT_EQ(blocks_given_back(secret,
-                                [] {
-                                    Key key(secret, watched_size);
-                                    Key copy(key);
-                                    copy.reserve(100);
-                                    copy.resize(200);
-                                    copy.assign(copy.data(), watched_size);
-                                    key = copy;
-                                    key = Key(3);
-                                    key.swap(copy);
-                                    const Key moved(std::move(key));
-                                }),
-              0);
+void use_keys() {
+    Key key(secret, watched_size);
+    Key copy(key);
+    copy.reserve(100);
+    copy.resize(200);
+    copy.assign(copy.data(), watched_size);
+    key = copy;
+    key = Key(3);
+    key.swap(copy);
+    const Key moved(std::move(key));
 }
 
-TEST(Wiping, OperationsGiveNothingBackWhetherTheyFailOrNot) {
-    const KeyPair& pair = key_pair();
-    const auto private_context = pair.private_context();
-    const auto public_context = pair.public_context();
+void use_operations() {
+    const auto private_context = key_pair().private_context();
+    const auto public_context = key_pair().public_context();
     Key cipher;
+    Key plain(secret, watched_size);
     private_context.encrypt(secret, watched_size, &cipher, RsaPadding::pkcs1);
-    Key for_private;
-    public_context.encrypt(secret, watched_size, &for_private, RsaPadding::oaep);
-    Bytes unpadded(128, 0);
-    std::copy_n(secret, watched_size, unpadded.begin() + 100);
-    Key unpadded_cipher;
-    private_context.encrypt(unpadded.data(), 128, &unpadded_cipher, RsaPadding::none);
-
-    EXPECT_EQ(blocks_given_back(
-                  secret,
-                  [&] {
-                      Key out(secret, watched_size);
-                      private_context.encrypt(secret, watched_size, &out, RsaPadding::pkcs1);
-                      public_context.decrypt(cipher.data(), 128, &out, RsaPadding::pkcs1, nullptr);
-                      private_context.decrypt(for_private.data(), 128, &out, RsaPadding::oaep,
-                                              nullptr);
-                      public_context.decrypt(unpadded_cipher.data(), 128, nullptr, RsaPadding::none,
-                                             nullptr);
-                      EXPECT_ANY_THROW(public_context.decrypt(cipher.data(), 127, &out,
-                                                              RsaPadding::pkcs1, nullptr));
-                      EXPECT_ANY_THROW(
-                          private_context.encrypt(secret, watched_size, &out, RsaPadding::none));
-                  }),
-              0);
+    public_context.decrypt(cipher.data(), 128, &plain, RsaPadding::pkcs1, nullptr);
+    EXPECT_ANY_THROW(
+        public_context.decrypt(cipher.data(), 127, &plain, RsaPadding::pkcs1, nullptr));
+    EXPECT_ANY_THROW(private_context.encrypt(secret, watched_size, &plain, RsaPadding::none));
+    public_context.encrypt(secret, watched_size, &cipher, RsaPadding::oaep);
+    private_context.decrypt(cipher.data(), 128, &plain, RsaPadding::oaep, nullptr);
+    Key unpadded(128);
+    std::copy_n(secret, watched_size, unpadded.data() + 100);
+    private_context.encrypt(unpadded.data(), 128, &cipher, RsaPadding::none);
+    public_context.decrypt(cipher.data(), 128, nullptr, RsaPadding::none, nullptr);
 }
 
-TEST(Wiping, ConversionsGiveNoPrivateKeyBack) {
+/// The secret here is a stretch of the private key itself.
+void convert_keys() {
     const KeyPair& pair = key_pair();
-    // From the middle of the private key's bytes, beyond the modulus.
-    const unsigned char* const inside = pair.private_key.data() + pair.private_key.size() / 2;
     const Key password(secret, watched_size);
-    EXPECT_EQ(
-        blocks_given_back(
-            inside,
-            [&] {
-                const std::string pem =
-                    RsaContext::private_key_as_pkcs8_pem(pair.private_key, password, "aes-128-cbc");
-                Key back = RsaContext::private_key_from_pkcs8_pem(pem.data(), pem.size(), password,
-                                                                  nullptr);
-                EXPECT_TRUE(back == pair.private_key);
-                EXPECT_TRUE(RsaContext::public_key_from_private_key(back) == pair.public_key);
-                EXPECT_ANY_THROW(RsaContext::private_key_as_pkcs8_pem(back, password, "rot13"));
-                Key public_key;
-                RsaContext::create_key_pair(512, back, public_key);
-            }),
-        0);
+    const std::string pem =
+        RsaContext::private_key_as_pkcs8_pem(pair.private_key, password, "aes-128-cbc");
+    Key back = RsaContext::private_key_from_pkcs8_pem(pem.data(), pem.size(), password, nullptr);
+    EXPECT_TRUE(back == pair.private_key);
+    EXPECT_TRUE(RsaContext::public_key_from_private_key(back) == pair.public_key);
+    EXPECT_ANY_THROW(RsaContext::private_key_as_pkcs8_pem(back, password, "rot13"));
+    Key public_key;
+    RsaContext::create_key_pair(512, back, public_key);
+}
+
+TEST(Wiping, NoSecretIsInStorageThatIsGivenBack) {
+    EXPECT_GT(blocks_given_back(secret, forget_text), 0) << "the watch sees nothing";
+    EXPECT_EQ(blocks_given_back(secret, cleanse_containers), 0);
+    EXPECT_EQ(blocks_given_back(secret, use_keys), 0);
+    EXPECT_EQ(blocks_given_back(secret, use_operations), 0);
+    const Key& key = key_pair().private_key;
+    EXPECT_EQ(blocks_given_back(key.data() + key.size() / 2, convert_keys), 0);
 }
 
 } // namespace
