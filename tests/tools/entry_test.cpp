@@ -39,13 +39,14 @@ TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
         expected["password"] = name;
         EXPECT_EQ(Json::parse(done(get_words(role) + Words{"--format=json", "--show-password"})),
                   expected);
-        const std::string lines =
-            "role: " + name + "\n" + (role.by_server ? "server: srv01\n" : "") +
-            "public_key: " + path + ".pub\nprivate_key: " + path + ".key\ncertificate: " + path +
-            ".crt\n" + (role.trusted ? "trusted: /t&<>/" + name + "\n" : "");
+        std::string lines = "role: " + name;
+        lines += role.by_server ? "\nserver: srv01" : "";
+        lines += "\npublic_key: " + path + ".pub\nprivate_key: " + path;
+        lines += ".key\ncertificate: " + path + ".crt\n";
+        lines += role.trusted ? "trusted: /t&<>/" + name + "\n" : "";
         EXPECT_EQ(done(get_words(role)), lines);
         EXPECT_EQ(done(get_words(role) + Words{"--show-password"}),
-                  lines + "password: " + name + "\n");
+                  lines.append("password: ").append(name).append("\n"));
     }
 }
 

@@ -77,6 +77,7 @@ class OnTerminal {
         }
         std::vector<std::string> words = Words{PROGRAM_FILE} + arguments;
         std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
         for (std::string& word : words) {
             pointers.push_back(word.data());
         }

@@ -11,10 +11,11 @@ using Words = std::vector<std::string>;
 
 /// The program on a machine of the test's own, which has a profile and no setting.
 class ProgramTest : public testing::Test {
-  protected:
+  public:
     ProgramTest();
     ~ProgramTest() override;
 
+  protected:
     support::CommandResult run(const Words& arguments, const std::string& input = "");
     /// Stores or fetches and expects that it works; gives what was printed.
     std::string done(const Words& arguments, const std::string& input = "");

@@ -15,12 +15,10 @@ constexpr const char* about =
     "Keeps the record of this machine's certificates: for each role, where its key and\n"
     "certificate files lie, and the password that opens them.";
 
-constexpr const char* about_roles =
-    "\nThere is one cluster certificate for the machine; entries of every other role stand\n"
-    "under the name of a server (--server). Names of servers are found whatever their case.";
-
 constexpr const char* example_of_program =
-    "\nExample:\n"
+    "\nThere is one cluster certificate for the machine; entries of every other role stand\n"
+    "under the name of a server (--server), which is found whatever the case of its letters.\n\n"
+    "Example:\n"
     "  vdcertificates set cluster --public-key /keys/cluster.pub --private-key "
     "/keys/cluster.key \\\n"
     "      --certificate /keys/cluster.crt --prompt\n"
@@ -290,7 +288,7 @@ void check_texts(const Role& role, const Entry& entry, bool trusted_given) {
 
 } // namespace
 
-CommandLine parse_command_line(std::vector<std::string> words) {
+CommandLine parse_command_line(const std::vector<std::string>& words) {
     Definition definition;
     CommandLine result;
     if (parse(definition, words, result.help)) {

@@ -25,6 +25,6 @@ struct CommandLine {
 };
 
 /// Reads and checks the words behind the program's name. Throws UsageError.
-CommandLine parse_command_line(std::vector<std::string> words);
+CommandLine parse_command_line(const std::vector<std::string>& words);
 
 } // namespace tool

@@ -42,7 +42,7 @@ std::string make_private_file() {
     for (int i = 0; i < 4; ++i) {
         name += std::to_string(random());
     }
-    const std::string path = (directory / name).string();
+    std::string path = (directory / name).string();
     // As a key file is made: for the owner alone from the first moment, whatever the umask.
     const auto file = platform::open_key_file(path);
     if (!file || path.size() >= g_file_of_signal.size()) {
@@ -60,7 +60,7 @@ std::string_view behind_columns(std::string_view line, int columns) {
     return line;
 }
 
-std::string without_prefix(std::string text) {
+std::string without_prefix(const std::string& text) {
     constexpr std::string_view prefix = "Error Message: ";
     return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }

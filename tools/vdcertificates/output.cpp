@@ -117,6 +117,7 @@ void print_lines(const std::vector<Line>& lines) {
     std::string text;
     if (platform::output_is_terminal()) {
         std::vector<Row> rows;
+        rows.reserve(lines.size());
         for (const auto& [name, value] : lines) {
             rows.push_back({name, printable(value)});
         }
@@ -153,6 +154,7 @@ void print_entries(const std::vector<Entry>& entries, const OutputStyle& style) 
         return;
     }
     std::vector<Row> rows;
+    rows.reserve(entries.size() + 1);
     for (const Entry& entry : entries) {
         rows.push_back(row_of(entry, style));
     }

@@ -75,39 +75,45 @@ std::string role_names() {
 }
 
 bool store(File& file, const Role& role, const Entry& entry) {
-    const auto& [name, publicKey, privateKey, certificate, password, trusted] = entry.node;
+    const vdcertificates::CertificateNode& node = entry.node;
     const std::string& server = entry.server;
-    return std::visit(
-        Visitor{
-            [&](Role::SetCluster set) {
-                return (file.*set)(publicKey, privateKey, certificate, password);
-            },
-            [&](Role::SetPlain set) {
-                return (file.*set)(server, publicKey, privateKey, certificate, password);
-            },
-            [&](Role::SetTrusted set) {
-                return (file.*set)(server, publicKey, privateKey, certificate, password, trusted);
-            },
-        },
-        role.setter);
+    return std::visit(Visitor{
+                          [&](Role::SetCluster set) {
+                              return (file.*set)(node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password);
+                          },
+                          [&](Role::SetPlain set) {
+                              return (file.*set)(server, node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password);
+                          },
+                          [&](Role::SetTrusted set) {
+                              return (file.*set)(server, node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password,
+                                                 node.trustedCertificatePath);
+                          },
+                      },
+                      role.setter);
 }
 
 bool fetch(File& file, const Role& role, Entry& entry) {
-    auto& [name, publicKey, privateKey, certificate, password, trusted] = entry.node;
+    vdcertificates::CertificateNode& node = entry.node;
     const std::string& server = entry.server;
-    return std::visit(
-        Visitor{
-            [&](Role::GetCluster get) {
-                return (file.*get)(publicKey, privateKey, certificate, password);
-            },
-            [&](Role::GetPlain get) {
-                return (file.*get)(server, publicKey, privateKey, certificate, password);
-            },
-            [&](Role::GetTrusted get) {
-                return (file.*get)(server, publicKey, privateKey, certificate, password, trusted);
-            },
-        },
-        role.getter);
+    return std::visit(Visitor{
+                          [&](Role::GetCluster get) {
+                              return (file.*get)(node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password);
+                          },
+                          [&](Role::GetPlain get) {
+                              return (file.*get)(server, node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password);
+                          },
+                          [&](Role::GetTrusted get) {
+                              return (file.*get)(server, node.publicKeyPath, node.privateKeyPath,
+                                                 node.certificatePath, node.password,
+                                                 node.trustedCertificatePath);
+                          },
+                      },
+                      role.getter);
 }
 
 } // namespace tool
