@@ -24,6 +24,10 @@ SystemError check_existence(const std::string& path);
 /// Success when this process may read and write what the name stands for; else why not.
 SystemError check_read_write_access(const std::string& path);
 
+/// True when accounts that are neither the file's owner nor in its group have any permission on
+/// it. False on Windows, where access lists say who may what.
+bool is_open_to_others(const std::string& path);
+
 /// Clears or sets the read-only state of a key file: the read-only attribute on Windows; on Linux
 /// the owner's write bit is set, or the write bits of all are cleared. No other permission changes.
 SystemError set_key_file_writable(const std::string& path, bool writable);

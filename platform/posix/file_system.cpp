@@ -67,6 +67,11 @@ SystemError check_read_write_access(const std::string& path) {
     return result_of(::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS));
 }
 
+bool is_open_to_others(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && (status.st_mode & S_IRWXO) != 0;
+}
+
 SystemError set_key_file_writable(const std::string& path, bool writable) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {

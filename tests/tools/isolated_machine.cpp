@@ -1,0 +1,21 @@
+#include <filesystem>
+
+#include "platform/environment.h"
+#include "platform/testing/testing.h"
+
+// Linked into a second binary of the program, which lives on a machine of its own: the directory
+// that ORVA_ISOLATED_MACHINE names. It touches neither the real machine's mutex nor its setting.
+namespace {
+
+const bool g_isolated = [] {
+    const auto directory = platform::environment_variable("ORVA_ISOLATED_MACHINE");
+    if (!directory) {
+        return false;
+    }
+    const std::filesystem::path path(*directory);
+    platform::testing::set_machine_setting((path / "machine.conf").string());
+    platform::testing::set_mutex_name_suffix("-" + path.filename().string());
+    return true;
+}();
+
+} // namespace

@@ -1,0 +1,66 @@
+#include "tests/tools/program_fixture.h"
+
+#include "platform/machine.h"
+#include "platform/testing/testing.h"
+
+namespace tools_test {
+
+const std::vector<RoleCase> all_roles{
+    {"cluster", false, false},
+    {"subsystems", true, false},
+    {"subsystems-server", true, true},
+    {"subsystems-remote-client", true, true},
+    {"remote-client", true, true},
+    {"web-config", true, false},
+    {"sip-device", true, true},
+    {"media-retrieval-server", true, true},
+    {"media-retrieval-client", true, true},
+};
+
+Words operator+(Words words, const Words& more) {
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
+
+ProgramTest::ProgramTest()
+    : environment{{"ORVA_ISOLATED_MACHINE", machine.str()},
+                  {"ORVA_Certificates", std::nullopt},
+                  {"USERPROFILE", std::nullopt},
+                  {"HOME", machine.file("home")},
+                  {"TMPDIR", machine.file("tmp")},
+                  {"QNTRACE", std::nullopt},
+                  {"QNTRACE_FILE", std::nullopt}} {
+    std::filesystem::create_directory(machine.file("home"));
+    std::filesystem::create_directory(machine.file("tmp"));
+}
+
+ProgramTest::~ProgramTest() {
+    EXPECT_TRUE(std::filesystem::is_empty(machine.file("tmp"))) << "a trace was left behind";
+    platform::testing::set_mutex_name_suffix("-" + machine.path().filename().string());
+    platform::testing::remove_named_mutex("Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
+}
+
+support::CommandResult ProgramTest::run(const Words& arguments, const std::string& input) {
+    return support::run({PROGRAM_FILE, arguments, environment, input});
+}
+
+std::string ProgramTest::done(const Words& arguments, const std::string& input) {
+    const support::CommandResult result = run(arguments, input);
+    EXPECT_EQ(result.status, 0) << result.errors << testing::PrintToString(arguments);
+    EXPECT_EQ(result.errors, "");
+    return result.output;
+}
+
+Words ProgramTest::set_words(const std::string& role, const std::string& prefix) {
+    Words words{"set",           role,
+                "--public-key",  prefix + ".pub",
+                "--private-key", prefix + ".key",
+                "--certificate", prefix + ".crt"};
+    return role == "cluster" ? words : words + Words{"--server", "SRV01"};
+}
+
+std::string ProgramTest::in_root(const std::string& suffix) const {
+    return root() + "/" + platform::computer_name() + suffix;
+}
+
+} // namespace tools_test

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "tests/support/command.h"
+#include "tests/support/temporary_directory.h"
+
+namespace tools_test {
+
+using Words = std::vector<std::string>;
+
+/// The program on a machine of the test's own, which has a profile and no setting.
+class ProgramTest : public testing::Test {
+  protected:
+    ProgramTest();
+    ~ProgramTest() override;
+
+    support::CommandResult run(const Words& arguments, const std::string& input = "");
+    /// Stores or fetches and expects that it works; gives what was printed.
+    std::string done(const Words& arguments, const std::string& input = "");
+
+    /// The words of a `set` of all that a role needs, with paths that begin with `prefix`.
+    static Words set_words(const std::string& role, const std::string& prefix);
+
+    /// Where the keys lie, and the file unless a variable moves it.
+    std::string root() const { return machine.file("home/Orvane Systems/Certificates"); }
+    std::string in_root(const std::string& suffix) const;
+    std::string file() const { return in_root("_ORVA_Certificates.xml"); }
+
+    support::TemporaryDirectory machine;
+    std::map<std::string, std::optional<std::string>> environment;
+};
+
+/// A role, and what it carries.
+struct RoleCase {
+    const char* name;
+    bool by_server;
+    bool trusted;
+};
+extern const std::vector<RoleCase> all_roles;
+
+/// `words` with more at the end.
+Words operator+(Words words, const Words& more);
+
+} // namespace tools_test

@@ -1,0 +1,137 @@
+#include "tests/tools/program_fixture.h"
+
+namespace tools_test {
+namespace {
+
+class Usage : public ProgramTest {
+  protected:
+    /// One line, which says that, and nothing else happens.
+    void expect_refused(const Words& words, const std::string& line,
+                        const std::string& input = "") {
+        const support::CommandResult result = run(words, input);
+        const std::string shown = testing::PrintToString(words);
+        EXPECT_EQ(result.status, 2) << shown;
+        EXPECT_EQ(result.output, "") << shown;
+        EXPECT_EQ(result.errors, "vdcertificates: " + line + "\n") << shown;
+        EXPECT_FALSE(std::filesystem::exists(root())) << shown;
+    }
+};
+
+const std::string role_list = "the roles are cluster, subsystems, subsystems-server, "
+                              "subsystems-remote-client, remote-client, web-config, sip-device, "
+                              "media-retrieval-server, media-retrieval-client";
+
+TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
+    const Words paths{"--public-key", "/p", "--private-key", "/k", "--certificate", "/c"};
+    const Words cluster = Words{"set", "cluster"} + paths;
+    const Words device = Words{"set", "sip-device", "--server", "S"} + paths;
+    struct Case {
+        Words words;
+        std::string line;
+    };
+    const std::vector<Case> cases{
+        {{},
+         "a command is missing: one of set, get, list, where and check (vdcertificates --help "
+         "tells more)"},
+        {{"show"}, "unknown command 'show': the commands are set, get, list, where and check"},
+        {{"lis"}, "unknown command 'lis': the commands are set, get, list, where and check"},
+        {{"SET"}, "unknown command 'SET': the commands are set, get, list, where and check"},
+        {{"--verbose"}, "unknown option '--verbose'"},
+        {{"get"}, "ROLE is required"},
+        {{"get", "Cluster"}, "unknown role 'Cluster': " + role_list},
+        {{"get", "sip"}, "unknown role 'sip': " + role_list},
+        {{"get", "a\nb"}, "unknown role 'a\\x0ab': " + role_list},
+        {{"get", "list"}, "unknown role 'list': " + role_list},
+        {{"get", "sip-device"}, "the role sip-device needs --server"},
+        {{"get", "sip-device", "--server", ""}, "--server is empty"},
+        {{"get", "sip-device", "--server="}, "--server is empty"},
+        {{"get", "sip-device", "--server"}, "--server needs a value"},
+        {{"get", "sip-device", "--server", "\xC3("}, "--server is not valid UTF-8"},
+        {{"get", "cluster", "--server", "S"},
+         "the role cluster takes no --server: there is one for the machine"},
+        {{"get", "cluster", "--server", ""},
+         "the role cluster takes no --server: there is one for the machine"},
+        {{"get", "cluster", "extra"}, "unexpected argument 'extra'"},
+        {{"get", "cluster", "++"}, "unexpected argument '++'"},
+        {{"get", "cluster", "--", "--format"}, "unexpected argument '--format'"},
+        {{"get", "cluster", "--", "--", "x"}, "unexpected argument 'x'"},
+        {{"get", "cluster", "--form", "json"}, "unknown option '--form'"},
+        {{"get", "cluster", "--format", "xml"},
+         "unknown format 'xml': the formats are text and json"},
+        {{"get", "cluster", "--format", "JSON"},
+         "unknown format 'JSON': the formats are text and json"},
+        {{"get", "cluster", "--format=json", "--format=json"}, "--format is given more than once"},
+        {{"get", "cluster", "--show-password=yes"}, "--show-password takes no value"},
+        {{"get", "cluster", "--show-passwords"}, "unknown option '--show-passwords'"},
+        {{"list", "cluster"}, "unexpected argument 'cluster'"},
+        {{"where", "--format", "json"}, "unknown option '--format'"},
+        {{"check", "-v"}, "unknown option '-v'"},
+        {{"set", "cluster"}, "--public-key is required"},
+        {{"set", "cluster", "--public-key", "--private-key", "/k"}, "--public-key needs a value"},
+        {{"set", "cluster", "--publickey", "/p"}, "unknown option '--publickey'"},
+        {cluster + Words{"--trusted", "/t"}, "the role cluster takes no --trusted"},
+        {Words{"set", "web-config", "--server", "S", "--trusted", ""} + paths,
+         "the role web-config takes no --trusted"},
+        {cluster + Words{"--password", "secret"}, "unknown option '--password'"},
+        {cluster + Words{"--password-stdin", "--prompt"},
+         "--password-stdin, --password-file and --prompt exclude each other"},
+        {cluster + Words{"--password-stdin", "--password-file", "/f"},
+         "--password-stdin, --password-file and --prompt exclude each other"},
+        {cluster + Words{"--password-file", "/no/such"},
+         "cannot read the password file /no/such: No such file or directory"},
+        {device + Words{"--server", "T"}, "--server is given more than once"},
+        {device + Words{"--trusted", "a\rb"},
+         "--trusted holds the control character \\x0d, which the file cannot keep"},
+    };
+    for (const Case& wrong : cases) {
+        expect_refused(wrong.words, wrong.line);
+    }
+}
+
+// What would break the file, or be read back as something else.
+TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
+    const auto device = [](const std::string& server, const std::string& path) {
+        return Words{"set", "sip-device",    "--server", server,          "--public-key",
+                     path,  "--private-key", "/k",       "--certificate", "/c"};
+    };
+    const std::string rest = ", which the file cannot keep";
+    for (const char* bad : {"a\"b", "a<b", "a&b"}) {
+        expect_refused(device(bad, "/p"),
+                       std::string("--server holds the character ") + bad[1] + rest);
+    }
+    for (const char* bad : {"a<b", "a&b"}) {
+        expect_refused(device("S", bad),
+                       std::string("--public-key holds the character ") + bad[1] + rest);
+    }
+    const std::string control = " holds the control character \\x";
+    expect_refused(device("a\tb", "/p"), "--server" + control + "09" + rest);
+    expect_refused(device("S", "a\x7F"), "--public-key" + control + "7f" + rest);
+    expect_refused(device("S", "\xFF"), "--public-key is not valid UTF-8");
+    expect_refused(device("S", ""), "--public-key is empty");
+    expect_refused(device(" S", "/p"), "--server begins or ends with a blank");
+    expect_refused(device("S ", "/p"), "--server begins or ends with a blank");
+}
+
+TEST_F(Usage, PasswordsThatCannotBeStoredAreRefused) {
+    const Words words = set_words("cluster", "/a") + Words{"--password-stdin"};
+    const std::string subject = "the password on standard input ";
+    expect_refused(words, subject + "is longer than 245 bytes", std::string(246, 'x'));
+    expect_refused(words, subject + "is longer than 245 bytes", std::string(100000, 'x'));
+    expect_refused(words, subject + "holds a zero byte", std::string("a\0b", 3));
+    expect_refused(words, subject + "is not valid UTF-8", "\xFF");
+}
+
+TEST_F(Usage, HelpAndVersionAreAnswers) {
+    EXPECT_EQ(done({"--version"}), "vdcertificates 1.0.0\n");
+    const std::string help = done({"--help"});
+    for (const char* command : {"set", "get", "list", "where", "check"}) {
+        EXPECT_THAT(help, testing::HasSubstr(std::string("\n  ") + command + " "));
+        const std::string text = done({command, "--help"});
+        EXPECT_THAT(text, testing::HasSubstr(std::string("Usage: vdcertificates ") + command));
+        EXPECT_THAT(text, testing::HasSubstr("Example:\n  vdcertificates " + std::string(command)));
+    }
+    EXPECT_FALSE(std::filesystem::exists(root()));
+}
+
+} // namespace
+} // namespace tools_test
