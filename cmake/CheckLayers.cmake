@@ -1,6 +1,7 @@
 # Holds every #include between rooms against the allowed graph, and the operating system's headers
 # and macros against the one room that may use them.
 # Run: cmake -D ROOT=<source tree> -P CheckLayers.cmake
+cmake_minimum_required(VERSION 3.25)
 
 set(allowed_platform "")
 set(allowed_qncore platform)

@@ -43,9 +43,6 @@ class FileStreamBase : public qncore::RefCounted<qncore::AtomicRefCount> {
     virtual platform::FileHandle handle() const = 0;
     /// The name as the creator passed it.
     virtual const std::string& filename() const = 0;
-
-  protected:
-    ~FileStreamBase() override = default;
 };
 
 // The create functions open by a name in UTF-8 (on Linux any bytes) without an embedded zero.
@@ -55,9 +52,6 @@ class FileReadStream : public FileStreamBase, public qncore::ISeekableReadStream
   public:
     static qncore::RefCountPtr<FileReadStream> create(const std::string& filename,
                                                       FileShareMode share, FileOpenFlags flags);
-
-  protected:
-    ~FileReadStream() override = default;
 };
 
 class FileWriteStream : public FileStreamBase,
@@ -67,9 +61,6 @@ class FileWriteStream : public FileStreamBase,
     static qncore::RefCountPtr<FileWriteStream> create(const std::string& filename,
                                                        FileCreationDisposition disposition,
                                                        FileShareMode share, FileOpenFlags flags);
-
-  protected:
-    ~FileWriteStream() override = default;
 };
 
 class FileReadWriteStream : public FileStreamBase,
@@ -80,9 +71,6 @@ class FileReadWriteStream : public FileStreamBase,
                                                            FileCreationDisposition disposition,
                                                            FileShareMode share,
                                                            FileOpenFlags flags);
-
-  protected:
-    ~FileReadWriteStream() override = default;
 };
 
 } // namespace qnfile

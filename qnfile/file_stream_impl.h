@@ -19,8 +19,6 @@ class FileBacked : public Bases... {
     }
 
   protected:
-    ~FileBacked() override = default;
-
     FileImpl file_;
 };
 
@@ -34,9 +32,6 @@ class Reading : public Base {
     }
     std::uint64_t skip(std::uint64_t count) override { return this->file_.skip(count); }
     std::uint64_t available() override { return this->file_.available(); }
-
-  protected:
-    ~Reading() override = default;
 };
 
 template <class Base>
@@ -49,9 +44,6 @@ class Writing : public Base {
     }
     std::uint64_t size() override { return this->file_.size(); }
     void resize(std::uint64_t bytes) override { this->file_.resize(bytes); }
-
-  protected:
-    ~Writing() override = default;
 };
 
 class FileReadStreamImpl final : public Reading<FileBacked<FileReadStream>> {

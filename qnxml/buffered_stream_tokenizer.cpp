@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "qncore/error_exception.h"
 #include "qncore/utf8.h"
@@ -66,8 +67,16 @@ int XmlBufferedStreamTokenizerBase::take(char* out, std::size_t length) {
     return static_cast<int>(length);
 }
 
-/// Required: when a CR is the last byte of the data, the data's end stays where it was, and a
-/// caller who asks once more reads the old content of the buffer again.
+/// The end of the data behind a CR or inside a sequence. Required: the data's end stays where it
+/// was, so that a caller who asks once more reads the old content of the buffer again. The second
+/// time it is corrected: otherwise `<a>x` and a CR would never end.
+int XmlBufferedStreamTokenizerBase::end_with_stale_data() {
+    if (std::exchange(staleDataRead_, true)) {
+        dataEnd_ = cursor_;
+    }
+    return 0;
+}
+
 int XmlBufferedStreamTokenizerBase::get_line_end(char* out) {
     if (*cursor_++ == '\r') {
         if (cursor_ == dataEnd_) {
@@ -76,7 +85,7 @@ int XmlBufferedStreamTokenizerBase::get_line_end(char* out) {
                 return -1;
             }
             if (count == 0) {
-                return 0;
+                return end_with_stale_data();
             }
             dataEnd_ = cursor_ + count;
         }
@@ -102,8 +111,7 @@ int XmlBufferedStreamTokenizerBase::get_sequence(char* out) {
     return get_cut_sequence(out);
 }
 
-/// Goes on with a sequence that the buffer's end cuts. One that the end of the data cuts is lost,
-/// and here, too, the data's end is required to stay where it was.
+/// Goes on with a sequence that the buffer's end cuts. One that the end of the data cuts is lost.
 int XmlBufferedStreamTokenizerBase::get_cut_sequence(char* out) {
     const std::size_t kept = at_hand();
     std::memmove(buffer_.get(), cursor_, kept);
@@ -112,7 +120,7 @@ int XmlBufferedStreamTokenizerBase::get_cut_sequence(char* out) {
         return -1;
     }
     if (count == 0) {
-        return 0;
+        return end_with_stale_data();
     }
     dataEnd_ = cursor_ + kept + count;
     return get_next_char(out);

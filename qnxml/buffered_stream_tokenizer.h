@@ -30,6 +30,7 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     int get_sequence(char* out);
     int get_cut_sequence(char* out);
     int invalid_sequence();
+    int end_with_stale_data();
     int take(char* out, std::size_t length);
     void start_line();
     std::size_t at_hand() const { return static_cast<std::size_t>(dataEnd_ - cursor_); }
@@ -40,6 +41,7 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     const char* lineStart_;         ///< the buffer's start when the line began in an earlier fill
     std::uint64_t lineCarry_ = 0;   ///< bytes of the line in earlier fills
     std::uint64_t sourceCarry_ = 0; ///< bytes of all earlier fills
+    bool staleDataRead_ = false;
     qnuri::UriReference uri_;
 };
 

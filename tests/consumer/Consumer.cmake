@@ -3,6 +3,7 @@ if(EXISTS /etc/orvane-systems/certificates.conf)
   message(STATUS "skipped: this machine has a configuration of its own")
   return()
 endif()
+cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK}/home)

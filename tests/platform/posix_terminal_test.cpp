@@ -1,5 +1,6 @@
 #include "platform/terminal.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <termios.h>
@@ -14,6 +15,7 @@ namespace {
 
 /// A child that asks for a secret on a terminal whose other end the test has.
 CHILD_PROCESS(ask_secret) {
+    std::signal(SIGINT, SIG_DFL); // a test runner in the background ignores it
     ::setsid();
     if (::open(arguments.at(0).c_str(), O_RDWR) < 0) { // now the controlling terminal
         return 1;

@@ -140,11 +140,12 @@ TEST_F(FileStreamTest, StreamsExcludeEachOther) {
         EXPECT_FALSE(opens(share_read_write)) << "a reader alone excludes readers";
     }
     {
-        const auto writer =
-            FileWriteStream::create(name_, open_existing, share_read_write, flag_none);
+        auto writer = FileWriteStream::create(name_, open_existing, share_read_write, flag_none);
+        const auto other_reference = writer;
+        writer.reset();
+        EXPECT_EQ(other_reference->size(), 10U);
         EXPECT_TRUE(opens(share_write));
         EXPECT_FALSE(opens(share_read)) << "there is a writer";
-        const auto copy = writer;
         EXPECT_THROW(FileWriteStream::create(name_, create_always, share_none, flag_none),
                      qncore::ErrorException);
     }

@@ -175,13 +175,12 @@ TEST(Limits, EndWithEachPrefixOfADocument) {
 
 TEST(Limits, EndWithAnyBytes) {
     std::minstd_rand random(20261121);
-    const auto alphabet = "<>/!?-[]CDATA&;#x1='\" \n:ab.\xC3\xA9\0\xFF"sv;
+    const auto alphabet = "<>/!?-[]CDATA&;#x1='\" \n\r:ab.\xC3\xA9\0\xFF"sv;
     for (int i = 0; i < 20000; ++i) {
         std::string document(random() % 60, '\0');
         for (char& byte : document) {
             byte = i % 2 == 0 ? alphabet[random() % alphabet.size()]
                               : static_cast<char>(random() % 256);
-            byte = byte == '\r' ? '\n' : byte;
         }
         SCOPED_TRACE(testing::PrintToString(document));
         read_through(document);

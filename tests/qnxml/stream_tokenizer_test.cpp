@@ -69,6 +69,12 @@ TEST(StreamTokenizer, ReadsTheOldBufferAgainBehindAFinalCr) {
                 ElementsAre("DocumentStart() @1,0,0", "StartTagStart(a) @1,3,3",
                             "StartTagEndEmpty() @1,4,4", "CharData(x) @1,6,6",
                             "StartTagStart(a) @1,9,9", "StartTagEndEmpty() @1,10,10"));
+    // Once, so that a document that is cut there comes to its end.
+    EXPECT_THAT(lines_of("<a>x\r", 32),
+                ElementsAre("DocumentStart() @1,0,0", "StartTagStart(a) @1,3,3",
+                            "StartTagEnd() @1,3,3", "CharData(x) @1,5,5", "StartTagStart(a) @1,8,8",
+                            "StartTagEnd() @1,8,8", "CharData(x) @1,10,10",
+                            "DocumentEnd() @1,10,10"));
     // A cut character is lost; what it leaves in the buffer is read when text was held.
     EXPECT_THAT(lines_of("\xE2\x82", 32),
                 ElementsAre("DocumentStart() @1,0,0", "DocumentEnd() @1,0,0"));
