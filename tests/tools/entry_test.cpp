@@ -41,7 +41,8 @@ TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
                   expected);
         std::string lines = "role: " + name;
         lines += role.by_server ? "\nserver: srv01" : "";
-        lines += "\npublic_key: " + path + ".pub\nprivate_key: " + path;
+        lines += "\npublic_key: " + path + ".pub";
+        lines += "\nprivate_key: " + path;
         lines += ".key\ncertificate: " + path + ".crt\n";
         lines += role.trusted ? "trusted: /t&<>/" + name + "\n" : "";
         EXPECT_EQ(done(get_words(role)), lines);

@@ -91,6 +91,8 @@ class OnTerminal {
         pollfd ready{master_, POLLIN, 0};
         std::array<char, 512> bytes{};
         if (::poll(&ready, 1, 60'000) != 1) {
+            ADD_FAILURE() << "nothing comes any more after: " << text_;
+            ::kill(child_, SIGKILL);
             return false;
         }
         const ssize_t count = ::read(master_, bytes.data(), bytes.size());
