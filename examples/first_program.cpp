@@ -11,7 +11,7 @@ int main() {
         return 1;
     }
     std::string publicKey, privateKey, certificate, password, trusted;
-    file.get_subsystems_server_certificate_information("srv01", publicKey, privateKey,
-                                                       certificate, password, trusted);
+    file.get_subsystems_server_certificate_information("srv01", publicKey, privateKey, certificate,
+                                                       password, trusted);
     std::cout << privateKey << '\n';
 }

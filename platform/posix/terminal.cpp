@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -15,9 +16,13 @@ namespace {
 constexpr std::array<int, 4> ending_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 volatile std::sig_atomic_t g_signal = 0;
+volatile std::sig_atomic_t g_waker = -1; ///< write end of the pipe that ends the wait for input
 
 void note_signal(int number) {
+    const int error = errno;
     g_signal = number;
+    [[maybe_unused]] const ssize_t ignored = ::write(g_waker, "", 1);
+    errno = error;
 }
 
 /// The controlling terminal without echo for a scope. A signal that would end the process waits
@@ -26,12 +31,14 @@ class SilentTerminal {
   public:
     SilentTerminal()
         : descriptor_(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        if (descriptor_ < 0 || ::tcgetattr(descriptor_, &before_) != 0) {
+        if (descriptor_ < 0 || ::tcgetattr(descriptor_, &before_) != 0 ||
+            ::pipe2(wake_.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
             return;
         }
         g_signal = 0;
+        g_waker = wake_[1];
         struct sigaction action = {};
-        action.sa_handler = note_signal; // without SA_RESTART: the read ends
+        action.sa_handler = note_signal;
         for (std::size_t i = 0; i < ending_signals.size(); ++i) {
             ::sigaction(ending_signals[i], &action, &actions_before_[i]);
         }
@@ -50,8 +57,10 @@ class SilentTerminal {
                 ::sigaction(ending_signals[i], &actions_before_[i], nullptr);
             }
         }
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
+        for (const int descriptor : {descriptor_, wake_[0], wake_[1]}) {
+            if (descriptor >= 0) {
+                ::close(descriptor);
+            }
         }
         if (changed_ && g_signal != 0) {
             ::raise(g_signal);
@@ -61,8 +70,20 @@ class SilentTerminal {
     bool usable() const noexcept { return usable_; }
     int descriptor() const noexcept { return descriptor_; }
 
+    /// Waits for input. False when an ending signal came, whenever that was and in whatever thread.
+    bool wait() const {
+        std::array<pollfd, 2> sources{{{descriptor_, POLLIN, 0}, {wake_[0], POLLIN, 0}}};
+        while (::poll(sources.data(), sources.size(), -1) < 0) {
+            if (errno != EINTR) {
+                return false;
+            }
+        }
+        return sources[1].revents == 0;
+    }
+
   private:
     int descriptor_;
+    std::array<int, 2> wake_{-1, -1};
     bool usable_ = false;
     bool changed_ = false;
     termios before_ = {};
@@ -73,10 +94,10 @@ bool write_all(int descriptor, const std::string& text) {
     std::size_t done = 0;
     while (done < text.size()) {
         const ssize_t written = ::write(descriptor, text.data() + done, text.size() - done);
-        if (written < 0) {
+        if (written < 0 && errno != EINTR) {
             return false;
         }
-        done += static_cast<std::size_t>(written);
+        done += written > 0 ? static_cast<std::size_t>(written) : 0;
     }
     return true;
 }
@@ -96,11 +117,7 @@ std::optional<std::string> ask_secret(const std::string& prompt) {
     secret.reserve(4096); // a terminal's line is no longer, so nothing is left behind by growth
     for (;;) {
         char character = 0;
-        const ssize_t count = ::read(terminal.descriptor(), &character, 1);
-        if (count < 0 && errno == EINTR && g_signal == 0) {
-            continue; // a signal that ends nothing
-        }
-        if (count != 1) {
+        if (!terminal.wait() || ::read(terminal.descriptor(), &character, 1) != 1) {
             secure_zero(secret.data(), secret.size());
             return std::nullopt;
         }
