@@ -15,9 +15,13 @@ std::size_t qnxml_test::allocations() noexcept {
 }
 
 // In place of the library's own, for the whole program.
-void* operator new(std::size_t size) {
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     ++taken;
-    if (void* const block = std::malloc(size != 0 ? size : 1)) {
+    return std::malloc(size != 0 ? size : 1);
+}
+
+void* operator new(std::size_t size) {
+    if (void* const block = operator new(size, std::nothrow)) {
         return block;
     }
     throw std::bad_alloc();
