@@ -214,7 +214,7 @@ void measure(benchmark::State& state, Parse parse, const std::string& document) 
     for (auto _ : state) {
         benchmark::DoNotOptimize(parse(document));
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * document.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document.size()));
 }
 
 } // namespace

@@ -17,7 +17,9 @@ class ErrorParams {
   public:
     ErrorParams() = default;
     ErrorParams(const ErrorParams&) = default;
+    ErrorParams(ErrorParams&&) noexcept = default;
     ErrorParams& operator=(const ErrorParams&) = default;
+    ErrorParams& operator=(ErrorParams&&) noexcept = default;
     explicit ErrorParams(const TransferSource<ErrorParams>& source)
         : values_(std::move(source.get().values_)) {}
     ~ErrorParams() = default;

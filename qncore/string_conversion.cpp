@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cwchar>
 #include <limits>
+#include <type_traits>
 
 #include "qncore/error_composer.h"
 #include "qncore/utf8.h"
@@ -19,6 +20,10 @@ std::string decimal(Integer value) {
 }
 
 constexpr bool wide_is_utf16 = sizeof(wchar_t) == 2;
+
+constexpr unsigned int code_unit(wchar_t character) {
+    return static_cast<std::make_unsigned_t<wchar_t>>(character);
+}
 
 constexpr bool is_high_surrogate(unsigned int unit) {
     return unit >= 0xD800 && unit <= 0xDBFF;
@@ -65,10 +70,10 @@ std::string to_string(const wchar_t* text, std::size_t length) {
     std::string narrow;
     narrow.reserve(length);
     for (std::size_t i = 0; i < length; ++i) {
-        auto codePoint = static_cast<unsigned int>(text[i]);
+        unsigned int codePoint = code_unit(text[i]);
         if (wide_is_utf16 && is_high_surrogate(codePoint) && i + 1 < length &&
-            is_low_surrogate(static_cast<unsigned int>(text[i + 1]))) {
-            const auto low = static_cast<unsigned int>(text[++i]);
+            is_low_surrogate(code_unit(text[i + 1]))) {
+            const unsigned int low = code_unit(text[++i]);
             codePoint = 0x10000 + ((codePoint - 0xD800) << 10) + (low - 0xDC00);
         }
         char bytes[4];
