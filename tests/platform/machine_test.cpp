@@ -1,11 +1,10 @@
 #include "platform/machine.h"
 
-#include <array>
+#include <cerrno>
 
 #include <gmock/gmock.h>
 
 #include "platform/environment.h"
-#include "platform/memory.h"
 #include "platform/name_service.h"
 #include "platform/testing/testing.h"
 #include "tests/support/environment_guard.h"
@@ -58,12 +57,6 @@ TEST(MachineTest, AddressesAndOtherTexts) {
         EXPECT_EQ(!host.name.empty(), c.is_address);
     }
     EXPECT_EQ(stop_name_service(), 0);
-}
-
-TEST(MachineTest, SecureZero) {
-    std::array<char, 4> secret{'a', 'b', 'c', 'd'};
-    secure_zero(secret.data(), 3);
-    EXPECT_THAT(secret, ::testing::ElementsAre(0, 0, 0, 'd'));
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include "platform/testing/testing.h"
 #include "qncore/error_exception.h"
-#include "qnfile/errors.h"
 #include "qnfile/file_impl.h"
 #include "tests/support/temporary_directory.h"
 
@@ -135,16 +134,10 @@ TEST_F(FailureTest, AFileStaysUsableAfterAFailure) {
         EXPECT_TRUE(
             failure_of([&] { call == Call::read ? file.read(&byte, 1) : file.write(&byte, 1); }));
     }
-    EXPECT_EQ(file.write("NT", 2), 2U);
-    EXPECT_EQ(support::read_file(name_), "conteNT");
-}
-
-TEST_F(FailureTest, APartlyDoneWriteStaysInTheFile) {
-    const auto stream = FileWriteStream::create(name_, create_always, share_none, flag_none);
     platform::testing::fail_next(Call::write, platform::SystemError());
-    EXPECT_TRUE(failure_of([&] { stream->write("abc", 3); }));
-    EXPECT_EQ(support::read_file(name_), "ab");
-    EXPECT_EQ(stream->seek(0, qncore::seek_current), 2U);
+    EXPECT_TRUE(failure_of([&] { file.write_all("NT.", 3); }));
+    EXPECT_EQ(support::read_file(name_), "conteNT") << "the part that was written stays";
+    EXPECT_EQ(file.seek(0, qncore::seek_current), 7U);
 }
 
 TEST_F(FailureTest, TransfersBeyond32BitsAreRefusedWhole) {
@@ -173,19 +166,6 @@ TEST_F(FailureTest, ANameWithAZeroOpensNothing) {
         EXPECT_EQ(info->code().path(), "error.qncore.embeddedNul");
     }
     EXPECT_FALSE(std::filesystem::exists(directory_.file("new")));
-}
-
-TEST_F(FailureTest, TheCodesAreOneTree) {
-    using namespace error;
-    const qncore::ErrorCode* const all[] = {
-        &qnfile_io,        &qnfile_io_open, &qnfile_io_open_invalidParameter, &qnfile_io_read,
-        &qnfile_io_resize, &qnfile_io_seek, &qnfile_io_seek_badOrigin,        &qnfile_io_size,
-        &qnfile_io_write};
-    for (const qncore::ErrorCode* code : all) {
-        EXPECT_TRUE(error::qnfile.covers(*code)) << code->path();
-    }
-    EXPECT_TRUE(qnfile_io_open.covers(qnfile_io_open_invalidParameter));
-    EXPECT_TRUE(qnfile_io_seek.covers(qnfile_io_seek_badOrigin));
 }
 
 } // namespace
