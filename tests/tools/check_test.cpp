@@ -1,3 +1,4 @@
+#include "platform/file.h"
 #include "tests/tools/program_fixture.h"
 
 namespace tools_test {
@@ -93,6 +94,16 @@ TEST_F(Check, AKeyFileThatHadToBeReplacedIsTold) {
     support::write_file(key, "not a key");
     EXPECT_THAT(check(1), HasSubstr("problem: the key pair was unusable and has been replaced"));
     EXPECT_THAT(check(0), Not(HasSubstr("problem")));
+}
+
+TEST_F(Check, AFileThatIsInUseIsNotMistakenForABrokenOne) {
+    done(set_words("cluster", "/c"));
+    const auto handle = platform::open_file(file(), platform::FileAccess::read,
+                                            platform::FileDisposition::open_existing,
+                                            platform::FileSharing::read_write, {});
+    ASSERT_TRUE(handle);
+    EXPECT_THAT(check(1), HasSubstr("problem: " + file() + " cannot be opened: "));
+    platform::close_file(*handle);
 }
 
 TEST_F(Check, EntriesThatNobodyFindsAreTold) {

@@ -5,7 +5,9 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include "tests/tools/program_fixture.h"
@@ -133,6 +135,20 @@ TEST_F(Streams, TwoDifferentAnswersStoreNothing) {
 TEST_F(Streams, AnInterruptedPromptEndsTheProgram) {
     OnTerminal terminal(set_words("cluster", "/c") + Words{"--prompt"}, environment);
     terminal.expect("Password: ");
+    terminal.type("\x03");
+    terminal.finish();
+    EXPECT_EQ(terminal.wait(), -SIGINT);
+}
+
+TEST_F(Streams, AnInterruptedCommandLeavesNoTrace) {
+    const std::string pipe = machine.file("pipe"); // which the library waits at
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    environment["ORVA_Certificates"] = pipe;
+    OnTerminal terminal({"where"}, environment);
+    for (int i = 0; i < 6000 && !std::filesystem::exists(in_root("_PrivateKey.bin")); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_FALSE(std::filesystem::is_empty(machine.file("tmp")));
     terminal.type("\x03");
     terminal.finish();
     EXPECT_EQ(terminal.wait(), -SIGINT);

@@ -86,11 +86,12 @@ std::string diagnosis(const std::string& path, const std::string& fault,
            next;
 }
 
-/// False when the file cannot be read at all; the findings then say why.
+/// Asks for the file as the library does, shared with nobody. False when it cannot be read at
+/// all; the findings then say why.
 bool check_is_readable(const std::string& path, Findings& findings) {
     const auto file = platform::open_file(path, platform::FileAccess::read,
                                           platform::FileDisposition::open_existing,
-                                          platform::FileSharing::read_write, {});
+                                          platform::FileSharing::none, {});
     if (file) {
         platform::close_file(*file);
         return true;

@@ -18,7 +18,13 @@ constexpr std::string_view error_level = "11";
 constexpr std::string_view warning_level = "21";
 constexpr int columns_before_level = 2;
 constexpr int columns_before_text = 5; ///< time, process and thread, level, topic, function
-constexpr std::array<int, 2> ending_signals{SIGINT, SIGTERM};
+constexpr std::array ending_signals{
+    SIGINT,
+    SIGTERM,
+#ifdef SIGHUP
+    SIGHUP,
+#endif
+};
 
 /// What the signal handler removes; empty when there is nothing.
 std::array<char, 4096> g_file_of_signal{};
@@ -77,7 +83,9 @@ LibraryTrace::LibraryTrace() {
     }
     std::ranges::copy(file_, g_file_of_signal.begin());
     for (const int number : ending_signals) {
-        std::signal(number, remove_file_and_end);
+        if (std::signal(number, remove_file_and_end) == SIG_IGN) {
+            std::signal(number, SIG_IGN);
+        }
     }
     platform::set_environment_variable("QNTRACE", "21");
     platform::set_environment_variable("QNTRACE_FILE", file_);
