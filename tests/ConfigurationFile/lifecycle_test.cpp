@@ -13,6 +13,8 @@ using vdcertificates::ConfigurationFile;
 
 class LifecycleTest : public StoreTest {
   protected:
+    static void construct() { const ConfigurationFile file; }
+
     std::string public_key() const { return support::read_file(machine.public_key_file()); }
     std::string private_key() const { return support::read_file(machine.private_key_file()); }
 
@@ -63,28 +65,28 @@ TEST_F(LifecycleTest, CopiesShareTheKeys) {
 }
 
 TEST_F(LifecycleTest, ALoneFileOfThePairIsReplacedWithANewPartner) {
-    ConfigurationFile();
+    construct();
     const std::string publicKey = public_key();
     const std::string privateKey = private_key();
     fs::remove(machine.public_key_file());
-    ConfigurationFile();
+    construct();
     expect_keys_at_rest();
     EXPECT_NE(private_key(), privateKey);
     EXPECT_NE(public_key(), publicKey);
 
     const std::string nextPublicKey = public_key();
     fs::remove(machine.private_key_file());
-    ConfigurationFile();
+    construct();
     expect_keys_at_rest();
     EXPECT_NE(public_key(), nextPublicKey);
 }
 
 TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
-    ConfigurationFile();
+    construct();
     const std::string good_public = public_key();
     const std::string good_private = private_key();
     fs::remove_all(machine.root());
-    ConfigurationFile();
+    construct();
     struct Case {
         const char* what;
         std::string publicKey;
@@ -100,7 +102,7 @@ TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
         replace_key_file(machine.public_key_file(), test.publicKey);
         replace_key_file(machine.private_key_file(), test.privateKey);
         const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
-        EXPECT_NO_THROW(ConfigurationFile()) << test.what;
+        EXPECT_NO_THROW(construct()) << test.what;
         expect_keys_at_rest();
         EXPECT_NE(private_key(), test.privateKey) << test.what;
         EXPECT_THAT(
@@ -113,7 +115,7 @@ TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
                                    machine.private_key_file() + ", caughtException: "),
                 testing::EndsWith(". Regenerating NEW keys."))))
             << test.what;
-        EXPECT_NO_THROW(ConfigurationFile()) << test.what;
+        EXPECT_NO_THROW(construct()) << test.what;
     }
 }
 
@@ -123,7 +125,7 @@ TEST_F(LifecycleTest, WhenRegenerationFailsTooTheErrorNamesBothFiles) {
     fs::create_directory(machine.private_key_file()); // cannot be a key file
     const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
     try {
-        ConfigurationFile();
+        construct();
         ADD_FAILURE() << "constructed";
     } catch (const qncore::ErrorException& exception) {
         EXPECT_TRUE(exception.matches(qncertificates::error::qncertificates_parameter_invalid));

@@ -76,6 +76,7 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
     ConfigurationFile file;
     ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
     std::vector<std::unique_ptr<ChildProcess>> children;
+    children.reserve(writers);
     for (int i = 0; i < writers; ++i) {
         children.push_back(start("write_entries", {std::to_string(i)}));
     }
@@ -167,7 +168,7 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
     if (!support::may_change_account()) {
         GTEST_SKIP() << "only root can become another account";
     }
-    ConfigurationFile();
+    { const ConfigurationFile makes_the_keys; }
     const std::string expected = "Caught exception when loading keys for configuration file "
                                  "usage. machinePublicKey: " +
                                  machine.public_key_file() +

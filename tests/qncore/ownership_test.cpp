@@ -37,7 +37,8 @@ TEST(RefCountPtr, FreesTheObjectWithTheLastReference) {
         RefCountPtr<const Square> second = first;
         RefCountPtr<const Square> third = std::move(second);
         EXPECT_FALSE(second); // NOLINT(bugprone-use-after-move): moved-from pointers are null
-        third = third;
+        const RefCountPtr<const Square>& same = third;
+        third = same;
         first.reset();
         EXPECT_EQ(g_living, 1);
         EXPECT_EQ(third->corners(), 4);
@@ -69,8 +70,9 @@ TEST(StrongWeakPtr, TheWeakReferenceOutlivesTheObject) {
     WeakPtr<int> weak;
     {
         const StrongPtr<int> strong(new int(5));
-        const StrongPtr<int> copy = strong;
+        StrongPtr<int> copy = strong;
         weak = WeakPtr<int>(copy);
+        copy = StrongPtr<int>();
         EXPECT_EQ(*weak.lock(), 5);
     }
     EXPECT_FALSE(weak.lock());
@@ -89,6 +91,7 @@ TEST(StrongWeakPtr, ConcurrentOwnersFreeOnce) {
         StrongPtr<Counted> owner(new Counted(deaths));
         const WeakPtr<Counted> weak(owner);
         std::vector<std::thread> threads;
+        threads.reserve(4);
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([owner, weak] {
                 for (int turn = 0; turn < 1000; ++turn) {

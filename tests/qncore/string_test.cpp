@@ -18,8 +18,10 @@ TEST(SourceString, BorrowsOrOwns) {
     char text[] = "text";
     const SourceString borrowed(text, true);
     const SourceString owned(text, false);
-    const SourceString borrowedCopy = borrowed;
-    const SourceString ownedCopy = owned;
+    SourceString borrowedCopy;
+    SourceString ownedCopy;
+    borrowedCopy = borrowed;
+    ownedCopy = owned;
     std::strcpy(text, "next");
     EXPECT_EQ(borrowed.view(), "next");
     EXPECT_EQ(borrowedCopy.view().data(), text);

@@ -101,6 +101,7 @@ TEST(Trace, EntryAndExitAreWrittenHoweverTheFunctionEnds) {
 TEST(Trace, ConcurrentMessagesNeverInterleave) {
     const TraceCapture capture("Test=41");
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
             const std::string text(500, 'x');
