@@ -27,6 +27,7 @@ namespace {
     std::vector<std::string> words{"test", child_argument, function};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
