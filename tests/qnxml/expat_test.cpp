@@ -164,7 +164,8 @@ class Generator {
             text_ += "<![CDATA[" + pick({"x", "]", "]]", "<&>", "] ]>", "\r\n"}) + "]]>";
             break;
         case 2:
-            text_ += "t" + value() + "\"" + std::string(std::size_t{number(40)} * number(40), 'r') + "'";
+            text_ +=
+                "t" + value() + "\"" + std::string(std::size_t{number(40)} * number(40), 'r') + "'";
             break;
         default:
             element(depth + 1);
