@@ -27,7 +27,7 @@ struct FileStatus {
     std::uint64_t size = 0;    ///< bytes
     std::int64_t accessed = 0;
     std::int64_t modified = 0;
-    std::int64_t created = 0; ///< where the file system keeps none: the older of change and status
+    std::int64_t created = 0; ///< where no birth is kept, the older change of content and status
 };
 
 /// The status of one path, which is without a separator at its end.

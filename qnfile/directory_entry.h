@@ -13,7 +13,7 @@
 namespace qnfile {
 
 namespace impl {
-class DirectoryEntryImplWin32;
+class DirectoryEntryImpl;
 }
 
 /// Bits of DirectoryEntry::type(): a link has its bit beside that of a file or of a directory.
@@ -35,7 +35,7 @@ enum DirectoryEntryAccess : std::uint32_t {
 class DirectoryEntry {
   public:
     DirectoryEntry() noexcept = default;
-    explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImplWin32> impl) noexcept;
+    explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept;
     DirectoryEntry(const DirectoryEntry&) noexcept;
     DirectoryEntry(DirectoryEntry&&) noexcept;
     DirectoryEntry& operator=(const DirectoryEntry&) noexcept;
@@ -85,7 +85,7 @@ class DirectoryEntry {
                                             const DirectoryEntry& right) noexcept;
 
   private:
-    qncore::RefCountPtr<impl::DirectoryEntryImplWin32> impl_;
+    qncore::RefCountPtr<impl::DirectoryEntryImpl> impl_;
 };
 
 } // namespace qnfile

@@ -11,7 +11,7 @@
 namespace qnfile {
 
 namespace impl {
-class DirectorySequenceImplWin32;
+class DirectorySequenceImpl;
 }
 
 /// The entries of a directory tree that match a path pattern (see path_pattern.h), as a container
@@ -62,7 +62,7 @@ class DirectorySequence {
     void rewind(qncore::ErrorInfoPtr* error = nullptr);
 
   private:
-    qncore::RefCountPtr<impl::DirectorySequenceImplWin32> impl_;
+    qncore::RefCountPtr<impl::DirectorySequenceImpl> impl_;
 };
 
 /// A position in a walk. Copies cost nothing and go on independently: the one that moves first
@@ -79,7 +79,7 @@ class DirectorySequence::DirectoryIterator {
 
     /// The end.
     DirectoryIterator() noexcept = default;
-    explicit DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImplWin32> entry) noexcept;
+    explicit DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImpl> entry) noexcept;
     DirectoryIterator(const DirectoryIterator&) noexcept;
     DirectoryIterator(DirectoryIterator&&) noexcept;
     DirectoryIterator& operator=(const DirectoryIterator&) noexcept;
@@ -98,7 +98,7 @@ class DirectorySequence::DirectoryIterator {
     friend bool operator==(const DirectoryIterator& left, const DirectoryIterator& right) noexcept;
 
   private:
-    qncore::RefCountPtr<impl::DirectoryEntryImplWin32> entry_;
+    qncore::RefCountPtr<impl::DirectoryEntryImpl> entry_;
 };
 
 } // namespace qnfile

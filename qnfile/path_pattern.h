@@ -55,8 +55,8 @@ class BasicPathPattern {
     bool matches(const Unit* name, std::size_t length) const { return matches({name, length}); }
 
   private:
-    void compile();
-    PathPatternKind kind_of_segment() const noexcept;
+    static PathPatternKind kind_of(View segment) noexcept;
+    View segment() const noexcept { return View(pattern_).substr(0, segment_length_); }
     bool equal(View name, View literal) const noexcept;
     bool matches_alternatives(View name) const;
 
