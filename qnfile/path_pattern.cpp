@@ -45,7 +45,9 @@ class Glob {
 
     Glob(View text, bool caseSensitive)
         : text_(text)
-        , case_sensitive_(caseSensitive) {}
+        , case_sensitive_(caseSensitive)
+        , begins_(text.size() + 1, false, &memory_)
+        , ends_(text.size() + 1, false, &memory_) {}
 
     bool matches(View pattern) {
         const std::optional<std::size_t> head = match_literal(0, next_piece(pattern));
@@ -82,23 +84,20 @@ class Glob {
         return piece;
     }
 
-    /// Tries the piece from each whole character behind each of the begins on, and collects where
-    /// it ends. False when it matches nowhere.
+    /// Tries the piece at each of the begins and, by whole characters, behind them, and collects
+    /// where it ends. False when it matches nowhere.
     bool search(View piece) {
         ends_.assign(ends_.size(), false);
-        tried_.assign(tried_.size(), false);
         bool found = false;
-        for (std::size_t begin = 0; begin < text_.size(); ++begin) {
-            std::size_t place = begins_[begin] ? begin : text_.size();
-            while (place < text_.size() && !tried_[place]) {
-                tried_[place] = true;
-                if (const auto end = match_piece(place, piece)) {
-                    ends_[*end] = true;
-                    found = true;
-                }
-                const std::size_t length = character_length(text_.substr(place));
-                place = length != 0 ? place + length : text_.size();
+        for (std::size_t place = 0; place < text_.size(); ++place) {
+            if (!begins_[place]) {
+                continue;
             }
+            if (const auto end = match_piece(place, piece)) {
+                ends_[*end] = true;
+                found = true;
+            }
+            begins_[place + character_length(text_.substr(place))] = true;
         }
         return found;
     }
@@ -138,9 +137,8 @@ class Glob {
     bool case_sensitive_;
     std::array<std::byte, 256> buffer_; ///< enough for names of the usual length
     std::pmr::monotonic_buffer_resource memory_{buffer_.data(), buffer_.size()};
-    Places begins_{text_.size() + 1, false, &memory_}; ///< where the search behind a star begins
-    Places ends_{text_.size() + 1, false, &memory_};   ///< where the piece behind it ended
-    Places tried_{text_.size(), false, &memory_};      ///< where the piece was tried
+    Places begins_; ///< where the search behind a star begins
+    Places ends_;   ///< where the piece behind it ended
 };
 
 } // namespace
