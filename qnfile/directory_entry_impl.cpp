@@ -1,13 +1,10 @@
 #include "qnfile/directory_entry_impl.h"
 
-#include <algorithm>
 #include <cerrno>
 
 #include "platform/path.h"
 #include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
-#include "qnfile/directory_entry.h"
-#include "qnfile/directory_path.h"
 #include "qnfile/errors.h"
 
 namespace qnfile::impl {
@@ -56,16 +53,16 @@ DirectoryEntryPtr DirectoryEntryImplWin32::create_from_full_path(const std::stri
         start != 0 ? name.substr(0, start) : "./", PathPattern());
     auto entry = qncore::make_ref_counted<DirectoryEntryImplWin32>(
         name.substr(start), std::move(sequence), DirectoryIteratorPtr());
-    entry->set_status(*status);
+    entry->status_ = *status;
     return entry;
 }
 
-DirectoryEntryPtr DirectoryEntryImplWin32::increment(ErrorInfoPtr* error) {
-    // Whoever else holds this entry must find it as it is.
-    const auto moving = is_shared() ? qncore::make_ref_counted<DirectoryEntryImplWin32>(
-                                          name_, sequence_, std::move(iterator_))
-                                    : DirectoryEntryPtr(this);
-    return moving->advance(error) ? moving : nullptr;
+DirectoryEntryPtr DirectoryEntryImplWin32::take_over() {
+    auto copy =
+        qncore::make_ref_counted<DirectoryEntryImplWin32>(name_, sequence_, std::move(iterator_));
+    copy->has_entered_ = has_entered_;
+    copy->status_ = status_;
+    return copy;
 }
 
 bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error) {
@@ -82,7 +79,7 @@ bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error) {
             return false;
         }
         sequence_->release_first(iterator_);
-        if (!iterator_->increment(sequence_->options(), error)) {
+        if (!iterator_->advance(sequence_->options(), error)) {
             if (!ascend()) {
                 return false;
             }
@@ -101,9 +98,9 @@ bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error) {
 /// Looks for the place by name, in a new iterator.
 bool DirectoryEntryImplWin32::restore(ErrorInfoPtr* error) {
     auto iterator = sequence_->first_iterator(error);
+    sequence_->release_first(iterator);
     while (iterator && iterator->name() != name_) {
-        if (!iterator->increment(sequence_->options(), error)) {
-            sequence_->release_first(iterator);
+        if (!iterator->advance(sequence_->options(), error)) {
             iterator.reset();
         }
     }
@@ -132,8 +129,7 @@ bool DirectoryEntryImplWin32::ascend() {
         name_ = path.substr(start, path.size() - start - 1);
         // The way down keeps the pattern, a further segment is shorter. Without this the directory
         // would be entered again.
-        has_entered_ =
-            sequence_->options().text().size() == parent->options().text().size();
+        has_entered_ = sequence_->options().text().size() == parent->options().text().size();
     }
     sequence_ = parent;
     return true;
@@ -142,18 +138,7 @@ bool DirectoryEntryImplWin32::ascend() {
 void DirectoryEntryImplWin32::take(const DirectoryIteratorImplWin32& iterator) {
     name_ = iterator.name();
     name_hash_ = 0;
-    set_status(iterator.status());
-}
-
-void DirectoryEntryImplWin32::set_status(const platform::FileStatus& status) noexcept {
-    access_ = entry_access_read | (status.is_read_only ? 0U : entry_access_write) |
-              (status.is_hidden ? entry_access_hidden : 0U);
-    type_ = (status.is_directory ? entry_directory : entry_file) |
-            (status.is_link ? entry_link : 0U);
-    size_ = status.size;
-    accessed_ = status.accessed;
-    modified_ = status.modified;
-    created_ = status.created;
+    status_ = iterator.status();
 }
 
 std::uint32_t DirectoryEntryImplWin32::hash_value() const noexcept {
@@ -167,8 +152,7 @@ std::uint32_t DirectoryEntryImplWin32::hash_value() const noexcept {
 
 bool operator==(const DirectoryEntryImplWin32& left,
                 const DirectoryEntryImplWin32& right) noexcept {
-    return &left == &right ||
-           (left.name() == right.name() && left.sequence() == right.sequence());
+    return &left == &right || (left.name() == right.name() && left.sequence() == right.sequence());
 }
 
 } // namespace qnfile::impl

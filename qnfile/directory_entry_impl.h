@@ -30,47 +30,37 @@ class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
                             DirectoryIteratorPtr iterator);
 
     /// The first entry of a walk, or null.
-    static DirectoryEntryPtr begin(const DirectorySequenceImplWin32& walk,
-                                   qncore::ErrorInfoPtr* error);
+    static DirectoryEntryPtr begin(const DirectorySequencePtr& walk, qncore::ErrorInfoPtr* error);
 
     /// The entry of one path, in a sequence without a walk.
     static DirectoryEntryPtr create_from_full_path(const std::string& path,
                                                    qncore::ErrorInfoPtr* error);
 
-    /// The next entry, or null at the end: this object when nobody else holds it, else a new one
-    /// that takes the iterator along.
-    DirectoryEntryPtr increment(qncore::ErrorInfoPtr* error);
+    /// A copy that takes the iterator along, for whoever wants to move and is not alone.
+    DirectoryEntryPtr take_over();
+
+    /// Becomes the next entry; false at the end. To be called by the only holder.
+    bool advance(qncore::ErrorInfoPtr* error);
 
     const DirectorySequenceImplWin32& sequence() const noexcept { return *sequence_; }
-    std::uint32_t access() const noexcept { return access_; }
-    std::uint32_t type() const noexcept { return type_; }
-    std::uint64_t size() const noexcept { return size_; }
-    std::int64_t accessed() const noexcept { return accessed_; }
-    std::int64_t modified() const noexcept { return modified_; }
-    std::int64_t created() const noexcept { return created_; }
+    const platform::FileStatus& status() const noexcept { return status_; }
     std::uint32_t hash_value() const noexcept;
+
+    friend bool operator==(const DirectoryEntryImplWin32& left,
+                           const DirectoryEntryImplWin32& right) noexcept;
 
   private:
     ~DirectoryEntryImplWin32() override = default;
 
-    bool advance(qncore::ErrorInfoPtr* error);
     bool restore(qncore::ErrorInfoPtr* error);
     bool ascend();
     void take(const DirectoryIteratorImplWin32& iterator);
-    void set_status(const platform::FileStatus& status) noexcept;
 
     DirectorySequencePtr sequence_;
     DirectoryIteratorPtr iterator_;
-    bool has_entered_ = false; ///< once the place is found again, it is behind the way down
+    bool has_entered_ = false; ///< when the place has been found again, it is behind the way down
     mutable std::uint32_t name_hash_ = 0; ///< 0 until computed
-    std::uint32_t access_ = 0;
-    std::uint32_t type_ = 0;
-    std::uint64_t size_ = 0;
-    std::int64_t accessed_ = 0;
-    std::int64_t modified_ = 0;
-    std::int64_t created_ = 0;
+    platform::FileStatus status_;
 };
-
-bool operator==(const DirectoryEntryImplWin32& left, const DirectoryEntryImplWin32& right) noexcept;
 
 } // namespace qnfile::impl

@@ -34,15 +34,14 @@ DirectoryIteratorImplWin32::DirectoryIteratorImplWin32(const std::string& basePa
     if (!found) {
         const auto location =
             QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()");
-        qncore::ErrorComposer(
-            "Failed to open directory entry reader. Base path=\"{@basePath}\"")
+        qncore::ErrorComposer("Failed to open directory entry reader. Base path=\"{@basePath}\"")
             .param("basePath", basePath + "*")
             .create_transfer(error, error::qnfile_directory_notFound, location,
                              qncore::ErrorInfo::from_system_error(location, found.error()));
     } else if (!*found) {
         close(error);
     } else if (!accept(options)) {
-        increment(options, error);
+        advance(options, error);
     }
 }
 
@@ -57,7 +56,7 @@ DirectoryIteratorPtr DirectoryIteratorImplWin32::open(const std::string& basePat
     return iterator->is_open() ? iterator : nullptr;
 }
 
-bool DirectoryIteratorImplWin32::increment(const PathPattern& options, ErrorInfoPtr* error) {
+bool DirectoryIteratorImplWin32::advance(const PathPattern& options, ErrorInfoPtr* error) {
     if (!is_open()) {
         return false;
     }

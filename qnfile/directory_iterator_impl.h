@@ -30,7 +30,7 @@ class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::Atomi
 
     /// To the next accepted entry; false, and closed, when there is none or reading failed. A
     /// directory that a recursive walk has delivered comes once more, now to be entered.
-    bool increment(const PathPattern& options, qncore::ErrorInfoPtr* error);
+    bool advance(const PathPattern& options, qncore::ErrorInfoPtr* error);
 
     /// The entry is to be entered with the same pattern, and not delivered.
     bool is_descend_only() const noexcept { return descend_only_; }

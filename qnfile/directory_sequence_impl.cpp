@@ -1,5 +1,9 @@
 #include "qnfile/directory_sequence_impl.h"
 
+#include <algorithm>
+
+#include "platform/path.h"
+
 namespace qnfile::impl {
 namespace {
 
@@ -16,16 +20,22 @@ std::uint32_t hash_of(std::string_view text) noexcept {
     return hash != 0 ? hash : static_cast<std::uint32_t>(text.size());
 }
 
+std::string with_slashes(std::string path) {
+    std::replace_if(path.begin(), path.end(), platform::is_separator, '/');
+    return path;
+}
+
 DirectorySequenceImplWin32::DirectorySequenceImplWin32(std::string basePath, PathPattern options,
                                                        DirectorySequencePtr parent)
     : DirectorySequenceImpl(std::move(basePath))
     , options_(std::move(options))
     , parent_(std::move(parent)) {}
 
-DirectorySequencePtr DirectorySequenceImplWin32::create_sequence(
-    const std::string& basePath, const PathPattern& options,
-    const DirectoryIteratorPtr& parentIterator, const DirectorySequencePtr& parentSequence,
-    int depth, qncore::ErrorInfoPtr* error) {
+DirectorySequencePtr
+DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const PathPattern& options,
+                                            const DirectoryIteratorPtr& parentIterator,
+                                            const DirectorySequencePtr& parentSequence, int depth,
+                                            qncore::ErrorInfoPtr* error) {
     const auto iterator =
         DirectoryIteratorImplWin32::open(basePath, options, parentIterator, error);
     if (!iterator) {
@@ -46,7 +56,7 @@ DirectorySequencePtr DirectorySequenceImplWin32::create_sequence(
             walk->first_child_ = child;
             return walk;
         }
-        if (!iterator->increment(options, error)) {
+        if (!iterator->advance(options, error)) {
             return {};
         }
     }

@@ -12,6 +12,9 @@ namespace qnfile::impl {
 /// The hash of names and paths: 5 * h + byte over the signed bytes, never 0 but for no text.
 std::uint32_t hash_of(std::string_view text) noexcept;
 
+/// The path with `/` for every separator of the system.
+std::string with_slashes(std::string path);
+
 /// A directory as its entries know it.
 class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
@@ -72,8 +75,8 @@ class DirectorySequenceImplWin32 final : public DirectorySequenceImpl {
 
     friend bool operator==(const DirectorySequenceImplWin32& left,
                            const DirectorySequenceImplWin32& right) noexcept {
-        return &left == &right || (left.path_hash() == right.path_hash() &&
-                                   left.base_path() == right.base_path());
+        return &left == &right ||
+               (left.path_hash() == right.path_hash() && left.base_path() == right.base_path());
     }
 
   private:

@@ -15,8 +15,8 @@ namespace platform {
 namespace {
 
 constexpr unsigned int all_write_bits = 0222;
-constexpr unsigned int looked_at = STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_ATIME |
-                                   STATX_MTIME | STATX_CTIME | STATX_BTIME;
+constexpr unsigned int looked_at =
+    STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_ATIME | STATX_MTIME | STATX_CTIME | STATX_BTIME;
 
 SystemError last_error() {
     return SystemError::posix(errno);
@@ -36,8 +36,7 @@ std::int64_t nanoseconds(const statx_timestamp& time) {
 /// What the kernel says about a name without following it, in the one call; false when it is not
 /// to be had.
 bool look_at(int directory, const char* name, struct statx& answer) {
-    return ::statx(directory, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
-                   looked_at, &answer) == 0;
+    return ::statx(directory, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, looked_at, &answer) == 0;
 }
 
 bool leads_to_directory(int directory, const char* name) {
@@ -65,8 +64,8 @@ Result<FileStatus> file_status(const std::string& path) {
     }
     FileStatus status;
     status.is_link = S_ISLNK(answer.stx_mode);
-    status.is_directory = S_ISDIR(answer.stx_mode) ||
-                          (status.is_link && leads_to_directory(AT_FDCWD, path.c_str()));
+    status.is_directory =
+        S_ISDIR(answer.stx_mode) || (status.is_link && leads_to_directory(AT_FDCWD, path.c_str()));
     fill(status, answer, std::string_view(path).substr(path.rfind('/') + 1));
     return status;
 }
@@ -134,15 +133,14 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
     const bool by_parent = parent != nullptr && parent->is_open();
     const bool by_link = by_parent && parent->state_->is_link;
     // What was no link when it was listed is not followed when it has become one.
-    const int descriptor = by_parent
-                               ? ::openat(parent->state_->descriptor.get(),
-                                          parent->state_->entry->d_name,
-                                          by_link ? flags : flags | O_NOFOLLOW)
-                               : ::open(path.c_str(), flags);
+    const int descriptor =
+        by_parent ? ::openat(parent->state_->descriptor.get(), parent->state_->entry->d_name,
+                             by_link ? flags : flags | O_NOFOLLOW)
+                  : ::open(path.c_str(), flags);
     if (descriptor < 0) {
         return last_error();
     }
-    state_ = std::make_unique_for_overwrite<State>(descriptor, by_parent ? parent : nullptr);
+    state_ = std::make_unique<State>(descriptor, by_parent ? parent : nullptr);
     struct stat own = {};
     if (by_link && ::fstat(descriptor, &own) == 0) {
         for (const DirectoryReader* above = parent; above != nullptr && above->is_open();
