@@ -1,16 +1,11 @@
 #include "platform/directory.h"
 
-#include <windows.h>
-
 #include "platform/seams.h"
 #include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
 
 namespace platform {
 namespace {
-
-SystemError last_error() {
-    return SystemError::windows(::GetLastError());
-}
 
 std::uint64_t join(DWORD high, DWORD low) {
     return std::uint64_t{high} << 32 | low;
@@ -18,7 +13,7 @@ std::uint64_t join(DWORD high, DWORD low) {
 
 /// Ticks of 100 ns since 1601 to nanoseconds since 1970; a time too far away wraps around.
 std::int64_t nanoseconds(const FILETIME& time) {
-    constexpr std::uint64_t epoch = 11'644'473'600'000'000'000;
+    constexpr std::uint64_t epoch = 11'644'473'600'000'000'000U;
     return static_cast<std::int64_t>(join(time.dwHighDateTime, time.dwLowDateTime) * 100 - epoch);
 }
 
