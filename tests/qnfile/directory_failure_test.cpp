@@ -25,6 +25,7 @@ class DirectoryFailureTest : public DirectoryFixture {
 };
 
 TEST_F(DirectoryFailureTest, ByCodeMessagePlaceAndCause) {
+    make({"a", "gone", "there"});
     const std::string class_name = "qnfile::impl::DirectoryIteratorImplWin32::";
     const std::string base = base_ + "missing/";
     std::ostringstream end_address;

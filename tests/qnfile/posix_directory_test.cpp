@@ -30,11 +30,12 @@ TEST_F(PosixDirectoryTest, NamesAreBytes) {
     EXPECT_EQ(walk("sub\\x/?("), Names{}) << "no whole character";
     EXPECT_EQ(walk("sub\\x/*("), Names{"sub\\x/\xC3("});
     EXPECT_EQ(walk("?"), Names{"\xC3\xA4"});
-    for (const DirectoryEntry& entry : sequence("\xFF*|sub*/\xC3*")) {
-        EXPECT_EQ(support::read_file(entry.full_path()), "x");
-        EXPECT_TRUE(fs::remove(entry.full_path()));
+    for (const char* pattern : {"\xFF*", "sub*/\xC3*"}) {
+        const std::string name = (*sequence(pattern).begin()).full_path();
+        EXPECT_EQ(support::read_file(name), "x");
+        EXPECT_TRUE(fs::remove(name));
+        EXPECT_FALSE(sequence(pattern));
     }
-    EXPECT_FALSE(fs::exists(path("\xFF\xFEname")));
 }
 
 TEST_F(PosixDirectoryTest, LinksAreNotFollowedForWhatTheyAre) {
