@@ -11,7 +11,17 @@
 namespace platform {
 
 /// The calls that a test can make fail.
-enum class Call : std::uint8_t { none, open, read, write, seek, size, set_end, flush };
+enum class Call : std::uint8_t {
+    none,
+    open,
+    read,
+    write,
+    seek,
+    size,
+    set_end,
+    flush,
+    create_mutex
+};
 
 struct Seams {
     std::string machine_setting;   ///< stands for the machine's place of the setting when not empty
