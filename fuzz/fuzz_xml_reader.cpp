@@ -5,7 +5,8 @@
 // - The reader skips DOCTYPE, in which it knows nothing but angle brackets: no entities, no default
 //   attributes. Documents with an external or an internal subset are not compared.
 // - The reader knows UTF-8 only, so expat is told to take UTF-8.
-// - Data of instructions: the reader hands over the white space in front and loses a lone "?".
+// - Data of instructions: the reader hands over the white space in front and loses a lone "?", so
+//   that "??>" ends none. Documents with that are not compared.
 // - A CR as the last byte of the data has the last fill read again, and so has a character that is
 //   cut by the end. Neither is compared.
 // - What expat accepts and the reader refuses stands in `refusals`.
@@ -159,6 +160,14 @@ void start_by_expat(void* run, const XML_Char* name, const XML_Char** attributes
     ExpatRun::add(run, event + event_mark);
 }
 
+/// Gives up a document with data that ends in "?".
+void instruction_by_expat(void* run, const XML_Char* target, const XML_Char* data) {
+    ExpatRun::add(run, event_mark + (std::string("?") + target));
+    if (std::string_view(data).ends_with('?')) {
+        XML_StopParser(static_cast<ExpatRun*>(run)->parser, XML_FALSE);
+    }
+}
+
 /// Gives up a document whose DOCTYPE says more than a name.
 void doctype_by_expat(void* run, const XML_Char* /*name*/, const XML_Char* systemId,
                       const XML_Char* publicId, int hasInternalSubset) {
@@ -180,10 +189,7 @@ std::optional<std::string> events_by_expat(const std::string& document) {
     XML_SetCommentHandler(run.parser, [](void* data, const XML_Char* text) {
         ExpatRun::add(data, event_mark + (std::string("!") + text) + event_mark);
     });
-    XML_SetProcessingInstructionHandler(
-        run.parser, [](void* data, const XML_Char* target, const XML_Char* /*text*/) {
-            ExpatRun::add(data, event_mark + (std::string("?") + target));
-        });
+    XML_SetProcessingInstructionHandler(run.parser, instruction_by_expat);
     XML_SetStartDoctypeDeclHandler(run.parser, doctype_by_expat);
     const auto status =
         XML_Parse(run.parser, document.data(), static_cast<int>(document.size()), 1);
