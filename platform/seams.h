@@ -20,7 +20,10 @@ enum class Call : std::uint8_t {
     size,
     set_end,
     flush,
-    create_mutex
+    open_directory,
+    read_directory,
+    close_directory,
+    create_mutex,
 };
 
 struct Seams {
