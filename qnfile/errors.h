@@ -5,6 +5,17 @@
 namespace qnfile::error {
 
 extern const qncore::ErrorCode qnfile;
+extern const qncore::ErrorCode qnfile_directory;
+extern const qncore::ErrorCode qnfile_directory_access;
+extern const qncore::ErrorCode qnfile_directory_access_notHidden;
+extern const qncore::ErrorCode qnfile_directory_access_notRead;
+extern const qncore::ErrorCode qnfile_directory_access_notWrite;
+extern const qncore::ErrorCode qnfile_directory_alreadyExists;
+extern const qncore::ErrorCode qnfile_directory_entry;
+extern const qncore::ErrorCode qnfile_directory_iterator;
+extern const qncore::ErrorCode qnfile_directory_notDirectory;
+extern const qncore::ErrorCode qnfile_directory_notFound;
+extern const qncore::ErrorCode qnfile_directory_sequence;
 extern const qncore::ErrorCode qnfile_filename;
 extern const qncore::ErrorCode qnfile_filename_uri;
 extern const qncore::ErrorCode qnfile_io;
