@@ -34,7 +34,7 @@ enum DirectoryEntryAccess : std::uint32_t {
 /// (false as a bool) has nothing of this to give.
 class DirectoryEntry {
   public:
-    DirectoryEntry() noexcept = default;
+    DirectoryEntry() noexcept;
     explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept;
     DirectoryEntry(const DirectoryEntry&) noexcept;
     DirectoryEntry(DirectoryEntry&&) noexcept;

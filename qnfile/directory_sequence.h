@@ -46,7 +46,7 @@ class DirectorySequence {
     DirectorySequence& operator=(DirectorySequence&&) noexcept;
     ~DirectorySequence();
 
-    /// As the constructors; what was held before is let go in any case.
+    /// As the constructors; what was held stays when they throw.
     void assign(const char* path, std::size_t pathLength, const char* pattern,
                 std::size_t patternLength, bool caseSensitive,
                 qncore::ErrorInfoPtr* error = nullptr);
@@ -78,7 +78,7 @@ class DirectorySequence::DirectoryIterator {
     using reference = DirectoryEntry;
 
     /// The end.
-    DirectoryIterator() noexcept = default;
+    DirectoryIterator() noexcept;
     explicit DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImpl> entry) noexcept;
     DirectoryIterator(const DirectoryIterator&) noexcept;
     DirectoryIterator(DirectoryIterator&&) noexcept;
@@ -88,9 +88,9 @@ class DirectorySequence::DirectoryIterator {
 
     DirectoryEntry operator*() const noexcept;
 
-    /// To the next entry or the end. With a slot, a directory that cannot be entered is passed
-    /// over and its error stays in the slot. A throw leaves the position where it is; the next call
-    /// goes on behind what failed. Moving the end is an error.qnfile.directory.iterator.
+    /// To the next entry or the end; moving the end is an error.qnfile.directory.iterator. A
+    /// directory that cannot be entered is passed over when there is a slot. After a throw the next
+    /// call goes on behind what failed.
     void increment(qncore::ErrorInfoPtr* error);
     DirectoryIterator& operator++();
     DirectoryIterator operator++(int);

@@ -94,13 +94,23 @@ constexpr std::size_t find_first(std::string_view text, CharClass one_of,
     return start;
 }
 
-/// The first place from `start` on that neither is of the class nor begins an escape, or the end.
-constexpr std::size_t end_of_valid(std::string_view text, CharClass one_of,
-                                   std::size_t start = 0) noexcept {
-    while (start < text.size() && (is(text[start], one_of) || is_escape(text, start))) {
-        ++start; // the digits of an escape are of every class that is asked for
+/// The first place from `start` on that is not of the class, or the end.
+constexpr std::size_t find_first_not(std::string_view text, CharClass one_of,
+                                     std::size_t start = 0) noexcept {
+    while (start < text.size() && is(text[start], one_of)) {
+        ++start;
     }
     return start;
+}
+
+/// The first place that neither is of the class nor begins an escape, or the end. The class holds
+/// the digits of an escape.
+constexpr std::size_t find_first_invalid(std::string_view text, CharClass one_of) noexcept {
+    std::size_t end = find_first_not(text, one_of);
+    while (end < text.size() && is_escape(text, end)) {
+        end = find_first_not(text, one_of, end + 1);
+    }
+    return end;
 }
 
 } // namespace qnuri::impl
