@@ -9,6 +9,10 @@ extern const char preferred_separator;
 /// name is any bytes.
 extern const bool names_are_utf8;
 
+/// Whether paths begin with a drive or a server: true on Windows. Elsewhere all of them hang on one
+/// root.
+extern const bool paths_have_drives;
+
 /// True for what the system takes as a separator: both on Windows, `/` alone on Linux.
 bool is_separator(char character) noexcept;
 

@@ -122,9 +122,10 @@ std::uint64_t FileImpl::read(void* buffer, std::uint64_t count) {
 }
 
 std::uint64_t FileImpl::read_at(std::uint64_t position, void* buffer, std::uint64_t count) {
+    // Required: a read at a position names the plain read.
     return value_of(
         platform::read_file_at(handle_, position, buffer, qncore::safe_cast<std::uint32_t>(count)),
-        read_message, filename_, error::qnfile_io_read, "qnfile::impl::FileImpl::read_at()");
+        read_message, filename_, error::qnfile_io_read, "qnfile::impl::FileImpl::read()");
 }
 
 std::uint64_t FileImpl::write(const void* buffer, std::uint64_t count) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,10 @@ void set_computer_name(const std::string& name);
 /// The next `times` calls of that kind fail with the error; with success in place of an error,
 /// writes do one byte less than asked.
 void fail_next(Call call, SystemError error, int times = 1);
+
+/// Calls the hook with each path that a RemovalAnchor is about to open or to remove; an empty one
+/// ends that.
+void before_removal(std::function<void(const std::string&)> hook);
 
 /// Removes the system's trace of a named mutex that tests made.
 void remove_named_mutex(const std::string& name);
