@@ -24,6 +24,7 @@ enum class Call : std::uint8_t {
     open_directory,
     read_directory,
     close_directory,
+    create_mutex,
     copy,
     set_times,
     remove_file,

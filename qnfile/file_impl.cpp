@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
 #include "qncore/safe_cast.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
 
 namespace qnfile::impl {
@@ -104,7 +104,7 @@ FileImpl::FileImpl(const std::string& filename, FileAccessMode access,
     const auto systemDisposition = map_argument(
         dispositions, disposition,
         "Invalid creation disposition {@disp} to open file \"{@filename}\"", "disp", filename_);
-    qncore::check_no_embedded_nul(filename_);
+    qncore::check_system_name(filename_);
     handle_ = value_of(platform::open_file(filename_, systemAccess, systemDisposition,
                                            systemSharing, hints_of(flags)),
                        "Unable to open file \"{@filename}\"", filename_, error::qnfile_io_open,

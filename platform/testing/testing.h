@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "platform/seams.h"
@@ -8,8 +9,15 @@
 // For tests only: makes the platform layer of this process take another machine's place.
 namespace platform::testing {
 
-/// Linux: another file in place of the machine's configuration file. Windows: another key.
+/// Linux: another file in place of the machine's configuration file. Windows: another key, of the
+/// current user.
 void set_machine_setting(const std::string& place);
+
+/// A place for the setting of the machine that lies in a directory of a test's own.
+std::string machine_setting_of(const std::string& directory);
+
+/// Writes the root directory into the place that was set; with nothing removes the place.
+void store_machine_root(const std::optional<std::string>& root);
 
 /// Every named mutex of this process gets this text behind its name.
 void set_mutex_name_suffix(const std::string& suffix);
