@@ -36,6 +36,15 @@ std::string parent_of(const std::string& path) {
     return separator == std::string::npos ? std::string() : path.substr(0, separator);
 }
 
+/// A separator at the end would hide the name from those who judge by it; that of a root or of a
+/// drive stays.
+std::string without_last_separator(const std::string& path) {
+    const std::size_t size = path.size();
+    const bool is_after_name = size > 1 && platform::is_separator(path[size - 1]) &&
+                               !platform::is_separator(path[size - 2]) && path[size - 2] != ':';
+    return is_after_name ? path.substr(0, size - 1) : path;
+}
+
 void create_one_directory(const std::string& path, int accessMode, ErrorInfoPtr* error) {
     qncore::check_no_embedded_nul(path);
     const platform::SystemError failure = platform::create_directory(path);
@@ -51,9 +60,9 @@ void create_one_directory(const std::string& path, int accessMode, ErrorInfoPtr*
                            "mode={@accessMode}))")
         .param("basePath", path)
         .param("accessMode", accessMode)
-        .create_transfer(
-            error, exists ? error::qnfile_directory_alreadyExists : error::qnfile_directory,
-            location, qncore::ErrorInfo::from_system_error(location, failure));
+        .create_transfer(error,
+                         exists ? error::qnfile_directory_alreadyExists : error::qnfile_directory,
+                         location, qncore::ErrorInfo::from_system_error(location, failure));
 }
 
 /// What an accessible directory must be, in the order in which it is asked.
@@ -105,8 +114,8 @@ void set_current_directory(const std::string& path, ErrorInfoPtr* error) {
     qncore::check_no_embedded_nul(path);
     if (const auto failure = platform::set_current_directory(path)) {
         impl::report(error, error::qnfile_directory,
-                     "Failed to set current directory. Base path=\"{@basePath}\"", "basePath",
-                     path, QN_LOCATION("qnfile::set_current_directory()"), failure);
+                     "Failed to set current directory. Base path=\"{@basePath}\"", "basePath", path,
+                     QN_LOCATION("qnfile::set_current_directory()"), failure);
     }
 }
 
@@ -126,7 +135,7 @@ std::string get_current_directory(ErrorInfoPtr* error) {
 bool is_accessible_directory(const std::string& path, DirectoryAccessFlags flags,
                              ErrorInfoPtr* error) {
     qncore::check_no_embedded_nul(path);
-    const auto status = platform::file_status(path);
+    const auto status = platform::file_status(without_last_separator(path));
     const auto facts = status ? *status : platform::FileStatus();
     const Requirement requirements[] = {
         {"Failed to get file system object attributes. Path: \"{@path}\"",

@@ -23,9 +23,9 @@ enum DirectoryAccessFlags : std::int32_t {
     access_check_hidden = 4,
 };
 
-/// Creates a directory, with `recursive` also the missing ones above it, at most 52. One that is
-/// there already is an error.qnfile.directory.alreadyExists, recursive or not. `accessMode` is
-/// told in messages and has no other effect; on Linux the umask decides.
+/// Creates a directory, with `recursive` also the missing ones above it, at most 52 in all. One
+/// that is there already is an error.qnfile.directory.alreadyExists, recursive or not. `accessMode`
+/// is told in messages and has no other effect; on Linux the umask decides.
 void create_directory(const std::string& path, int accessMode, qncore::ErrorInfoPtr* error,
                       bool recursive);
 

@@ -4,6 +4,7 @@
 
 #include "qncore/error_composer.h"
 #include "qnfile/errors.h"
+#include "qnfile/file_utilities.h"
 #include "qnfile/read_stream_view_impl.h"
 
 namespace qnfile {
@@ -16,6 +17,12 @@ using ViewPtr = RefCountPtr<qncore::ISeekableReadStreamView>;
 RefCountPtr<FileReadStreamView>
 FileReadStreamView::create(const std::string& filename, FileShareMode share, FileOpenFlags flags) {
     return make_ref_counted<impl::FileReadStreamViewImpl::RootView>(filename, share, flags);
+}
+
+RefCountPtr<FileReadStreamView> FileReadStreamView::create(const qnuri::UriReference& uri,
+                                                           FileShareMode share,
+                                                           FileOpenFlags flags) {
+    return create(filename_from_uri(uri, nullptr), share, flags);
 }
 
 namespace impl {

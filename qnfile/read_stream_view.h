@@ -18,6 +18,8 @@ class FileReadStreamView : public FileStreamBase, public qncore::ISeekableReadSt
     /// Opens an existing file and gives the root view. Errors as of FileReadStream::create.
     static qncore::RefCountPtr<FileReadStreamView> create(const std::string& filename,
                                                           FileShareMode share, FileOpenFlags flags);
+    static qncore::RefCountPtr<FileReadStreamView> create(const qnuri::UriReference& uri,
+                                                          FileShareMode share, FileOpenFlags flags);
 
     const qncore::RefCounted<qncore::AtomicRefCount>& counted() const noexcept override {
         return *this;

@@ -12,9 +12,11 @@ namespace qnfile::impl {
 inline void report(qncore::ErrorInfoPtr* slot, const qncore::ErrorCode& code, const char* message,
                    const char* parameter, const std::string& value,
                    const qncore::SourceLocation& location, platform::SystemError cause = {}) {
-    qncore::ErrorComposer(message).param(parameter, value).create_transfer(
-        slot, code, location,
-        cause ? qncore::ErrorInfo::from_system_error(location, cause) : qncore::ErrorInfoPtr());
+    qncore::ErrorComposer(message)
+        .param(parameter, value)
+        .create_transfer(slot, code, location,
+                         cause ? qncore::ErrorInfo::from_system_error(location, cause)
+                               : qncore::ErrorInfoPtr());
 }
 
 /// Whether a slot holds an error, so that a row of steps ends.
