@@ -1,5 +1,4 @@
 #include <optional>
-#include <thread>
 
 #include "qncertificates/errors.h"
 #include "qncore/error_exception.h"
@@ -16,21 +15,6 @@ using LockTest = StoreTest;
 TEST_F(LockTest, TheNameIsTheSameInEveryBuild) {
     EXPECT_EQ(ConfigurationFileMutex::sm_configurationFileMutexName,
               "Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
-}
-
-TEST_F(LockTest, AnotherThreadWaitsForTheScopeToEnd) {
-    const auto mutex = ConfigurationFileMutex::create();
-    bool free = false;
-    std::optional<Lock> lock(mutex);
-    std::thread other([&] {
-        const Lock second(ConfigurationFileMutex::create());
-        EXPECT_TRUE(free);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    free = true;
-    lock.reset();
-    other.join();
-    const Lock again(mutex);
 }
 
 TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
