@@ -3,15 +3,23 @@
 namespace qnuri::impl {
 
 std::string_view UriParseData::TraceDataUri::trace_text() const {
-    const qncore::StringRange& part = record().schemeSpecificPart;
-    return std::string_view(record().text).substr(0, part.start() + part.count());
+    return record().text_before_fragment();
 }
 
 std::string_view UriParseData::TraceDataUriReference::trace_text() const {
     return record().text;
 }
 
-qncore::RefCountPtr<const UriParseData> UriParseData::undefined_record() {
+qncore::StringRange UriParseData::bare_authority() const noexcept {
+    if (is_opaque()) {
+        return authority;
+    }
+    constexpr std::size_t slashes = 2;
+    return authority.count() >= slashes ? authority.subrange(slashes, authority.count())
+                                        : authority.subrange(0, 0);
+}
+
+const qncore::RefCountPtr<const UriParseData>& UriParseData::undefined_record() {
     static const auto record = [] {
         auto made = qncore::make_ref_counted<UriParseData>();
         made->flags = undefined_flags;
@@ -20,7 +28,7 @@ qncore::RefCountPtr<const UriParseData> UriParseData::undefined_record() {
     return record;
 }
 
-qncore::RefCountPtr<const UriParseData> UriParseData::empty_record() {
+const qncore::RefCountPtr<const UriParseData>& UriParseData::empty_record() {
     static const qncore::RefCountPtr<const UriParseData> record =
         qncore::make_ref_counted<UriParseData>();
     return record;

@@ -7,7 +7,19 @@
 #include "qncore/string_slice.h"
 #include "qncore/string_trace_data.h"
 
-namespace qnuri::impl {
+namespace qnuri {
+
+/// What is invalid about a URI; none of the bits for a fully valid one.
+enum UriFlags : std::uint32_t {
+    invalid_scheme = 1,
+    invalid_scheme_specific_part = 2, ///< with any of authority, path and query
+    invalid_fragment = 4,
+    invalid_authority = 16,
+    invalid_path = 32,
+    invalid_query = 64,
+};
+
+namespace impl {
 
 /// The shared record of one parsed URI: its normal text, the stretches of its components in that
 /// text, and which of them are invalid. Filled once, immutable from then on.
@@ -50,13 +62,33 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
     bool is_empty() const noexcept { return fragment.start() == 0; }
     bool is_undefined() const noexcept { return flags == undefined_flags; }
 
+    /// Whether the text has that component at all; "?" alone is a present, empty query.
+    static bool is_present(const qncore::StringRange& component) noexcept {
+        return component.count() != 0 && component.start() != qncore::StringRange::npos;
+    }
+    /// The characters of a range.
+    std::string_view view(const qncore::StringRange& range) const noexcept {
+        return {text.data() + range.start(), range.count()};
+    }
+    /// The text without the fragment.
+    std::string_view text_before_fragment() const noexcept {
+        return {text.data(), schemeSpecificPart.start() + schemeSpecificPart.count()};
+    }
+    /// A scheme whose scheme-specific part does not begin with "/", as in `tel:123`.
+    bool is_opaque() const noexcept {
+        return is_present(scheme) && is_present(schemeSpecificPart) &&
+               text[schemeSpecificPart.start()] != '/';
+    }
+    /// Where the authority stands without its "//".
+    qncore::StringRange bare_authority() const noexcept;
+
     /// The shared record that says that there is no URI at all.
-    static qncore::RefCountPtr<const UriParseData> undefined_record();
+    static const qncore::RefCountPtr<const UriParseData>& undefined_record();
     /// The shared record of the empty text.
-    static qncore::RefCountPtr<const UriParseData> empty_record();
+    static const qncore::RefCountPtr<const UriParseData>& empty_record();
 
     std::string text;
-    std::uint32_t flags = 0;
+    std::uint32_t flags = 0;                ///< of UriFlags, or `undefined_flags`
     qncore::StringRange scheme;             ///< with the trailing ":"
     qncore::StringRange schemeSpecificPart; ///< from the authority to the end of the query
     qncore::StringRange fragment;           ///< with the leading "#"
@@ -67,4 +99,5 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
     TraceDataUri traceUri;
 };
 
-} // namespace qnuri::impl
+} // namespace impl
+} // namespace qnuri

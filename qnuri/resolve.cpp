@@ -1,0 +1,122 @@
+// Resolution of references. It departs from RFC 3986, 5.2 as the header tells.
+#include <optional>
+
+#include "qnuri/parse.h"
+#include "qnuri/uri.h"
+#include "qnuri/uri_parser.h"
+
+namespace qnuri {
+
+namespace {
+
+using Text = std::optional<std::string>; ///< nothing on failure
+
+/// Appends the segments of `text` from `cursor` on, which stands on a "/", to what stands before
+/// it, without "." and "..". False when ".." finds no "/" to go back to.
+bool append_segments(std::string& path, std::string_view text, std::size_t cursor) {
+    while (cursor < text.size()) {
+        const std::size_t end = impl::find_or_end(text, '/', cursor + 1);
+        const std::string_view segment = text.substr(cursor, end - cursor);
+        cursor = end;
+        if (segment == "/..") {
+            const std::size_t parent = path.rfind('/');
+            if (parent == std::string::npos) {
+                return false;
+            }
+            path.resize(parent);
+        } else if (segment != "/.") {
+            path.append(segment);
+            continue;
+        }
+        if (end == text.size()) {
+            path.push_back('/'); // a dot at the end leaves its directory
+        }
+    }
+    return true;
+}
+
+Text merge_paths(std::string_view base, std::string_view reference) {
+    if (reference.starts_with('/')) {
+        return std::string(reference);
+    }
+    const std::size_t cursor = base.rfind('/');
+    std::string text(base.substr(0, cursor == std::string_view::npos ? cursor : cursor + 1));
+    if (!text.starts_with('/')) {
+        text.insert(0, 1, '/');
+    }
+    text.append(reference);
+    if (cursor == std::string_view::npos) {
+        return text; // required: without a "/" in the base the dots stay
+    }
+    std::string path = text.substr(0, cursor);
+    if (!append_segments(path, text, cursor)) {
+        return std::nullopt;
+    }
+    return path.empty() ? "/" : path;
+}
+
+/// Where the path of the base begins that ".." may climb: behind the drive of a `file` URI.
+std::size_t fixed_part(const UriReference& base, std::string_view path) {
+    const std::size_t slash = path.find('/', 1);
+    return slash != std::string_view::npos && base.scheme_equals("file") ? slash : 0;
+}
+
+Text merge_reference(const UriReference& base, const UriReference& reference) {
+    std::string text = base.scheme().str() + ":";
+    if (reference.has_authority()) {
+        return text.append(reference.scheme_specific_part().view());
+    }
+    const UriStringSlice base_path = base.path();
+    const std::size_t fixed = fixed_part(base, base_path.view());
+    const Text merged = merge_paths(base_path.view().substr(fixed), reference.path().view());
+    if (!merged) {
+        return std::nullopt;
+    }
+    if (base.has_authority()) {
+        text.append("//").append(base.authority().view());
+    }
+    text.append(base_path.view().substr(0, fixed)).append(*merged);
+    if (reference.has_query()) {
+        text.append("?").append(reference.query().view());
+    }
+    return text;
+}
+
+/// The merged text; nothing when one of the two cannot be merged.
+Text merged(const UriReference& reference, const Uri& base) {
+    if (reference.is_empty() || !base.is_hierarchical()) {
+        return std::nullopt;
+    }
+    return merge_reference(base, reference);
+}
+
+} // namespace
+
+UriReference resolve(const UriReference& reference, const Uri& base) {
+    if (reference.has_scheme()) {
+        return reference;
+    }
+    Text text = merged(reference, base);
+    if (!text) {
+        return UriReference::undefined();
+    }
+    if (reference.has_fragment()) {
+        text->append("#").append(reference.fragment().view());
+    }
+    return UriReference(parse_uri_reference(text->data(), text->size(), false));
+}
+
+Uri Uri::resolve(const UriReference& reference) const {
+    if (reference.has_scheme()) {
+        return Uri(reference);
+    }
+    const Text text = merged(reference, *this);
+    return text ? to_uri(UriReference(uri_reference_from_text(text->data(), text->size(), true)))
+                : Uri();
+}
+
+UriReference resolve_text(const char* text, std::size_t length, const Uri& base, bool fileNames) {
+    return resolve(UriReference(uri_reference_from_text(text, length, fileNames)), base);
+}
+
+} // namespace qnuri
