@@ -207,25 +207,26 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
     }
 }
 
-TEST_F(LocationTest, ANameThatCannotBeProbedCountsAsWritableUnlessRefused) {
-    bool sharingViolation = true;
+TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {
     using namespace std::string_literals;
-    EXPECT_TRUE(
-        vdcertificates::file_has_write_access(machine.file("absent\0x"s), &sharingViolation));
-    EXPECT_FALSE(sharingViolation);
-    support::write_file(machine.file("present"), "");
-    EXPECT_TRUE(
-        vdcertificates::file_has_write_access(machine.file("present\0x"s), &sharingViolation));
-}
-
-TEST_F(LocationTest, TheProbeKeepsWhatTheFileHolds) {
-    support::write_file(machine.file("x.xml"), "content");
-    bool sharingViolation = true;
-    EXPECT_TRUE(vdcertificates::file_has_write_access(machine.file("x.xml"), &sharingViolation));
-    EXPECT_FALSE(sharingViolation);
-    EXPECT_EQ(support::read_file(machine.file("x.xml")), "content");
-    EXPECT_FALSE(
-        vdcertificates::file_has_write_access(machine.file("absent/x.xml"), &sharingViolation));
+    support::write_file(machine.file("present"), "content");
+    const std::pair<std::string, bool> cases[] = {
+        {"present", true},
+        {"absent", true}, // and made
+        {"absent/x.xml", false},
+        // A name that cannot be probed counts as writable.
+        {"none\0x"s, true},
+        {"present\0x"s, true},
+    };
+    for (const auto& [name, writable] : cases) {
+        bool sharingViolation = true;
+        EXPECT_EQ(vdcertificates::file_has_write_access(machine.file(name), &sharingViolation),
+                  writable)
+            << name;
+        EXPECT_FALSE(sharingViolation);
+    }
+    EXPECT_EQ(support::read_file(machine.file("present")), "content");
+    EXPECT_FALSE(fs::exists(machine.file("none")));
 }
 
 } // namespace

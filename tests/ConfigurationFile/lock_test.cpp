@@ -1,6 +1,5 @@
 #include <future>
 #include <optional>
-#include <thread>
 
 #include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
@@ -18,21 +17,6 @@ using LockTest = StoreTest;
 TEST_F(LockTest, TheNameIsTheSameInEveryBuild) {
     EXPECT_EQ(ConfigurationFileMutex::sm_configurationFileMutexName,
               "Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
-}
-
-TEST_F(LockTest, AnotherThreadWaitsForTheScopeToEnd) {
-    const auto mutex = ConfigurationFileMutex::create();
-    bool free = false;
-    std::optional<Lock> lock(mutex);
-    std::thread other([&] {
-        const Lock second(ConfigurationFileMutex::create());
-        EXPECT_TRUE(free);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    free = true;
-    lock.reset();
-    other.join();
-    const Lock again(mutex);
 }
 
 TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {

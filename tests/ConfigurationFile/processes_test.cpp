@@ -17,8 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using support::ChildProcess;
 using vdcertificates::ConfigurationFile;
-using vdcertificates::ConfigurationFileMutex;
-using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
 
 class ProcessesTest : public StoreTest {
   protected:
@@ -26,6 +24,18 @@ class ProcessesTest : public StoreTest {
                                         std::vector<std::string> arguments = {}) {
         arguments.insert(arguments.begin(), machine.directory());
         return std::make_unique<ChildProcess>(function, arguments);
+    }
+
+    /// Contents and rights of the key files that are there.
+    std::string key_files() const {
+        std::string state;
+        for (const std::string& file : {machine.public_key_file(), machine.private_key_file()}) {
+            if (fs::exists(file)) {
+                state += support::read_file(file) +
+                         std::to_string(static_cast<int>(fs::status(file).permissions()));
+            }
+        }
+        return state;
     }
 };
 
@@ -85,17 +95,14 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
     for (int i = 0; i < writers; ++i) {
         children.push_back(start("write_entries", {std::to_string(i)}));
     }
-    int reads = 0;
     for (const auto& child : children) {
         std::string password;
         std::string other;
         EXPECT_TRUE(file.get_cluster_certificate_information(other, other, other, password));
         EXPECT_EQ(password, "secret");
-        ++reads;
         EXPECT_EQ(child->next_line(), "");
         EXPECT_EQ(child->wait(), 0);
     }
-    EXPECT_EQ(reads, writers);
     // A change is not atomic as a whole, so some entries may have been overwritten; the last
     // writer's is there, and all that are there are whole.
     const auto nodes = vdcertificates::ConfigurationFileAccess::read(
@@ -166,53 +173,6 @@ TEST_F(ProcessesTest, AFileThatAnotherProcessHoldsIsWaitedForAWhile) {
     }
 }
 
-CHILD_PROCESS(hold_lock) {
-    Machine::enter(arguments[0]);
-    const Lock lock(ConfigurationFileMutex::create());
-    support::say("held");
-    support::wait_to_be_told();
-    return 0;
-}
-
-TEST_F(ProcessesTest, AKilledHolderStopsNobody) {
-    ConfigurationFile file;
-    for (int round = 0; round < 3; ++round) {
-        const auto holder = start("hold_lock");
-        holder->wait_for("held");
-        holder->kill();
-        EXPECT_EQ(holder->wait(), -1);
-        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", ""));
-    }
-}
-
-CHILD_PROCESS(lock_as_nobody) {
-    if (!support::become_nobody()) {
-        return 1;
-    }
-    Machine::enter(arguments[0]);
-    support::say("waiting");
-    {
-        const Lock lock(ConfigurationFileMutex::create());
-        support::say("held");
-    }
-    const Lock again(ConfigurationFileMutex::create());
-    return 0;
-}
-
-TEST_F(ProcessesTest, ASecondAccountWaitsOnAndReleasesTheLock) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can become another account";
-    }
-    const auto mutex = ConfigurationFileMutex::create();
-    mutex->acquire_lock();
-    const auto child = start("lock_as_nobody");
-    child->wait_for("waiting");
-    mutex->release_lock();
-    child->wait_for("held");
-    EXPECT_EQ(child->wait(), 0);
-    const Lock lock(mutex);
-}
-
 CHILD_PROCESS(construct_as_nobody) {
     if (!support::become_nobody()) {
         return 1;
@@ -254,22 +214,11 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
         if (!test.private_key) {
             fs::rename(machine.private_key_file(), machine.public_key_file());
         }
-        const auto before = [&] {
-            std::string state;
-            for (const std::string& file :
-                 {machine.public_key_file(), machine.private_key_file()}) {
-                if (fs::exists(file)) {
-                    state += support::read_file(file) +
-                             std::to_string(static_cast<int>(fs::status(file).permissions()));
-                }
-            }
-            return state;
-        };
-        const std::string state = before();
+        const std::string state = key_files();
         const auto child = start("construct_as_nobody");
         EXPECT_EQ(child->next_line(), expected) << test.what;
         EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(before(), state) << test.what;
+        EXPECT_EQ(key_files(), state) << test.what;
     }
 }
 
