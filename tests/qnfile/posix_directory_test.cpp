@@ -1,153 +1,173 @@
-#include <algorithm>
-#include <dirent.h>
-#include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "qncore/error_exception.h"
-#include "tests/qnfile/directory_fixture.h"
+#include "platform/testing/testing.h"
+#include "qnfile/directory.h"
+#include "tests/qnfile/expected_failure.h"
+#include "tests/support/temporary_directory.h"
 
+// Symbolic links, and failures that only this system gives.
 namespace qnfile {
 namespace {
 
 namespace fs = std::filesystem;
+using qncore::ErrorInfoPtr;
 
-class PosixDirectoryTest : public DirectoryFixture {
+class PosixDirectoryTest : public ::testing::Test {
   protected:
-    std::uint32_t type_of(const char* name) const {
-        return DirectoryEntry::create_from_full_path(path(name)).type();
+    PosixDirectoryTest() {
+        fs::create_directories(tree_ / "sub");
+        fs::create_directories(outside_ / "inner");
+        for (const fs::path& place : {tree_ / "sub", outside_, outside_ / "inner"}) {
+            support::write_file((place / "file").string(), "kept");
+        }
     }
+    ~PosixDirectoryTest() override { platform::testing::before_removal({}); }
+
+    bool is_outside_whole() const {
+        return fs::exists(outside_ / "file") && fs::exists(outside_ / "inner/file");
+    }
+    void remove(const fs::path& path, int flags = remove_recursive) {
+        error_.reset();
+        remove_directory(path.string(), static_cast<DirectoryRemoveFlags>(flags), &error_);
+    }
+
+    support::TemporaryDirectory directory_;
+    fs::path tree_ = directory_.path() / "tree";
+    fs::path outside_ = directory_.path() / "outside";
+    ErrorInfoPtr error_;
 };
 
-std::ptrdiff_t open_descriptors() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
-}
-
-TEST_F(PosixDirectoryTest, NamesAreBytes) {
-    make({"\xFF\xFEname", "back\\slash", "sub\\x/", "sub\\x/\xC3(", "\xC3\xA4"});
-    EXPECT_EQ(walk("\xFF*"), Names{"\xFF\xFEname"});
-    EXPECT_EQ(walk("back\\slash"), Names{"back\\slash"});
-    EXPECT_EQ(walk("sub\\x/?("), Names{}) << "no whole character";
-    EXPECT_EQ(walk("sub\\x/*("), Names{"sub\\x/\xC3("});
-    EXPECT_EQ(walk("?"), Names{"\xC3\xA4"});
-    for (const char* pattern : {"\xFF*", "sub*/\xC3*"}) {
-        const std::string name = (*sequence(pattern).begin()).full_path();
-        EXPECT_EQ(support::read_file(name), "x");
-        EXPECT_TRUE(fs::remove(name));
-        EXPECT_FALSE(sequence(pattern));
+TEST_F(PosixDirectoryTest, LinksAreRemovedNotFollowed) {
+    const char* places[] = {"tree/link", "tree/sub/link", "link"};
+    for (const char* place : places) {
+        fs::create_directory_symlink(outside_, directory_.path() / place);
+        fs::create_symlink("nowhere", directory_.path() / (std::string(place) + ".dangling"));
+        fs::create_symlink(outside_ / "file", directory_.path() / (std::string(place) + ".file"));
+    }
+    for (const char* path : {"tree", "link", "linked/"}) {
+        fs::create_directory_symlink(outside_, directory_.path() / "linked");
+        remove(directory_.path() / path);
+        EXPECT_FALSE(error_) << error_->chain_text();
+        EXPECT_TRUE(is_outside_whole()) << path;
+        EXPECT_FALSE(fs::exists(fs::symlink_status(directory_.file(path)))) << path;
+        fs::remove(directory_.path() / "linked");
     }
 }
 
-TEST_F(PosixDirectoryTest, LinksAreNotFollowedForWhatTheyAre) {
-    make({"dir/", "dir/long name", "file"});
-    fs::create_symlink("dir", path("to dir"));
-    fs::create_symlink("file", path("to file"));
-    fs::create_symlink("nowhere", path("to nothing"));
-    const std::pair<const char*, std::uint32_t> cases[] = {
-        {"dir", entry_directory},
-        {"file", entry_file},
-        {"to dir", entry_link | entry_directory},
-        {"to file", entry_link | entry_file},
-        {"to nothing", entry_link | entry_file},
+TEST_F(PosixDirectoryTest, LinksAreFollowedOnDemand) {
+    fs::create_directory_symlink(outside_, tree_ / "link");
+    remove(tree_, remove_recursive | remove_follow_links);
+    EXPECT_FALSE(error_);
+    EXPECT_FALSE(fs::exists(tree_));
+    EXPECT_TRUE(fs::is_empty(outside_)) << "its content goes, the directory itself does not";
+}
+
+TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
+    // At the moment when this path is about to be opened or removed, "sub" (or the tree itself)
+    // becomes a link to the outside, where the same names are.
+    struct Case {
+        const char* moment;
+        const char* exchanged;
+        bool fails;
     };
-    for (const auto& [name, type] : cases) {
-        EXPECT_EQ(type_of(name), type) << name;
-    }
-    for (const DirectoryEntry& entry : sequence("**/*")) {
-        const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
-        EXPECT_EQ(std::tuple(entry.type(), entry.access()),
-                  std::tuple(again.type(), again.access()))
-            << entry.full_path();
-        struct stat status = {};
-        ASSERT_EQ(::lstat(entry.full_path().c_str(), &status), 0);
-        EXPECT_EQ(entry.size(), static_cast<std::uint64_t>(status.st_size));
-        EXPECT_EQ(entry.modified(), status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec);
-    }
-    EXPECT_EQ(walk("**/long*"), (Names{"dir/long name", "to dir/long name"}));
-}
-
-TEST_F(PosixDirectoryTest, AWalkEndsInSpiteOfLinksThatLeadBack) {
-    make({"a/", "a/b/", "a/b/x"});
-    fs::create_directory_symlink("..", path("a/b/up"));
-    fs::create_directory_symlink(".", path("a/here"));
-    fs::create_directory_symlink("b", path("a/beside"));
-    EXPECT_EQ(walk("**"), (Names{"a", "a/b", "a/b/up", "a/b/x", "a/beside", "a/beside/up",
-                                 "a/beside/x", "a/here"}));
-    EXPECT_EQ(walk("a/here/b/x"), Names{}) << "a link back counts as empty";
-}
-
-TEST_F(PosixDirectoryTest, WhatBeganWithADotIsHidden) {
-    make({".hidden", "..more", "shown"});
-    for (const DirectoryEntry& entry : sequence("")) {
-        EXPECT_EQ(entry.is_hidden(), entry.name() == ".hidden" || entry.name() == "..more")
-            << entry.name();
-    }
-}
-
-TEST_F(PosixDirectoryTest, TimesReachBehind1970AndInto2400) {
-    make({"old", "new"});
-    for (const auto& [name, seconds] : {std::pair{"old", -86400L}, {"new", 13569465600L}}) {
-        const timespec times[] = {{seconds, 7}, {seconds, 999'999'999}};
-        ASSERT_EQ(::utimensat(AT_FDCWD, path(name).c_str(), times, 0), 0);
-        struct stat status = {}; // what the file system could keep of it
-        ASSERT_EQ(::stat(path(name).c_str(), &status), 0);
-        const DirectoryEntry entry = DirectoryEntry::create_from_full_path(path(name));
-        const auto expected = static_cast<std::uint64_t>(status.st_mtim.tv_sec) * 1'000'000'000U +
-                              static_cast<std::uint64_t>(status.st_mtim.tv_nsec);
-        EXPECT_EQ(entry.modified(), static_cast<std::int64_t>(expected)) << "wraps";
+    const Case cases[] = {
+        {"tree", "tree", false},
+        {"tree/sub", "tree/sub", false},
+        {"tree/sub/file", "tree/sub", false},
+        {"tree/sub/inner", "tree/sub", false},
+        {"tree/sub/inner/file", "tree/sub", false},
+        {"tree/sub/inner/file", "tree/sub/inner", false},
+        {"tree/sub/file", "tree", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.exchanged << " before " << c.moment);
+        fs::remove_all(tree_);
+        fs::create_directories(tree_ / "sub/inner");
+        support::write_file((tree_ / "sub/file").string(), "x");
+        support::write_file((tree_ / "sub/inner/file").string(), "x");
+        const fs::path exchanged = directory_.path() / c.exchanged;
+        const fs::path aside = directory_.path() / "aside";
+        bool done = false;
+        platform::testing::before_removal([&](const std::string& path) {
+            if (!done && path == directory_.file(c.moment)) {
+                done = true;
+                fs::rename(exchanged, aside);
+                fs::create_directory_symlink(outside_, exchanged);
+            }
+        });
+        remove(tree_);
+        platform::testing::before_removal({});
+        EXPECT_TRUE(done);
+        EXPECT_TRUE(is_outside_whole());
+        EXPECT_EQ(error_ != nullptr, c.fails) << (error_ ? error_->chain_text() : "");
+        fs::remove_all(aside);
     }
 }
 
-TEST_F(PosixDirectoryTest, ADeepOrBrokenOffWalkGivesItsHandlesBack) {
-    // Deeper than one path could name.
-    const std::string name(200, 'n');
-    const auto before = open_descriptors();
-    int place = ::open(directory_.str().c_str(), O_DIRECTORY);
-    for (int level = 0; level < 30; ++level) {
-        ASSERT_EQ(::mkdirat(place, name.c_str(), 0777), 0);
-        const int below = ::openat(place, name.c_str(), O_DIRECTORY);
-        ::close(place);
-        place = below;
+TEST_F(PosixDirectoryTest, TheRemovalOfALink) {
+    const std::string link = (tree_ / "link").string();
+    struct Case {
+        platform::Call call;
+        const char* message;
+    };
+    const Case cases[] = {
+        {platform::Call::remove_link, "Failed to remove reparse point. Path=\""},
+        {platform::Call::remove_linked_directory,
+         "Failed to remove directory after removing reparse point. Base path=\""},
+    };
+    for (const Case& c : cases) {
+        fs::remove(link);
+        fs::create_directory_symlink(outside_, link);
+        platform::testing::fail_next(c.call, platform::SystemError::posix(EIO));
+        expect_failure(failure_of([&] { impl::remove_win32_reparse_point(link, nullptr); }),
+                       {"error.qnfile.directory", c.message + link + "\"",
+                        "qnfile::impl::remove_win32_reparse_point()"});
     }
-    ::close(place);
-    {
-        const DirectorySequence entries = sequence("**/n*");
-        int count = 0;
-        for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-            EXPECT_EQ((*entry).type(), entry_directory);
-            ++count;
-        }
-        EXPECT_EQ(count, 30);
-        EXPECT_EQ(open_descriptors(), before);
-        auto broken_off = entries.begin();
-        for (int level = 0; level < 25; ++level) {
-            ++broken_off;
-        }
-        EXPECT_GE(open_descriptors(), before + 25);
-    }
-    EXPECT_EQ(open_descriptors(), before);
+    fs::create_directory_symlink(outside_, link);
+    impl::remove_win32_reparse_point(link + "/", nullptr);
+    EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+    EXPECT_TRUE(is_outside_whole());
 }
 
-TEST_F(PosixDirectoryTest, ADirectoryRemovedMeanwhileHasNoMoreEntries) {
-    make({"gone/"});
-    const DirectorySequence entries = sequence("", nullptr, "gone");
-    auto place = entries.begin();
-    fs::remove(path("gone"));
-    EXPECT_THAT(rest(place), testing::UnorderedElementsAre("gone/.", "gone/.."));
+TEST_F(PosixDirectoryTest, AParentThatCannotBeLookedAt) {
+    const std::string parent = (outside_ / "file/below").string();
+    ErrorInfoPtr error;
+    create_directory(parent + "/x", 7, &error, true);
+    expect_failure(error, {"error.qnfile.directory.notFound",
+                           "Failed to get parent directory stats. Full path=\"" + parent + "\"",
+                           "qnfile::impl::create_directory_recursive()"});
 }
 
-TEST_F(PosixDirectoryTest, WhatBecomesALinkBehindTheListingIsNotEntered) {
-    make({"a/", "a/x", "b/", "b/x", "outside/", "outside/x"});
-    const DirectorySequence entries = sequence("a|b/x");
-    auto place = entries.begin();
-    const std::string other = (*place).directory() == base_ + "a/" ? "b" : "a";
-    fs::remove_all(path(other));
-    fs::create_directory_symlink("outside", path(other));
-    qncore::ErrorInfoPtr error;
-    place.increment(&error);
-    EXPECT_EQ(place, entries.end());
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->nested()->code().path(), "error.qncore.errno");
+TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
+    const std::string name = directory_.file("\xFF\\ a%?");
+    const mode_t before = ::umask(027);
+    create_directory(name, 0, nullptr, false);
+    ::umask(before);
+    struct stat status = {};
+    ASSERT_EQ(::stat(name.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0750U);
+    EXPECT_TRUE(is_accessible_directory(name, access_check_write, nullptr));
+    fs::create_directory(directory_.path() / ".hidden");
+    for (const char* hidden : {".hidden", ".hidden/"}) {
+        EXPECT_TRUE(is_accessible_directory(directory_.file(hidden), access_check_hidden, nullptr));
+    }
+    remove(name);
+    EXPECT_FALSE(fs::exists(name));
+}
+
+TEST_F(PosixDirectoryTest, ACurrentDirectoryThatIsGone) {
+    const fs::path before = fs::current_path();
+    const std::string gone = directory_.file("gone");
+    fs::create_directory(gone);
+    set_current_directory(gone, nullptr);
+    remove(gone);
+    EXPECT_EQ(get_current_directory(&error_), "");
+    fs::current_path(before);
+    expect_failure(error_, {"error.qnfile.directory",
+                            "Failed to get current working directory. bufSize=260",
+                            "qnfile::get_current_directory()"});
 }
 
 } // namespace

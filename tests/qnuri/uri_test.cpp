@@ -1,0 +1,318 @@
+// References: their components, resolution and its inverse, casts, order.
+#include <cstring>
+#include <sstream>
+#include <unordered_set>
+
+#include <gtest/gtest.h>
+
+#include "qnuri/escaped_text.h"
+#include "qnuri/parse.h"
+#include "qnuri/uri.h"
+
+namespace qnuri {
+namespace {
+
+UriReference reference(std::string_view text) {
+    return UriReference(parse_uri_reference(text.data(), text.size(), false));
+}
+
+Uri uri(std::string_view text) {
+    return to_uri(reference(text));
+}
+
+std::string printed(const UriReference& shown) {
+    std::ostringstream stream;
+    stream << shown;
+    return stream.str();
+}
+
+TEST(UriReference, GivesItsComponents) {
+    const struct {
+        const char* text;
+        const char* components; ///< scheme, specific part, authority, path, query, fragment
+        bool hierarchical;
+        const char* without_fragment;
+    } cases[] = {
+        {"gen://u@h/p?q#f", "gen ^ //u@h/p?q ^ u@h ^ /p ^ q ^ f", true, "gen://u@h/p?q"},
+        {"gen:/p?#", "gen ^ /p? ^  ^ /p ^  ^ ", true, "gen:/p?"},
+        {"gen:p", "gen ^ p ^  ^ p ^  ^ ", false, "gen:p"},
+        {"gen:", "gen ^  ^  ^  ^  ^ ", true, "gen:"},
+        {"sip:u@h;p?q", "sip ^ u@h;p?q ^ u@h ^ ;p ^ q ^ ", false, "sip:u@h;p?q"},
+        {"sip:/xu@h", "sip ^ /xu@h ^ u@h ^  ^  ^ ", true, "sip:/xu@h"},
+        {"mailto:/", "mailto ^ / ^  ^  ^  ^ ", true, "mailto:/"},
+        {"tel:1;p", "tel ^ 1;p ^ 1 ^ p ^  ^ ", false, "tel:1;p"},
+        {"//h", " ^ //h ^ h ^  ^  ^ ", true, "//h"},
+        {"p#f", " ^ p ^  ^ p ^  ^ f", true, "p"},
+        {"#f", " ^  ^  ^  ^  ^ f", false, ""},
+        {"", " ^  ^  ^  ^  ^ ", false, ""},
+    };
+    for (const auto& test : cases) {
+        const UriReference whole = reference(test.text);
+        const auto s = [](const UriStringSlice& slice) { return slice.str(); };
+        EXPECT_EQ(s(whole.scheme()) + " ^ " + s(whole.scheme_specific_part()) + " ^ " +
+                      s(whole.authority()) + " ^ " + s(whole.path()) + " ^ " + s(whole.query()) +
+                      " ^ " + s(whole.fragment()),
+                  test.components);
+        EXPECT_EQ(whole.is_hierarchical(), test.hierarchical) << test.text;
+        EXPECT_EQ(whole.without_fragment().text(), test.without_fragment);
+        EXPECT_FALSE(whole.without_fragment().has_fragment());
+        EXPECT_EQ(whole.without_fragment() == whole, true) << test.text;
+        EXPECT_EQ(whole.without_fragment().record() == whole.record(), !whole.has_fragment());
+    }
+    EXPECT_EQ(reference("gen:p#|").without_fragment().flags(), 0U);
+    EXPECT_EQ(reference("gen:|#|").without_fragment().flags(),
+              std::uint32_t{invalid_path | invalid_scheme_specific_part});
+    const UriStringSlice kept = reference("gen:path").path();
+    EXPECT_EQ(kept.view(), "path") << "a slice keeps its text alive";
+}
+
+TEST(UriReference, ComparesItsScheme) {
+    const UriReference file = reference("FILE:x");
+    EXPECT_TRUE(file.scheme_equals("file"));
+    EXPECT_TRUE(file.scheme_equals("File:", 4));
+    for (const char* name : {"", "fil", "file:", "filf"}) {
+        EXPECT_FALSE(file.scheme_equals(name)) << name;
+    }
+    EXPECT_FALSE(file.scheme_equals(nullptr));
+    EXPECT_FALSE(reference(":x").scheme_equals("", 0));
+    EXPECT_FALSE(reference("x").scheme_equals("x"));
+}
+
+TEST(UriReference, KnowsTheUndefinedOne) {
+    UriReference moved = reference("gen:x");
+    const UriReference taken = std::move(moved);
+    EXPECT_EQ(taken.text(), "gen:x");
+    // NOLINTNEXTLINE(bugprone-use-after-move): what is left behind is defined
+    for (const UriReference& none : {moved, UriReference::undefined(), UriReference(nullptr),
+                                     UriReference(Uri()), UriReference(RelativeUri())}) {
+        EXPECT_TRUE(none.is_undefined());
+        EXPECT_TRUE(none.is_empty());
+        EXPECT_EQ(none.text(), "");
+        EXPECT_EQ(printed(none), "<undefined>");
+        EXPECT_EQ(none.without_fragment().record(), UriReference::undefined().record());
+        EXPECT_TRUE(none.directory().is_undefined());
+    }
+    EXPECT_FALSE(UriReference().is_undefined());
+    EXPECT_EQ(printed(UriReference()), "");
+}
+
+TEST(UriReference, PrintsWithItsFragmentAndTracesWithoutIt) {
+    for (const char* text : {"gen:path", "gen:path#f"}) {
+        std::ostringstream traced;
+        traced << reference(text).trace_data();
+        EXPECT_EQ(traced.str(), "gen:path");
+        EXPECT_EQ(printed(reference(text)), text);
+    }
+}
+
+struct Pair {
+    const char* base;
+    const char* reference;
+    const char* result; ///< null: undefined
+};
+
+std::string text_or_undefined(const char* text) {
+    return text != nullptr ? text : "<undefined>";
+}
+
+TEST(Resolve, MergesPaths) {
+    constexpr Pair cases[] = {
+        {"gen://h/a/b/c", "d", "gen://h/a/b/d"},
+        {"gen://h/a/b/c", "../d", "gen://h/a/d"},
+        {"gen://h/a/b/c", "./d", "gen://h/a/b/d"},
+        {"gen://h/a/b/c", "/x/../y", "gen://h/x/../y"},
+        {"gen://h/a/b/c?z", "?q", "gen://h/a/b/?q"},
+        {"gen://h/a/b/c", "", nullptr},
+        {"gen://h/a/b/c", "#f", nullptr},
+        {"gen://h/a/b/c", "//k/p", "gen://k/p"},
+        {"gen://h/a/b/c", "//k/../p?q#f", "gen://k/../p?q#f"},
+        {"gen://h/a/b/c", "d#f", "gen://h/a/b/d#f"},
+        {"gen://h/a/b/c", "Tel:1", "tel:1"},
+        {"gen://h/a", "../../x", nullptr},
+        {"gen://h/a", "../x", nullptr},
+        {"gen://h/a", ".", "gen://h/"},
+        {"gen://h/../a/./b/c", "../d", "gen://h/../a/./d"}, // the base's own dots stay
+        {"gen://h//", "../x", "gen://h/x"},
+        {"gen://h/a/", "b/../..", "gen://h/"},
+        {"gen://h/a/", "b/.../..x/.", "gen://h/a/b/.../..x/"},
+        {"gen://h", "d", "gen://h/d"},
+        {"gen://h", "../d", "gen://h/../d"}, // without a "/" nothing is examined
+        {"gen:/a/b", "c", "gen:/a/c"},
+        {"gen:", "c", "gen:/c"},
+        {"gen:a", "c", nullptr},
+        {"mailto:a@b", "c", nullptr},
+        {"", "c", nullptr},
+        {"file:///c:/a/b", "../../../x", nullptr},
+        {"file:///c:/a/b", "../x", "file:///c:/x"},
+        {"file:///c:/a/b", "../../x", nullptr},
+        {"file:///c:/a/b", "/x", "file:///c:/x"},
+        {"file:///c:/a/b", "//srv/x", "file://srv/x"},
+        {"file:///c:", "x", "file:///x"},
+        {"file://srv/share/a", "../b", nullptr},
+        {"tel:/1;a/b", "../c", "tel:///c"}, // its path begins with no "/"
+    };
+    for (const Pair& test : cases) {
+        const UriReference from = reference(test.reference);
+        const std::string result = text_or_undefined(test.result);
+        EXPECT_EQ(printed(resolve(from, uri(test.base))), result)
+            << test.base << ' ' << test.reference;
+        // The member leaves the fragment out, unless it gives the reference back.
+        EXPECT_EQ(printed(uri(test.base).resolve(from)), result.substr(0, result.find('#')));
+    }
+    const Uri base = uri("gen://h/a b/c");
+    EXPECT_EQ(printed(resolve_text("d e", 3, base, true)), "gen://h/a b/d%20e");
+    EXPECT_EQ(printed(resolve_text("d e", std::string::npos, base, false)), "gen://h/a b/d e");
+    EXPECT_EQ(printed(resolve_text("C:\\x", 4, base, true)), "file:///c:/x");
+    EXPECT_EQ(printed(uri("c:/a/b").resolve(reference("d#f"))), "file:///c:/a/d");
+}
+
+/// RFC 3986, 5.4.1 and 5.4.2, each reference with what it gives.
+TEST(Resolve, RunsTheExamplesOfTheRfc) {
+    std::istringstream as_in_the_rfc(R"(
+        g:h g:h   g http://a/b/c/g   ./g http://a/b/c/g   g/ http://a/b/c/g/   /g http://a/g
+        //g http://g   g?y http://a/b/c/g?y   g#s http://a/b/c/g#s   g?y#s http://a/b/c/g?y#s
+        ;x http://a/b/c/;x   g;x http://a/b/c/g;x   g;x?y#s http://a/b/c/g;x?y#s
+        . http://a/b/c/   ./ http://a/b/c/   .. http://a/b/   ../ http://a/b/
+        ../g http://a/b/g   ../.. http://a/   ../../ http://a/   ../../g http://a/g
+        g. http://a/b/c/g.   .g http://a/b/c/.g   g.. http://a/b/c/g..   ..g http://a/b/c/..g
+        ./../g http://a/b/g   ./g/. http://a/b/c/g/   g/./h http://a/b/c/g/h
+        g/../h http://a/b/c/h   g;x=1/./y http://a/b/c/g;x=1/y   g;x=1/../y http://a/b/c/y
+        g?y/./x http://a/b/c/g?y/./x   g?y/../x http://a/b/c/g?y/../x
+        g#s/./x http://a/b/c/g#s/./x   g#s/../x http://a/b/c/g#s/../x   http:g http:g)");
+    constexpr Pair departures[] = {
+        // reference, what the RFC gives, what is required here
+        {"?y", "http://a/b/c/d;p?y", "http://a/b/c/?y"},
+        {"#s", "http://a/b/c/d;p?q#s", nullptr},
+        {"", "http://a/b/c/d;p?q", nullptr},
+        {"../../../g", "http://a/g", nullptr},
+        {"../../../../g", "http://a/g", nullptr},
+        {"/./g", "http://a/g", "http://a/./g"},
+        {"/../g", "http://a/g", "http://a/../g"},
+    };
+    const Uri base = uri("http://a/b/c/d;p?q");
+    for (std::string from, result; as_in_the_rfc >> from >> result;) {
+        EXPECT_EQ(printed(resolve(reference(from), base)), result) << from;
+    }
+    for (const auto& [from, rfc, here] : departures) {
+        EXPECT_EQ(printed(resolve(reference(from), base)), text_or_undefined(here));
+        EXPECT_NE(text_or_undefined(here), rfc);
+    }
+}
+
+TEST(Resolve, GrowsLinearly) {
+    std::string up;
+    std::string down = "gen://h/";
+    for (int i = 0; i < 300'000; ++i) {
+        up += i % 2 == 0 ? "../" : "a/../";
+        down += "a/";
+    }
+    EXPECT_EQ(resolve(reference(up), uri(down)).text().size(), 8 + 150'000 * 2);
+    EXPECT_EQ(uri("gen://h/").relative_to(uri(down)).text().size(), 300'000 * 3);
+    EXPECT_EQ(uri(down).relative_to(uri("gen://h/")).text().size(), 300'000 * 2);
+}
+
+TEST(RelativeTo, LeadsFromTheBase) {
+    constexpr Pair cases[] = {
+        {"gen://h/a/c/g", "gen://h/a/b/f?q", "../b/f?q"},
+        {"gen://h/a/b", "gen://h/a/c?q#f", "c?q#f"},
+        {"gen://h/a/b", "gen://h/a/b", "b"},
+        {"gen://h/a/b/c/d", "gen://h/a/", "../../"},
+        {"gen://h/a/", "gen://h/a/b/c/", "b/c/"},
+        {"gen://h/x", "gen://h", ""},
+        {"gen://h", "gen://h/a/f", "/a/f"},
+        {"gen://h/a/x", "gen://h/ab/y", "/y"}, // required, although it leads elsewhere
+        {"gen://h/a//x", "gen://h/a/y", "y"},  // likewise
+        {"gen://h/a", "gen://h/b:c", "b:c"},   // likewise: the result has a scheme
+        {"gen://h/a", "gen://k/a", "gen://k/a"},
+        {"gen://h/a", "gem://h/a", "gem://h/a"},
+        {"gen://h/a", "b/c", "b/c"},
+        {"gen:a", "b/c", "b/c"},
+        {"gen://h/a", "", nullptr},
+        {"gen://h/a", "#f", nullptr},
+        {"gen://h/a", "gen:a", nullptr},
+        {"gen:a", "gen://h/a", nullptr},
+        {"", "gen://h/a", nullptr},
+        {"file:///c:/y", "file:///d:/x", "file:///d:/x"},
+        {"file:///c:/y/z", "file:///c:/x", "../x"},
+        {"file:///c:/y", "file:///x", "file:///x"},
+    };
+    for (const Pair& test : cases) {
+        EXPECT_EQ(printed(reference(test.reference).relative_to(uri(test.base))),
+                  text_or_undefined(test.result))
+            << test.base << ' ' << test.reference;
+    }
+}
+
+TEST(Directory, EndsWithTheLastSlash) {
+    constexpr struct {
+        const char* text;
+        const char* directory;
+    } cases[] = {
+        {"gen://h/a/b?q#f", "gen://h/a/"},
+        {"gen://h?q", "gen://h"},
+        {"gen:/a/b/", "gen:/a/b/"},
+        {"gen:", "gen:"},
+        {"c:/a/b", "file:///c:/a/"},
+        {"gen:a/b", "<undefined>"},
+        {"#f", "<undefined>"},
+        {"a/b", ":a/"}, // required
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(printed(reference(test.text).directory()), test.directory) << test.text;
+    }
+}
+
+TEST(Casts, SeparateUrisFromRelativeReferences) {
+    const UriReference undefined = UriReference::undefined();
+    for (const char* text : {"x/y", "//h", "?q", "a:b", "gen:#f", ":", "", "#f"}) {
+        const UriReference from = reference(text);
+        const bool relative = !from.is_empty() && !from.has_scheme();
+        const UriReference& absolute = from.has_scheme() ? from : undefined;
+        EXPECT_EQ(to_uri(from).record(), absolute.record()) << text;
+        EXPECT_EQ(to_relative(from).record(), (relative ? from : undefined).record()) << text;
+        if (relative) {
+            EXPECT_EQ(RelativeUri::cast_from(from).record(), from.record());
+            continue;
+        }
+        try {
+            RelativeUri::cast_from(from);
+            ADD_FAILURE() << text;
+        } catch (const std::bad_cast& error) {
+            EXPECT_STREQ(error.what(), "bad cast");
+            EXPECT_STREQ(dynamic_cast<const impl::BadUriCast&>(error).cast(),
+                         "qnuri::RelativeUri::cast_from");
+        }
+    }
+}
+
+TEST(Order, IgnoresTheCaseOfEscapesAndTheFragment) {
+    constexpr struct {
+        const char* left;
+        const char* right;
+        int order;
+    } cases[] = {
+        {"a%2Fb", "a%2fb", 0},       {"a%2Fb", "a%2eb", 1}, {"a%2", "a%2F", -1},
+        {"%AbC", "%aBc", 'C' - 'c'}, // the third is an ordinary character
+        {"%%AA", "%%aa", 'A' - 'a'}, // a % among the digits begins no escape
+        {"%GA", "%gA", 'G' - 'g'},   {"A", "a", 'A' - 'a'}, {"", "abc", -3},
+        {"\x80", "a", -128 - 'a'},   {"", "", 0},
+    };
+    for (const auto& test : cases) {
+        const std::size_t left = std::strlen(test.left);
+        const std::size_t right = std::strlen(test.right);
+        EXPECT_EQ(compare_escaped(test.left, left, test.right, right), test.order) << test.left;
+        EXPECT_EQ(compare_escaped(test.right, right, test.left, left), -test.order) << test.left;
+        EXPECT_EQ(hash_escaped(test.left, left) == hash_escaped(test.right, right),
+                  test.order == 0);
+    }
+    EXPECT_EQ(hash_escaped("", 0), 0U);
+    EXPECT_EQ(hash_escaped("a%2F", 4), ((97U * 5 + 37) * 5 + 50) * 5 + 102);
+    EXPECT_EQ(hash_escaped("\xFF", 1), 255U);
+    EXPECT_LT(reference("gen:/a#z"), reference("gen:/b"));
+    EXPECT_NE(reference("gen:/a"), reference("gen:/A"));
+    const std::unordered_set<UriReference> set{reference("gen:/%2F#a"), reference("gen:/%2f#b")};
+    EXPECT_EQ(set.size(), 1);
+}
+
+} // namespace
+} // namespace qnuri
