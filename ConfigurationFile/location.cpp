@@ -13,8 +13,8 @@
 #include "platform/machine.h"
 #include "platform/path.h"
 #include "qncertificates/errors.h"
-#include "qncore/embedded_nul.h"
 #include "qncore/error_exception.h"
+#include "qncore/system_name.h"
 
 namespace vdcertificates {
 namespace {
@@ -29,17 +29,11 @@ constexpr const char* root_name =
     "vdcertificates::create_and_get_default_root_configuration_directory()";
 
 bool probe(const std::string& path, bool* sharingViolation) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     for (int attempt = 0; attempt < probe_attempts; ++attempt) {
-        const auto file = platform::open_file(path, platform::FileAccess::write,
-                                              platform::FileDisposition::open_always,
-                                              platform::FileSharing::read_write, {});
-        if (file) {
-            platform::close_file(*file);
-            return true;
-        }
-        if (!file.error().is_sharing_violation()) {
-            return false;
+        const platform::SystemError error = platform::probe_write_access(path);
+        if (!error.is_sharing_violation()) {
+            return !error;
         }
         std::this_thread::sleep_for(probe_pause); // after the last attempt as well: required
     }

@@ -50,7 +50,8 @@ void close_file(FileHandle file) noexcept;
 Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count);
 Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint32_t count);
 
-/// The same at a position, without use of the file pointer where the system allows that.
+/// The same at a position, independent of the file pointer. At or beyond the end a read of one
+/// byte or more fails: ERROR_HANDLE_EOF on Windows, ENODATA on Linux.
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
                                    std::uint32_t count);
 

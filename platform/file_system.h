@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 
 #include "platform/file.h"
@@ -24,6 +25,10 @@ SystemError check_existence(const std::string& path);
 /// Success when this process may read and write what the name stands for; else why not.
 SystemError check_read_write_access(const std::string& path);
 
+/// Opens for writing and closes at once, shared with readers and writers. A missing file is made,
+/// empty, and stays. is_sharing_violation() when another opener denies it.
+SystemError probe_write_access(const std::string& path);
+
 /// True when accounts that are neither the file's owner nor in its group have any permission on
 /// it. False on Windows, where access lists say who may what.
 bool is_open_to_others(const std::string& path);
@@ -37,5 +42,11 @@ SystemError set_key_file_writable(const std::string& path, bool writable);
 /// when that has the set-group-id bit). An existing file keeps content, owner and permissions,
 /// and one that may not be both read and written is refused.
 Result<FileHandle> open_key_file(const std::string& path);
+
+/// Removes a file if it can. May be called by a handler of signals.
+void remove_file(const char* path) noexcept;
+
+/// Lets others remove or rename a file while it is open in this stream, as Linux always does.
+void allow_removal(std::FILE* file) noexcept;
 
 } // namespace platform

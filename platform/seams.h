@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/system_error.h"
@@ -11,7 +12,27 @@
 namespace platform {
 
 /// The calls that a test can make fail.
-enum class Call : std::uint8_t { none, open, read, write, seek, size, set_end, flush };
+enum class Call : std::uint8_t {
+    none,
+    open,
+    read,
+    write,
+    seek,
+    size,
+    set_end,
+    flush,
+    open_directory,
+    read_directory,
+    close_directory,
+    create_mutex,
+    copy,
+    set_times,
+    remove_file,
+    remove_link,
+    remove_linked_directory,
+    current_directory,
+    application_path,
+};
 
 struct Seams {
     std::string machine_setting;   ///< stands for the machine's place of the setting when not empty
@@ -20,6 +41,8 @@ struct Seams {
     std::atomic<Call> failing_call{Call::none};
     std::atomic<int> failures_left{0};
     SystemError failure; ///< what the failing calls answer; success: a write does one byte less
+    /// Called with each path that a RemovalAnchor is about to open or to remove.
+    std::function<void(const std::string&)> before_removal;
 };
 
 Seams& seams() noexcept;

@@ -13,6 +13,7 @@ class AtomicRefCount {
     void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
     /// True when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
   private:
     std::atomic<std::size_t> count_{0};
@@ -24,6 +25,7 @@ class NonAtomicRefCount {
     void increment() noexcept { ++count_; }
     /// True when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
+    bool is_one() const noexcept { return count_ == 1; }
 
   private:
     std::size_t count_ = 0;
@@ -41,6 +43,8 @@ class RefCounted {
 
     void increment() const noexcept { count_.increment(); }
     bool decrement() const noexcept { return count_.decrement(); }
+    /// True unless there is exactly one reference; only its holder can rely on the answer.
+    bool is_shared() const noexcept { return !count_.is_one(); }
 
   protected:
     RefCounted() noexcept = default;

@@ -1,12 +1,15 @@
 #include "qncore/trace_sink.h"
 
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 
 #include <spdlog/logger.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
+
+#include "platform/file_system.h"
 
 namespace qntrace {
 namespace {
@@ -23,11 +26,20 @@ std::shared_ptr<spdlog::logger> make_logger(spdlog::sink_ptr sink) {
     return logger;
 }
 
+/// As the system takes it: UTF-16 on Windows.
+spdlog::filename_t native_name(const std::string& file) {
+    return std::filesystem::path(std::u8string(file.begin(), file.end())).native();
+}
+
 std::shared_ptr<spdlog::logger> make_logger_for(const std::string& file) {
     if (!file.empty()) {
         try {
+            spdlog::file_event_handlers handlers;
+            handlers.after_open = [](const spdlog::filename_t&, std::FILE* stream) {
+                platform::allow_removal(stream);
+            };
             return make_logger(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                file, largest_file, older_files));
+                native_name(file), largest_file, older_files, false, handlers));
         } catch (const spdlog::spdlog_ex&) {
             auto logger = make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
             logger->info("qntrace: cannot open the file of QNTRACE_FILE, writing here: {}", file);

@@ -85,8 +85,8 @@ class TraceManager final : public ITraceMgr {
     };
 
     void read_environment() {
-        levels_ = platform::environment_variable("QNTRACE").value_or("");
-        open_sink(platform::environment_variable("QNTRACE_FILE").value_or(""));
+        levels_ = platform::environment_text("QNTRACE").value_or("");
+        open_sink(platform::environment_text("QNTRACE_FILE").value_or(""));
         for (Entry& entry : entries_) {
             entry.topic.set_trace_level(level_for(entry.topic.name(), levels_));
         }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
 #include "qncore/safe_cast.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
 
 namespace qnfile::impl {
@@ -104,7 +104,7 @@ FileImpl::FileImpl(const std::string& filename, FileAccessMode access,
     const auto systemDisposition = map_argument(
         dispositions, disposition,
         "Invalid creation disposition {@disp} to open file \"{@filename}\"", "disp", filename_);
-    qncore::check_no_embedded_nul(filename_);
+    qncore::check_system_name(filename_);
     handle_ = value_of(platform::open_file(filename_, systemAccess, systemDisposition,
                                            systemSharing, hints_of(flags)),
                        "Unable to open file \"{@filename}\"", filename_, error::qnfile_io_open,
@@ -122,9 +122,10 @@ std::uint64_t FileImpl::read(void* buffer, std::uint64_t count) {
 }
 
 std::uint64_t FileImpl::read_at(std::uint64_t position, void* buffer, std::uint64_t count) {
+    // Required: a read at a position names the plain read.
     return value_of(
         platform::read_file_at(handle_, position, buffer, qncore::safe_cast<std::uint32_t>(count)),
-        read_message, filename_, error::qnfile_io_read, "qnfile::impl::FileImpl::read_at()");
+        read_message, filename_, error::qnfile_io_read, "qnfile::impl::FileImpl::read()");
 }
 
 std::uint64_t FileImpl::write(const void* buffer, std::uint64_t count) {

@@ -26,6 +26,8 @@ class FileImpl {
 
     /// Bytes transferred, which may be fewer than asked for. A count beyond 32 bits throws.
     std::uint64_t read(void* buffer, std::uint64_t count);
+    /// The same at a position from the start, whatever the file pointer; at or beyond the end a
+    /// read of one byte or more fails.
     std::uint64_t read_at(std::uint64_t position, void* buffer, std::uint64_t count);
     std::uint64_t write(const void* buffer, std::uint64_t count);
 

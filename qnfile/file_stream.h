@@ -6,6 +6,7 @@
 #include "platform/file.h"
 #include "qncore/ref_counted.h"
 #include "qncore/streams.h"
+#include "qnuri/uri_reference.h"
 
 // Streams over files, without a buffer of their own: one read or write is one call of the system.
 // A transfer is at most 2^32 - 1 bytes. Failures are ErrorExceptions below error.qnfile.io with
@@ -45,12 +46,15 @@ class FileStreamBase : public qncore::RefCounted<qncore::AtomicRefCount> {
     virtual const std::string& filename() const = 0;
 };
 
-// The create functions open by a name in UTF-8 (on Linux any bytes) without an embedded zero.
-// Relative names are the system's business.
+// The create functions open by a name in UTF-8 (on Linux any bytes) without an embedded zero;
+// relative names are the system's business. Those with a reference (or a Uri) open the file that
+// filename_from_uri gives for it, and throw error.qnfile.filename.uri when it names none.
 
 class FileReadStream : public FileStreamBase, public qncore::ISeekableReadStream {
   public:
     static qncore::RefCountPtr<FileReadStream> create(const std::string& filename,
+                                                      FileShareMode share, FileOpenFlags flags);
+    static qncore::RefCountPtr<FileReadStream> create(const qnuri::UriReference& uri,
                                                       FileShareMode share, FileOpenFlags flags);
 };
 
@@ -61,6 +65,9 @@ class FileWriteStream : public FileStreamBase,
     static qncore::RefCountPtr<FileWriteStream> create(const std::string& filename,
                                                        FileCreationDisposition disposition,
                                                        FileShareMode share, FileOpenFlags flags);
+    static qncore::RefCountPtr<FileWriteStream> create(const qnuri::UriReference& uri,
+                                                       FileCreationDisposition disposition,
+                                                       FileShareMode share, FileOpenFlags flags);
 };
 
 class FileReadWriteStream : public FileStreamBase,
@@ -68,6 +75,10 @@ class FileReadWriteStream : public FileStreamBase,
                             public qncore::IResizableStream {
   public:
     static qncore::RefCountPtr<FileReadWriteStream> create(const std::string& filename,
+                                                           FileCreationDisposition disposition,
+                                                           FileShareMode share,
+                                                           FileOpenFlags flags);
+    static qncore::RefCountPtr<FileReadWriteStream> create(const qnuri::UriReference& uri,
                                                            FileCreationDisposition disposition,
                                                            FileShareMode share,
                                                            FileOpenFlags flags);

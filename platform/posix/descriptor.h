@@ -1,6 +1,7 @@
 #pragma once
 
 #include <unistd.h>
+#include <utility>
 
 namespace platform {
 
@@ -17,6 +18,8 @@ class Descriptor {
         }
     }
     int get() const noexcept { return descriptor_; }
+    /// Gives the descriptor away, unclosed.
+    int release() noexcept { return std::exchange(descriptor_, -1); }
 
   private:
     int descriptor_;

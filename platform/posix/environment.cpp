@@ -9,6 +9,10 @@ std::optional<std::string> environment_variable(const char* name) {
     return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
 }
 
+std::optional<std::string> environment_text(const char* name) {
+    return environment_variable(name);
+}
+
 void set_environment_variable(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
 }

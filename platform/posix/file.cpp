@@ -127,8 +127,11 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
     if (take_failure(Call::read)) {
         return seams().failure;
     }
-    return result_of<std::uint32_t>(
-        ::pread(descriptor_of(file), buffer, count, static_cast<off_t>(position)));
+    const ssize_t got = ::pread(descriptor_of(file), buffer, count, static_cast<off_t>(position));
+    if (got == 0 && count != 0) {
+        return SystemError::posix(ENODATA);
+    }
+    return result_of<std::uint32_t>(got);
 }
 
 Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method) {

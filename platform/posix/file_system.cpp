@@ -67,6 +67,15 @@ SystemError check_read_write_access(const std::string& path) {
     return result_of(::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS));
 }
 
+SystemError probe_write_access(const std::string& path) {
+    const auto file = open_file(path, FileAccess::write, FileDisposition::open_always,
+                                FileSharing::read_write, {});
+    if (file) {
+        close_file(*file);
+    }
+    return file.error();
+}
+
 bool is_open_to_others(const std::string& path) {
     struct stat status = {};
     return ::stat(path.c_str(), &status) == 0 && (status.st_mode & S_IRWXO) != 0;
@@ -93,6 +102,14 @@ Result<FileHandle> open_key_file(const std::string& path) {
         return refusal;
     }
     return FileHandle{descriptor};
+}
+
+void remove_file(const char* path) noexcept {
+    ::unlink(path);
+}
+
+void allow_removal(std::FILE*) noexcept {
+    // Nothing keeps others from it.
 }
 
 } // namespace platform

@@ -10,6 +10,7 @@
 
 #include "platform/posix/descriptor.h"
 #include "platform/posix/mutex_object.h"
+#include "platform/seams.h"
 
 namespace platform {
 namespace {
@@ -81,6 +82,9 @@ MappedMutex& mapped(void* state) {
 } // namespace
 
 SystemError NamedMutex::create(const std::string& name) {
+    if (take_failure(Call::create_mutex)) {
+        return seams().failure;
+    }
     SystemError error = open_limited(name);
     // Opened before it is created: a sticky directory may refuse to create what another made.
     if (!error.is_not_found()) {

@@ -1,5 +1,7 @@
 #include "platform/testing/testing.h"
 
+#include <utility>
+
 namespace platform::testing {
 
 void set_machine_setting(const std::string& place) {
@@ -18,6 +20,10 @@ void fail_next(Call call, SystemError error, int times) {
     seams().failure = error;
     seams().failures_left = times;
     seams().failing_call = call;
+}
+
+void before_removal(std::function<void(const std::string&)> hook) {
+    seams().before_removal = std::move(hook);
 }
 
 } // namespace platform::testing

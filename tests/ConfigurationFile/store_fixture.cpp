@@ -20,13 +20,14 @@ Machine::Machine()
 }
 
 Machine::~Machine() {
+    platform::testing::store_machine_root(std::nullopt);
     platform::testing::remove_named_mutex(ConfigurationFileMutex::sm_configurationFileMutexName);
 }
 
 void Machine::enter(const std::string& directory) {
     const std::filesystem::path path(directory);
     platform::testing::set_computer_name("TESTHOST");
-    platform::testing::set_machine_setting((path / "machine.conf").string());
+    platform::testing::set_machine_setting(platform::testing::machine_setting_of(directory));
     platform::testing::set_mutex_name_suffix(path.filename().string());
 }
 
@@ -35,11 +36,11 @@ std::string Machine::root() const {
 }
 
 std::string Machine::in_root(const std::string& name) const {
-    return (std::filesystem::path(root()) / name).string();
+    return (std::filesystem::path(root()) / name).make_preferred().string();
 }
 
 void Machine::set_machine_root(const std::string& path) {
-    support::write_file(directory_.file("machine.conf"), "Path=" + path + "\n");
+    platform::testing::store_machine_root(path);
 }
 
 void StoreTest::write_configuration(const std::string& text) {

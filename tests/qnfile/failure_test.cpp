@@ -1,10 +1,6 @@
-#include <functional>
-
-#include <gmock/gmock.h>
-
 #include "platform/testing/testing.h"
-#include "qncore/error_exception.h"
 #include "qnfile/file_impl.h"
+#include "tests/qnfile/expected_failure.h"
 #include "tests/support/temporary_directory.h"
 
 namespace qnfile {
@@ -14,16 +10,6 @@ using impl::FileImpl;
 using platform::Call;
 
 constexpr const char* constructor = "qnfile::impl::FileImpl::FileImpl()";
-
-qncore::ErrorInfoPtr failure_of(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const qncore::ErrorException& exception) {
-        return exception.info();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return {};
-}
 
 class FailureTest : public ::testing::Test {
   protected:
@@ -110,15 +96,7 @@ TEST_F(FailureTest, EveryFailureByItsCodeMessagePlaceAndCause) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.message);
-        const qncore::ErrorInfoPtr info = failure_of(c.action);
-        ASSERT_TRUE(info);
-        EXPECT_EQ(info->code().path(), c.code);
-        EXPECT_EQ(info->text(), c.message);
-        EXPECT_EQ(info->location().function.view(), c.function);
-        ASSERT_EQ(static_cast<bool>(info->nested()), c.has_cause);
-        if (c.has_cause) {
-            EXPECT_EQ(info->nested()->location().function.view(), c.function);
-        }
+        expect_failure(failure_of(c.action), {c.code, c.message, c.function, c.has_cause});
     }
 }
 

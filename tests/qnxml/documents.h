@@ -36,6 +36,17 @@ inline std::string without_position(const std::string& message) {
     return message.substr(message.find("]: ") + 3);
 }
 
+/// What the action throws: code, function and message without the position, apart by blanks; empty
+/// when it throws nothing.
+template <class Action>
+std::string failure_of(Action action) {
+    const qncore::ErrorInfoPtr error = error_of(action);
+    return error ? std::string(error->code().path()) + " " +
+                       std::string(error->location().function.view()) + " " +
+                       without_position(error->text())
+                 : "";
+}
+
 /// The node on which the reader stands: its type, the name and the attributes of a tag, the value
 /// of what has one.
 inline std::string describe_node(qnxml::XmlReader& reader) {

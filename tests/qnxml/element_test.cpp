@@ -133,10 +133,9 @@ TEST(Element, MayHaveMoreAttributesThanRoom) {
 
     for (const char* duplicate : {"n0", "p:n31", "n32", "p:n299", "xmlns:p"}) {
         Document refused(text + " xmlns:p='u' " + duplicate + "='1'/>");
-        const auto error = qnxml_test::error_of([&] { element_named(refused.reader, "a"); });
-        ASSERT_TRUE(error);
-        EXPECT_THAT(error->text(), testing::EndsWith("Duplicate attribute name: '" +
-                                                     std::string(duplicate) + "'"));
+        EXPECT_THAT(
+            qnxml_test::failure_of([&] { element_named(refused.reader, "a"); }),
+            testing::EndsWith("Duplicate attribute name: '" + std::string(duplicate) + "'"));
     }
 }
 

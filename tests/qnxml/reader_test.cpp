@@ -10,6 +10,7 @@ using qnxml::XmlElementKind;
 using qnxml::XmlNodeType;
 using qnxml_test::Document;
 using qnxml_test::error_of;
+using qnxml_test::failure_of;
 using qnxml_test::nodes;
 using testing::EndsWith;
 
@@ -136,29 +137,30 @@ const Failure failures[] = {
      "Unable to resolve entity reference 'foo'; no entity resolver specified"},
 };
 
+/// Reads to the end or the failure.
+void read_all(qnxml::XmlReader& reader) {
+    while (reader.read_next()) {
+    }
+}
+
 TEST(Reader, FailsWithMessagePlaceAndCodeForGood) {
     for (const Failure& test : failures) {
+        SCOPED_TRACE(test.document);
         Document document(test.document);
-        const qncore::ErrorInfoPtr error = error_of([&] {
-            while (document.reader.read_next()) {
-            }
-        });
-        ASSERT_TRUE(error) << test.document;
-        EXPECT_EQ(error->code(), qnxml::error::qnxml_reader) << test.document;
+        qnxml::XmlReader& reader = document.reader;
+        const qncore::ErrorInfoPtr error = error_of([&] { read_all(reader); });
+        ASSERT_TRUE(error);
         EXPECT_EQ(error->text(),
                   qnxml::format_location(document.tokenizer.location(), test.message));
-        EXPECT_EQ(error->location().function.view(),
-                  std::string("qnxml::XmlReader::") + test.function + "()")
-            << test.document;
-        EXPECT_EQ(document.reader.node_type(), XmlNodeType::Error);
-        EXPECT_THAT(error_of([&] { document.reader.read_next(); })->text(),
-                    EndsWith("]: Cannot continue after error"));
-        for (const auto& operation :
-             {+[](Document& it) { it.reader.value(); },
-              +[](Document& it) { it.reader.value_stream().available(); }}) {
-            EXPECT_THAT(error_of([&] { operation(document); })->text(),
-                        EndsWith("]: Value cannot be read after a parse error"));
-        }
+        EXPECT_EQ(failure_of([&] { qncore::throw_error(error); }),
+                  std::string("error.qnxml.reader qnxml::XmlReader::") + test.function + "() " +
+                      test.message);
+        EXPECT_EQ(reader.node_type(), XmlNodeType::Error);
+        EXPECT_THAT(failure_of([&] { reader.read_next(); }),
+                    EndsWith("() Cannot continue after error"));
+        const std::string broken = "() Value cannot be read after a parse error";
+        EXPECT_THAT(failure_of([&] { reader.value(); }), EndsWith(broken));
+        EXPECT_THAT(failure_of([&] { reader.value_stream().available(); }), EndsWith(broken));
     }
 }
 
@@ -204,18 +206,10 @@ TEST(Reader, RefusesTokensThatDoNotFit) {
     for (const auto& test : cases) {
         ScriptedTokenizer tokenizer(test.script);
         qnxml::XmlReader reader(&tokenizer);
-        const qncore::ErrorInfoPtr error = error_of([&] {
-            while (reader.read_next()) {
-            }
-        });
-        ASSERT_TRUE(error) << test.function;
-        EXPECT_EQ(error->code(), qnxml::error::qnxml_reader_unexpected_token);
-        std::ostringstream token;
-        token << test.script.back().first;
-        EXPECT_EQ(qnxml_test::without_position(error->text()),
-                  "Unexpected tokenizer token: " + token.str());
-        EXPECT_EQ(error->location().function.view(),
-                  std::string("qnxml::XmlReader::") + test.function + "()");
+        std::ostringstream expected;
+        expected << "error.qnxml.reader.unexpected.token qnxml::XmlReader::" << test.function
+                 << "() Unexpected tokenizer token: " << test.script.back().first;
+        EXPECT_EQ(failure_of([&] { read_all(reader); }), expected.str());
     }
 }
 
@@ -290,19 +284,18 @@ TEST(Reader, ReadsTheTextOfAnElement) {
 
 TEST(Reader, ReportsUnexpectedElements) {
     const auto location = QN_LOCATION("somewhere()");
+    const std::string head =
+        "error.qnxml.reader.unexpected.element somewhere() Unexpected element: ";
     Document plain("<a/>");
     plain.reader.next_element();
-    qncore::ErrorInfoPtr error = error_of([&] { plain.reader.throw_unexpected_element(location); });
-    EXPECT_EQ(error->text(), "[line 1, pos 4]: Unexpected element: Name='a', Namespace=<>");
-    EXPECT_EQ(error->code(), qnxml::error::qnxml_reader_unexpected_element);
-    EXPECT_EQ(error->location().function.view(), "somewhere()");
+    EXPECT_EQ(failure_of([&] { plain.reader.throw_unexpected_element(location); }),
+              head + "Name='a', Namespace=<>");
     EXPECT_EQ(plain.reader.node_type(), XmlNodeType::Error);
 
     Document named("<p:a xmlns:p='u'/>");
     named.reader.next_element();
-    error = error_of([&] { named.reader.throw_unexpected_element("v", "b", location); });
-    EXPECT_EQ(error->text(), "[line 1, pos 18]: Unexpected element: Name='p:a', Namespace=<u>.  "
-                             "ExpectedLocalName='b', ExpectedNamespace=<v>");
+    EXPECT_EQ(failure_of([&] { named.reader.throw_unexpected_element("v", "b", location); }),
+              head + "Name='p:a', Namespace=<u>.  ExpectedLocalName='b', ExpectedNamespace=<v>");
 }
 
 TEST(Reader, TakesOtherEncodingsWhenTold) {

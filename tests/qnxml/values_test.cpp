@@ -1,22 +1,24 @@
 // The ways to read a value, references, entity resolvers.
 #include <gmock/gmock.h>
 
-#include "qnxml/errors.h"
 #include "tests/qnxml/documents.h"
 
 namespace {
 
 using qnxml::XmlNodeType;
 using qnxml_test::Document;
-using qnxml_test::error_of;
-using qnxml_test::without_position;
+using qnxml_test::failure_of;
 using testing::ElementsAre;
 
-void read_to(qnxml::XmlReader& reader, XmlNodeType type) {
-    while (reader.node_type() != type && reader.read_next()) {
+/// A document whose reader stands on its first node of the type.
+struct AtNode : Document {
+    AtNode(std::string_view text, XmlNodeType type, qnxml::IEntityResolver* resolver = nullptr)
+        : Document(text, resolver) {
+        while (reader.node_type() != type && reader.read_next()) {
+        }
+        EXPECT_EQ(reader.node_type(), type) << text;
     }
-    ASSERT_EQ(reader.node_type(), type);
-}
+};
 
 std::string streamed(qncore::IReadStream& stream, std::size_t piece) {
     std::string text;
@@ -47,123 +49,104 @@ const Case cases[] = {
     {XmlNodeType::EndElement, "<a></a>", ""},
 };
 
-TEST(Values, AreTheSameByAllWays) {
+/// Reads the value of the node, and holds it against the expected one.
+using Way = void (*)(qnxml::XmlReader& reader, const std::string& expected);
+
+const Way ways[] = {
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        EXPECT_EQ(reader.value(), expected);
+        EXPECT_EQ(&reader.value(), &reader.value());
+        EXPECT_EQ(reader.value_stream().available(), expected.size());
+        EXPECT_EQ(streamed(reader.value_stream(), 100), expected);
+    },
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        EXPECT_EQ(streamed(reader.value_stream(), 7), expected);
+        EXPECT_EQ(reader.value_stream().available(), 0U);
+    },
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        EXPECT_EQ(streamed(reader.value_stream(), 5000), expected);
+    },
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        EXPECT_EQ(reader.value_stream().skip(10000), expected.size());
+    },
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        EXPECT_EQ(reader.value_stream().skip(1), std::min<std::size_t>(expected.size(), 1));
+    },
+    [](qnxml::XmlReader& reader, const std::string& expected) {
+        support::MemoryWriteStream out;
+        reader.read_value_into_stream(out);
+        EXPECT_EQ(out.text, expected);
+    },
+};
+
+TEST(Values, AreTheSameByAllWaysAndTheRestFollows) {
     for (const Case& test : cases) {
-        const auto check_rest = [&](Document& document) {
+        for (const Way& way : ways) {
+            SCOPED_TRACE(test.document + ", way " + std::to_string(&way - ways));
+            AtNode document(test.document, test.type);
+            way(document.reader, test.value);
             while (document.reader.node_type() != XmlNodeType::EndElement) {
                 ASSERT_TRUE(document.reader.read_next());
             }
             EXPECT_FALSE(document.reader.read_next());
-        };
-        Document whole(test.document);
-        read_to(whole.reader, test.type);
-        EXPECT_EQ(whole.reader.value(), test.value) << test.document;
-        EXPECT_EQ(&whole.reader.value(), &whole.reader.value());
-        EXPECT_EQ(whole.reader.value_stream().available(), test.value.size());
-        EXPECT_EQ(streamed(whole.reader.value_stream(), 100), test.value);
-        check_rest(whole);
-
-        for (const std::size_t piece : {1U, 7U, 64U, 5000U}) {
-            Document pieces(test.document);
-            read_to(pieces.reader, test.type);
-            EXPECT_EQ(streamed(pieces.reader.value_stream(), piece), test.value) << piece;
-            EXPECT_EQ(pieces.reader.value_stream().available(), 0U);
-            check_rest(pieces);
         }
-
-        Document skipped(test.document);
-        read_to(skipped.reader, test.type);
-        EXPECT_EQ(skipped.reader.value_stream().skip(10000), test.value.size());
-        check_rest(skipped);
-
-        Document written(test.document);
-        read_to(written.reader, test.type);
-        support::MemoryWriteStream out;
-        written.reader.read_value_into_stream(out);
-        EXPECT_EQ(out.text, test.value);
-        check_rest(written);
-
-        Document left(test.document);
-        read_to(left.reader, test.type);
-        char byte = 0;
-        left.reader.value_stream().read(&byte, 1);
-        check_rest(left);
     }
 }
 
 TEST(Values, OfInstructionsEndOnlyInTheBuffer) {
-    const std::string document = "<a><?p data?></a>";
-    Document whole(document);
-    read_to(whole.reader, XmlNodeType::PI);
-    EXPECT_EQ(whole.reader.value(), " data");
-    EXPECT_TRUE(whole.reader.read_next());
-    EXPECT_EQ(whole.reader.current_element()->qualified_name(), "a");
-
-    Document written(document);
-    read_to(written.reader, XmlNodeType::PI);
-    support::MemoryWriteStream out;
-    written.reader.read_value_into_stream(out);
-    EXPECT_EQ(out.text, " data");
-    EXPECT_TRUE(written.reader.read_next());
-
-    Document pieces(document);
-    read_to(pieces.reader, XmlNodeType::PI);
+    for (const Way& way : {ways[0], ways[5]}) {
+        AtNode whole("<a><?p data?></a>", XmlNodeType::PI);
+        way(whole.reader, " data");
+        EXPECT_TRUE(whole.reader.read_next());
+        EXPECT_EQ(whole.reader.current_element()->qualified_name(), "a");
+    }
+    AtNode pieces("<a><?p data?></a>", XmlNodeType::PI);
+    qncore::IReadStream& stream = pieces.reader.value_stream();
     std::string data(5, '?');
-    EXPECT_EQ(pieces.reader.value_stream().read(data.data(), 5), 5U);
+    EXPECT_EQ(stream.read(data.data(), 5), 5U);
     EXPECT_EQ(data, " data");
-    const auto error = error_of([&] { pieces.reader.value_stream().read(data.data(), 5); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), qnxml::error::qnxml_reader_unexpected_token);
-    EXPECT_EQ(without_position(error->text()), "Unexpected tokenizer token: PIEnd");
-    EXPECT_EQ(error->location().function.view(), "qnxml::XmlReader::stream_read_aux()");
-    const auto later = error_of([&] { pieces.reader.value_stream().skip(1); });
-    EXPECT_EQ(without_position(later->text()), "Value cannot be read after a parse error");
-    EXPECT_EQ(later->location().function.view(),
-              "qnxml::XmlReader:ValueReadStreamImpl::check_state()");
+    EXPECT_EQ(failure_of([&] { stream.read(data.data(), 5); }),
+              "error.qnxml.reader.unexpected.token qnxml::XmlReader::stream_read_aux() "
+              "Unexpected tokenizer token: PIEnd");
+    EXPECT_EQ(failure_of([&] { stream.skip(1); }),
+              "error.qnxml.reader qnxml::XmlReader:ValueReadStreamImpl::check_state() "
+              "Value cannot be read after a parse error");
 }
 
 TEST(Values, GoLargeChunksStraightToTheStream) {
-    Document document("<a>" + std::string(2500, 'x') + "&lt;" + std::string(2500, 'y') + "</a>");
-    read_to(document.reader, XmlNodeType::Text);
-    support::MemoryWriteStream out;
-    document.reader.read_value_into_stream(out);
-    EXPECT_THAT(out.writes, ElementsAre(1018, 1018, 464, 1, 1018, 1018, 464));
-
+    const auto writes = [](const std::string& text) {
+        AtNode node("<a>" + text + "</a>", XmlNodeType::Text);
+        support::MemoryWriteStream out;
+        node.reader.read_value_into_stream(out);
+        return out.writes;
+    };
+    EXPECT_THAT(writes(std::string(2500, 'x') + "&lt;" + std::string(2500, 'y')),
+                ElementsAre(1018, 1018, 464, 1, 1018, 1018, 464));
     std::string many;
     for (int i = 0; i < 100; ++i) {
         many += "ab&gt;";
     }
-    Document gathered("<a>" + many + "</a>");
-    read_to(gathered.reader, XmlNodeType::Text);
-    support::MemoryWriteStream small;
-    gathered.reader.read_value_into_stream(small);
-    EXPECT_THAT(small.writes, ElementsAre(129, 129, 42));
+    EXPECT_THAT(writes(many), ElementsAre(129, 129, 42));
 }
 
 TEST(Values, AreReadOnce) {
-    const std::string stream_message =
+    const std::string message =
         "Value has already been read through stream, cannot create value buffer";
-    const auto text = [] { return "<a>x</a>"; };
     support::MemoryWriteStream out;
-
-    Document written(text());
-    read_to(written.reader, XmlNodeType::Text);
+    AtNode written("<a>x</a>", XmlNodeType::Text);
     EXPECT_EQ(written.reader.value_stream().available(), ~std::uint64_t{0});
     written.reader.value();
     written.reader.read_value_into_stream(out);
     EXPECT_EQ(out.text, "x");
-    auto error = error_of([&] { written.reader.read_value_into_stream(out); });
-    EXPECT_EQ(without_position(error->text()), stream_message);
-    EXPECT_EQ(error->location().function.view(), "qnxml::XmlReader::read_value_into_stream()");
-    error = error_of([&] { written.reader.read_value_into_stream(out); });
-    EXPECT_EQ(without_position(error->text()), "Value cannot be read after a parse error");
+    const auto write = [&] { written.reader.read_value_into_stream(out); };
+    const std::string place = "error.qnxml.reader qnxml::XmlReader::read_value_into_stream() ";
+    EXPECT_EQ(failure_of(write), place + message);
+    EXPECT_EQ(failure_of(write), place + "Value cannot be read after a parse error");
 
-    Document streaming(text());
-    read_to(streaming.reader, XmlNodeType::Text);
+    AtNode streaming("<a>x</a>", XmlNodeType::Text);
     streaming.reader.value_stream().skip(1);
-    error = error_of([&] { streaming.reader.value(); });
-    EXPECT_EQ(without_position(error->text()), stream_message);
-    EXPECT_EQ(error->location().function.view(), "qnxml::XmlReader::read_value_into_buffer()");
+    EXPECT_EQ(failure_of([&] { streaming.reader.value(); }),
+              "error.qnxml.reader qnxml::XmlReader::read_value_into_buffer() " + message);
 }
 
 /// Knows "empty" and "markup".
@@ -192,19 +175,16 @@ TEST(References, AskTheResolver) {
     EXPECT_EQ(resolver.asked, "markup; empty; empty; markup; ");
 
     resolver.asked.clear();
-    Document skipped("<a>&empty;&none;</a>", &resolver);
-    ASSERT_TRUE(skipped.reader.next_element());
-    ASSERT_TRUE(skipped.reader.read_next());
-    const auto error = error_of([&] { skipped.reader.read_next(); });
-    EXPECT_EQ(without_position(error->text()), "Unable to resolve entity reference 'none'");
-    EXPECT_EQ(error->location().function.view(), "qnxml::XmlReader::resolve_entity_ref()");
+    AtNode skipped("<a>&empty;&none;</a>", XmlNodeType::Text, &resolver);
+    EXPECT_EQ(failure_of([&] { skipped.reader.read_next(); }),
+              "error.qnxml.reader qnxml::XmlReader::resolve_entity_ref() "
+              "Unable to resolve entity reference 'none'");
     EXPECT_EQ(resolver.asked, "empty?; none?; ");
 }
 
 TEST(References, LoseTheNameOfTheirParameter) {
-    Document document("<a>&#x00;</a>");
-    read_to(document.reader, XmlNodeType::Text);
-    const auto error = error_of([&] { document.reader.value(); });
+    AtNode node("<a>&#x00;</a>", XmlNodeType::Text);
+    const auto error = qnxml_test::error_of([&] { node.reader.value(); });
     EXPECT_EQ(*error->params().find("charReferece"), "x00");
 }
 

@@ -5,6 +5,9 @@
 
 namespace support {
 
+/// Sets (or with no value removes) an environment variable of this process, for its children too.
+void set_variable(const std::string& name, const std::optional<std::string>& value);
+
 /// Sets (or with no value removes) an environment variable until the guard goes.
 class EnvironmentGuard {
   public:

@@ -13,7 +13,7 @@ const bool g_isolated = [] {
         return false;
     }
     const std::filesystem::path path(*directory);
-    platform::testing::set_machine_setting((path / "machine.conf").string());
+    platform::testing::set_machine_setting(platform::testing::machine_setting_of(*directory));
     platform::testing::set_mutex_name_suffix("-" + path.filename().string());
     return true;
 }();

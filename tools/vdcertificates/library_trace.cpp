@@ -31,7 +31,7 @@ std::array<char, 4096> g_file_of_signal{};
 
 /// Nothing but one system call and the signal's own effect, so that it may happen at any time.
 extern "C" void remove_file_and_end(int number) {
-    std::remove(g_file_of_signal.data());
+    platform::remove_file(g_file_of_signal.data());
     std::signal(number, SIG_DFL);
     std::raise(number);
 }
@@ -74,7 +74,7 @@ std::string without_prefix(const std::string& text) {
 } // namespace
 
 LibraryTrace::LibraryTrace() {
-    if (!platform::environment_variable("QNTRACE").value_or("").empty()) {
+    if (!platform::environment_text("QNTRACE").value_or("").empty()) {
         return;
     }
     file_ = make_private_file();
@@ -93,7 +93,7 @@ LibraryTrace::LibraryTrace() {
 
 LibraryTrace::~LibraryTrace() {
     if (!file_.empty()) {
-        std::remove(file_.c_str());
+        platform::remove_file(file_.c_str());
     }
 }
 

@@ -1,5 +1,6 @@
 #include <exception>
 
+#include "platform/program.h"
 #include "tools/vdcertificates/commands.h"
 
 namespace {
@@ -29,7 +30,8 @@ ExitStatus run(CommandLine& line) {
 
 int main(int count, char** words) {
     try {
-        CommandLine line = parse_command_line({words + 1, words + count});
+        platform::prepare_standard_streams();
+        CommandLine line = parse_command_line(platform::program_arguments(count, words));
         return run(line);
     } catch (const UsageError& error) {
         print_error(error.what());

@@ -1,0 +1,48 @@
+#include "platform/process_paths.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+#include "platform/posix/link_text.h"
+#include "platform/seams.h"
+
+namespace platform {
+namespace {
+
+constexpr std::size_t first_buffer_size = 260;
+
+} // namespace
+
+SystemError set_current_directory(const std::string& path) {
+    return ::chdir(path.c_str()) == 0 ? SystemError() : SystemError::posix(errno);
+}
+
+Result<std::string> current_directory(std::size_t& bufferSize) {
+    bufferSize = first_buffer_size;
+    for (std::string buffer(bufferSize, '\0');; buffer.resize(bufferSize)) {
+        if (take_failure(Call::current_directory)) {
+            return seams().failure;
+        }
+        if (::getcwd(buffer.data(), buffer.size()) != nullptr) {
+            return std::string(buffer.c_str());
+        }
+        if (errno != ERANGE) {
+            return SystemError::posix(errno);
+        }
+        bufferSize *= 2;
+    }
+}
+
+Result<std::string> runtime_current_directory() {
+    std::size_t bufferSize = 0;
+    return current_directory(bufferSize);
+}
+
+Result<std::string> application_path() {
+    if (take_failure(Call::application_path)) {
+        return seams().failure;
+    }
+    return text_of_link("/proc/self/exe");
+}
+
+} // namespace platform

@@ -1,0 +1,91 @@
+#include "platform/removal.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/posix/descriptor.h"
+#include "platform/seams.h"
+
+namespace platform {
+namespace {
+
+using Step = LinkRemoval::Step;
+
+/// A name, and the descriptor of the directory that it is resolved in.
+struct Place {
+    int directory;
+    std::string name;
+};
+
+/// A separator at the end would make the system follow a link.
+std::string without_trailing_separators(const std::string& path) {
+    const std::size_t last = path.find_last_not_of('/');
+    return last == std::string::npos ? path : path.substr(0, last + 1);
+}
+
+Place place_of(FileHandle anchor, const std::string& path) {
+    if (seams().before_removal) {
+        seams().before_removal(path);
+    }
+    const std::string name = without_trailing_separators(path);
+    return anchor == invalid_file
+               ? Place{AT_FDCWD, name}
+               : Place{static_cast<int>(anchor), name.substr(name.rfind('/') + 1)};
+}
+
+SystemError unlink(const Place& place, int flags) {
+    return ::unlinkat(place.directory, place.name.c_str(), flags) == 0 ? SystemError()
+                                                                       : SystemError::posix(errno);
+}
+
+} // namespace
+
+Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
+    const Place place = place_of(directory_, path);
+    const int directory =
+        ::openat(place.directory, place.name.c_str(),
+                 O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW));
+    if (directory < 0) {
+        return SystemError::posix(errno);
+    }
+    return RemovalAnchor(FileHandle{directory});
+}
+
+SystemError RemovalAnchor::remove_file(const std::string& path) const {
+    if (take_failure(Call::remove_file)) {
+        return seams().failure;
+    }
+    return unlink(place_of(directory_, path), 0);
+}
+
+SystemError RemovalAnchor::remove_directory(const std::string& path) const {
+    return unlink(place_of(directory_, path), AT_REMOVEDIR);
+}
+
+LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
+    const Place place = place_of(directory_, path);
+    const Descriptor link(
+        ::openat(place.directory, place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (link.get() < 0) {
+        return {Step::open, SystemError::posix(errno)};
+    }
+    struct stat status = {};
+    if (::fstat(link.get(), &status) != 0) {
+        return {Step::read, SystemError::posix(errno)};
+    }
+    if (!S_ISLNK(status.st_mode)) {
+        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() says
+    }
+    if (take_failure(Call::remove_link)) {
+        return {Step::remove, seams().failure};
+    }
+    if (const SystemError error = unlink(place, 0)) {
+        return {Step::remove, error};
+    }
+    return {Step::remove_directory,
+            take_failure(Call::remove_linked_directory) ? seams().failure : SystemError()};
+}
+
+} // namespace platform

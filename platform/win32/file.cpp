@@ -1,0 +1,163 @@
+#include "platform/file.h"
+
+#include "platform/seams.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+
+namespace platform {
+namespace {
+
+HANDLE handle_of(FileHandle file) {
+    return reinterpret_cast<HANDLE>(file);
+}
+
+DWORD access_of(FileAccess access) {
+    switch (access) {
+    case FileAccess::read:
+        return GENERIC_READ;
+    case FileAccess::write:
+        return GENERIC_WRITE;
+    case FileAccess::read_write:
+        break;
+    }
+    return GENERIC_READ | GENERIC_WRITE;
+}
+
+/// Required: deleting is shared by every value.
+DWORD share_mode_of(FileSharing sharing) {
+    switch (sharing) {
+    case FileSharing::read_write:
+        return FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    case FileSharing::read:
+        return FILE_SHARE_READ | FILE_SHARE_DELETE;
+    case FileSharing::write:
+        return FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    case FileSharing::none:
+        break;
+    }
+    return FILE_SHARE_DELETE;
+}
+
+DWORD disposition_of(FileDisposition disposition) {
+    switch (disposition) {
+    case FileDisposition::create_new:
+        return CREATE_NEW;
+    case FileDisposition::create_always:
+        return CREATE_ALWAYS;
+    case FileDisposition::open_always:
+        return OPEN_ALWAYS;
+    case FileDisposition::open_existing:
+        return OPEN_EXISTING;
+    case FileDisposition::truncate_existing:
+        break;
+    }
+    return TRUNCATE_EXISTING;
+}
+
+DWORD flags_of(FileHints hints) {
+    return FILE_ATTRIBUTE_NORMAL | (hints.sequential_scan ? FILE_FLAG_SEQUENTIAL_SCAN : 0) |
+           (hints.random_access ? FILE_FLAG_RANDOM_ACCESS : 0) |
+           (hints.write_through ? FILE_FLAG_WRITE_THROUGH : 0) |
+           (hints.overlapped ? FILE_FLAG_OVERLAPPED : 0);
+}
+
+LARGE_INTEGER large(std::int64_t value) {
+    LARGE_INTEGER number;
+    number.QuadPart = value;
+    return number;
+}
+
+template <class T>
+Result<T> result_of(BOOL done, T value) {
+    return done ? Result<T>(value) : Result<T>(last_error());
+}
+
+} // namespace
+
+Result<FileHandle> open_file(const std::string& name, FileAccess access,
+                             FileDisposition disposition, FileSharing sharing, FileHints hints) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
+    const HANDLE handle =
+        ::CreateFileW(wide(name).c_str(), access_of(access), share_mode_of(sharing), nullptr,
+                      disposition_of(disposition), flags_of(hints), nullptr);
+    return result_of(handle != INVALID_HANDLE_VALUE, reinterpret_cast<FileHandle>(handle));
+}
+
+void close_file(FileHandle file) noexcept {
+    if (file != invalid_file) {
+        ::CloseHandle(handle_of(file));
+    }
+}
+
+Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count) {
+    if (take_failure(Call::read)) {
+        return seams().failure;
+    }
+    DWORD done = 0;
+    const BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, nullptr);
+    return result_of<std::uint32_t>(success, done);
+}
+
+Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint32_t count) {
+    if (take_failure(Call::write)) {
+        if (seams().failure) {
+            return seams().failure;
+        }
+        count -= count != 0 ? 1 : 0;
+    }
+    DWORD done = 0;
+    const BOOL success = ::WriteFile(handle_of(file), buffer, count, &done, nullptr);
+    return result_of<std::uint32_t>(success, done);
+}
+
+Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
+                                   std::uint32_t count) {
+    if (take_failure(Call::read)) {
+        return seams().failure;
+    }
+    OVERLAPPED place = {};
+    place.Offset = static_cast<DWORD>(position);
+    place.OffsetHigh = static_cast<DWORD>(position >> 32);
+    DWORD done = 0;
+    const BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, &place);
+    return result_of<std::uint32_t>(success, done);
+}
+
+Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method) {
+    if (take_failure(Call::seek)) {
+        return seams().failure;
+    }
+    const DWORD from = method == SeekMethod::begin     ? FILE_BEGIN
+                       : method == SeekMethod::current ? FILE_CURRENT
+                                                       : FILE_END;
+    LARGE_INTEGER place = {};
+    const BOOL success = ::SetFilePointerEx(handle_of(file), large(offset), &place, from);
+    return result_of(success, static_cast<std::uint64_t>(place.QuadPart));
+}
+
+Result<std::uint64_t> file_size(FileHandle file) {
+    if (take_failure(Call::size)) {
+        return seams().failure;
+    }
+    LARGE_INTEGER size = {};
+    const BOOL success = ::GetFileSizeEx(handle_of(file), &size);
+    return result_of(success, static_cast<std::uint64_t>(size.QuadPart));
+}
+
+SystemError set_end_of_file(FileHandle file) {
+    if (take_failure(Call::set_end)) {
+        return seams().failure;
+    }
+    return ::SetEndOfFile(handle_of(file)) ? SystemError() : last_error();
+}
+
+SystemError flush_file(FileHandle file) {
+    if (take_failure(Call::flush)) {
+        return seams().failure;
+    }
+    return ::FlushFileBuffers(handle_of(file)) ? SystemError() : last_error();
+}
+
+} // namespace platform

@@ -1,0 +1,55 @@
+#include "platform/name_service.h"
+
+#include <array>
+
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+// behind windows.h
+#include <ws2tcpip.h>
+
+namespace platform {
+namespace {
+
+constexpr WORD winsock_version = 0x202;
+constexpr INT address_size = 128;
+
+/// The number of the failed call; never 0 when `result` is a failure.
+int number_of(int result) noexcept {
+    if (result == 0) {
+        return 0;
+    }
+    const int number = ::WSAGetLastError();
+    return number != 0 ? number : result;
+}
+
+} // namespace
+
+int start_name_service() noexcept {
+    WSADATA data = {};
+    return number_of(::WSAStartup(winsock_version, &data));
+}
+
+int stop_name_service() noexcept {
+    return number_of(::WSACleanup());
+}
+
+HostName host_name_of_address(const std::string& address, AddressFamily family) {
+    alignas(sockaddr_storage) std::array<char, address_size> storage{};
+    auto* socket_address = reinterpret_cast<sockaddr*>(storage.data());
+    INT length = address_size;
+    std::wstring text = wide(address);
+    if (::WSAStringToAddressW(text.data(), family == AddressFamily::ipv6 ? AF_INET6 : AF_INET,
+                              nullptr, socket_address, &length) != 0) {
+        return {};
+    }
+    HostName host;
+    host.is_address = true;
+    std::array<char, NI_MAXHOST> name{};
+    std::array<char, NI_MAXSERV> service{};
+    host.error = number_of(::getnameinfo(socket_address, length, name.data(), name.size(),
+                                         service.data(), service.size(), NI_NUMERICSERV));
+    host.name = name.data();
+    return host;
+}
+
+} // namespace platform

@@ -1,0 +1,65 @@
+#include "platform/named_mutex.h"
+
+#include <ace/OS_NS_Thread.h>
+#include <cerrno>
+#include <utility>
+
+#include "platform/seams.h"
+#include "platform/win32/wide.h"
+
+namespace platform {
+namespace {
+
+SystemError ace_error() {
+    return SystemError::windows(static_cast<unsigned long>(errno));
+}
+
+ACE_mutex_t& mutex_of(void* state) {
+    return *static_cast<ACE_mutex_t*>(state);
+}
+
+} // namespace
+
+SystemError NamedMutex::create(const std::string& name) {
+    if (take_failure(Call::create_mutex)) {
+        return seams().failure;
+    }
+    auto mutex = std::make_unique<ACE_mutex_t>();
+    const std::string own_name = name + seams().mutex_name_suffix;
+    if (ACE_OS::mutex_init(mutex.get(), USYNC_PROCESS, own_name.c_str(), nullptr, nullptr, 0) !=
+        0) {
+        return ace_error();
+    }
+    state_ = mutex.release();
+    return {};
+}
+
+SystemError NamedMutex::open_limited(const std::string& name) {
+    // ACE always asks for all rights, so its object is put together here.
+    const HANDLE handle =
+        ::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str());
+    if (handle == nullptr) {
+        return last_error();
+    }
+    auto mutex = std::make_unique<ACE_mutex_t>();
+    mutex->type_ = USYNC_PROCESS;
+    mutex->proc_mutex_ = handle;
+    state_ = mutex.release();
+    return {};
+}
+
+SystemError NamedMutex::lock() {
+    return ACE_OS::mutex_lock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
+}
+
+SystemError NamedMutex::unlock() {
+    return ACE_OS::mutex_unlock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
+}
+
+SystemError NamedMutex::close() {
+    const std::unique_ptr<ACE_mutex_t> mutex(
+        static_cast<ACE_mutex_t*>(std::exchange(state_, nullptr)));
+    return !mutex || ACE_OS::mutex_destroy(mutex.get()) == 0 ? SystemError() : ace_error();
+}
+
+} // namespace platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "qncore/ref_counted.h"
+#include "qncore/streams.h"
+
+namespace qncore {
+
+/// A read-only range of a file with a position of its own. Views form a tree: each lies inside its
+/// parent's range and keeps its parent and the root, which is the whole file, alive. Positions
+/// count from the view's start. Different views of one tree may be used by different threads at a
+/// time, one view by one thread.
+class ISeekableReadStreamView : public ISeekableReadStream {
+  public:
+    /// Length of the view; of a root, the file's length as it is now.
+    virtual std::uint64_t size() = 0;
+    virtual std::uint64_t offset_in_parent() = 0;
+    virtual std::uint64_t offset_in_file() = 0;
+    /// Null for the root.
+    virtual RefCountPtr<ISeekableReadStreamView> parent() = 0;
+    virtual RefCountPtr<ISeekableReadStreamView> root() = 0;
+
+    /// A child: `size` bytes from `offset` on, which counts from this view's start; without a
+    /// size all that follows. Throws error.qnfile.io.view.badRange when the range does not lie in
+    /// this view and in the file.
+    virtual RefCountPtr<ISeekableReadStreamView> create_view(std::uint64_t offset,
+                                                             std::uint64_t size) = 0;
+    virtual RefCountPtr<ISeekableReadStreamView> create_view(std::uint64_t offset) = 0;
+
+    /// The object behind the view, as the holder of an InterfacePtr.
+    virtual const RefCounted<AtomicRefCount>& counted() const noexcept = 0;
+
+    // What a RefCountPtr to the interface calls.
+    void increment() const noexcept { counted().increment(); }
+    bool decrement() const noexcept { return counted().decrement(); }
+    void destroy() const noexcept { counted().destroy(); }
+
+  protected:
+    ~ISeekableReadStreamView() = default;
+};
+
+} // namespace qncore

@@ -1,0 +1,100 @@
+#include "qnfile/directory_entry.h"
+
+#include "platform/path.h"
+#include "qnfile/directory_entry_impl.h"
+#include "qnfile/percent.h"
+
+namespace qnfile {
+namespace {
+
+const impl::DirectoryEntryImplWin32&
+system_side(const qncore::RefCountPtr<impl::DirectoryEntryImpl>& impl) noexcept {
+    return static_cast<const impl::DirectoryEntryImplWin32&>(*impl);
+}
+
+/// True for the form `/x:/` on a system that has drives.
+bool has_slash_before_drive(std::string_view path) noexcept {
+    return platform::is_separator('\\') && path.size() >= 4 && path[0] == '/' && path[2] == ':' &&
+           path[3] == '/';
+}
+
+} // namespace
+
+DirectoryEntry::DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept
+    : impl_(std::move(impl)) {}
+
+DirectoryEntry::DirectoryEntry() noexcept = default;
+DirectoryEntry::DirectoryEntry(const DirectoryEntry&) noexcept = default;
+DirectoryEntry::DirectoryEntry(DirectoryEntry&&) noexcept = default;
+DirectoryEntry& DirectoryEntry::operator=(const DirectoryEntry&) noexcept = default;
+DirectoryEntry& DirectoryEntry::operator=(DirectoryEntry&&) noexcept = default;
+DirectoryEntry::~DirectoryEntry() = default;
+
+DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
+                                                     qncore::ErrorInfoPtr* error) {
+    return DirectoryEntry(impl::DirectoryEntryImplWin32::create_from_full_path(path, error));
+}
+
+DirectoryEntry DirectoryEntry::create_from_full_path(const qnuri::UriReference& uri,
+                                                     qncore::ErrorInfoPtr* error) {
+    const std::string path = percent_decode(uri.path().view());
+    return create_from_full_path(has_slash_before_drive(path) ? path.substr(1) : path, error);
+}
+
+const std::string& DirectoryEntry::name() const noexcept {
+    return impl_->name();
+}
+
+const std::string& DirectoryEntry::directory() const noexcept {
+    return system_side(impl_).sequence().base_path();
+}
+
+std::string DirectoryEntry::full_path() const {
+    return directory() + name();
+}
+
+std::uint32_t DirectoryEntry::type() const noexcept {
+    const platform::FileStatus& status = system_side(impl_).status();
+    return (status.is_directory ? entry_directory : entry_file) |
+           (status.is_link ? entry_link : 0U);
+}
+
+std::uint32_t DirectoryEntry::access() const noexcept {
+    const platform::FileStatus& status = system_side(impl_).status();
+    return entry_access_read | (status.is_read_only ? 0U : entry_access_write) |
+           (status.is_hidden ? entry_access_hidden : 0U);
+}
+
+std::uint64_t DirectoryEntry::size() const noexcept {
+    return system_side(impl_).status().size;
+}
+
+std::int64_t DirectoryEntry::accessed() const noexcept {
+    return system_side(impl_).status().accessed;
+}
+
+std::int64_t DirectoryEntry::modified() const noexcept {
+    return system_side(impl_).status().modified;
+}
+
+std::int64_t DirectoryEntry::created() const noexcept {
+    return system_side(impl_).status().created;
+}
+
+std::uint32_t DirectoryEntry::hash_value() const noexcept {
+    return system_side(impl_).hash_value();
+}
+
+bool operator==(const DirectoryEntry& left, const DirectoryEntry& right) noexcept {
+    if (!left || !right) {
+        return !left && !right;
+    }
+    return system_side(left.impl_) == system_side(right.impl_);
+}
+
+std::strong_ordering operator<=>(const DirectoryEntry& left, const DirectoryEntry& right) noexcept {
+    const auto by_directory = left.directory() <=> right.directory();
+    return by_directory != 0 ? by_directory : left.name() <=> right.name();
+}
+
+} // namespace qnfile

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/directory.h"
+#include "qncore/error_info.h"
+#include "qncore/ref_counted.h"
+#include "qnfile/path_pattern.h"
+
+namespace qnfile::impl {
+
+class DirectoryIteratorImplWin32;
+using DirectoryIteratorPtr = qncore::RefCountPtr<DirectoryIteratorImplWin32>;
+
+/// One open directory, standing on an entry that the walk accepts: one to deliver, or one only to
+/// enter on the way down. It has one position, so it serves one entry at a time.
+class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::AtomicRefCount> {
+  public:
+    /// Opens `basePath` and goes to the first accepted entry. When there is none, or after a
+    /// failure, is_open() is false. `parent` may be null, else it stands on this directory.
+    DirectoryIteratorImplWin32(const std::string& basePath, const PathPattern& options,
+                               DirectoryIteratorPtr parent, qncore::ErrorInfoPtr* error);
+
+    /// The same, null when there is nothing accepted.
+    static DirectoryIteratorPtr open(const std::string& basePath, const PathPattern& options,
+                                     DirectoryIteratorPtr parent, qncore::ErrorInfoPtr* error);
+
+    bool is_open() const noexcept { return reader_.is_open(); }
+
+    /// To the next accepted entry; false, and closed, when there is none or reading failed. A
+    /// directory that a recursive walk has delivered comes once more, now to be entered.
+    bool advance(const PathPattern& options, qncore::ErrorInfoPtr* error);
+
+    /// The entry is to be entered with the same pattern, and not delivered.
+    bool is_descend_only() const noexcept { return descend_only_; }
+    /// For an iterator that has found its place again and has been in this directory already.
+    void set_descend_only() noexcept { descend_only_ = true; }
+
+    std::string_view name() const noexcept { return reader_.name(); }
+    platform::FileStatus status() const { return reader_.status(); }
+    const DirectoryIteratorPtr& parent() const noexcept { return parent_; }
+
+  private:
+    ~DirectoryIteratorImplWin32() override;
+
+    bool accept(const PathPattern& options);
+    bool can_descend(const PathPattern& options) const noexcept;
+    void close(qncore::ErrorInfoPtr* error);
+
+    DirectoryIteratorPtr parent_; ///< outlives reader_, which refers to its reader
+    platform::DirectoryReader reader_;
+    bool descend_only_ = false;
+};
+
+} // namespace qnfile::impl

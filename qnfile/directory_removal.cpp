@@ -1,0 +1,161 @@
+#include <vector>
+
+#include "platform/removal.h"
+#include "qncore/embedded_nul.h"
+#include "qnfile/directory.h"
+#include "qnfile/directory_sequence.h"
+#include "qnfile/errors.h"
+#include "qnfile/report.h"
+
+namespace qnfile {
+namespace {
+
+using impl::holds_error;
+using impl::report;
+using platform::RemovalAnchor;
+using qncore::ErrorInfoPtr;
+
+constexpr int deepest = 50;
+constexpr int argument_list_too_long = 7; // E2BIG; required as this number on every system
+constexpr const char* remove_directory_name = "qnfile::remove_directory()";
+
+/// The entries of a directory with that bit of a type, all read before anything is removed.
+std::vector<DirectoryEntry> entries_of(const std::string& path, DirectoryEntryType type,
+                                       ErrorInfoPtr* error) {
+    std::vector<DirectoryEntry> entries;
+    const DirectorySequence sequence(path.data(), path.size(), error);
+    for (auto entry = sequence.begin(error); entry != sequence.end(); ++entry) {
+        if (((*entry).type() & type) != 0) {
+            entries.push_back(*entry);
+        }
+    }
+    return entries;
+}
+
+bool is_link(const std::string& path) {
+    ErrorInfoPtr ignored;
+    const auto entry = DirectoryEntry::create_from_full_path(path, &ignored);
+    return entry && entry.is_link();
+}
+
+void remove_link(const RemovalAnchor& anchor, const std::string& path, ErrorInfoPtr* error) {
+    static constexpr const char* messages[] = {
+        "Failed to open file for reparse point removal. Path=\"{@path}\"",
+        "Failed to get reparse point data. Path=\"{@path}\"",
+        "Failed to remove reparse point. Path=\"{@path}\"",
+        "Failed to remove directory after removing reparse point. Base path=\"{@path}\"",
+    };
+    const platform::LinkRemoval removal = anchor.remove_link(path);
+    if (removal.error) {
+        report(error, error::qnfile_directory, messages[static_cast<std::size_t>(removal.step)],
+               "path", path, QN_LOCATION("qnfile::impl::remove_win32_reparse_point()"),
+               removal.error);
+    }
+}
+
+void remove_files(const RemovalAnchor& anchor, const std::string& path, ErrorInfoPtr* error) {
+    for (const DirectoryEntry& entry : entries_of(path, entry_file, error)) {
+        const std::string file = entry.full_path();
+        if (const auto failure = anchor.remove_file(file)) {
+            report(error, error::qnfile_directory, "Failed to delete file (path={@path})", "path",
+                   file, QN_LOCATION(remove_directory_name), failure);
+            return;
+        }
+    }
+}
+
+void remove_tree(const RemovalAnchor& parent, const std::string& path, DirectoryRemoveFlags flags,
+                 int depthLeft, ErrorInfoPtr* error);
+
+void remove_subdirectories(const RemovalAnchor& anchor,
+                           const std::vector<DirectoryEntry>& directories,
+                           DirectoryRemoveFlags flags, int depthLeft, ErrorInfoPtr* error) {
+    for (const DirectoryEntry& entry : directories) {
+        if (entry.name() == "." || entry.name() == "..") {
+            continue;
+        }
+        if (depthLeft < 0) {
+            qncore::ErrorComposer("Recursive child directory limit reached.")
+                .create_transfer_with_nested_errno(error, error::qnfile_directory,
+                                                   QN_LOCATION(remove_directory_name),
+                                                   argument_list_too_long);
+        } else if (entry.is_link() && (flags & remove_follow_links) == 0) {
+            remove_link(anchor, entry.full_path(), error);
+        } else {
+            remove_tree(anchor, entry.full_path(), flags, depthLeft - 1, error);
+        }
+        if (holds_error(error)) {
+            return;
+        }
+    }
+}
+
+/// Empties a directory, but only through an anchor: what turns out not to be a directory, or only a
+/// link to one, is left as it is.
+void remove_content(const RemovalAnchor& parent, const std::string& path,
+                    DirectoryRemoveFlags flags, int depthLeft, ErrorInfoPtr* error) {
+    const auto directories = entries_of(path, entry_directory, error);
+    if (holds_error(error)) {
+        return;
+    }
+    const auto anchor = parent.open(path, (flags & remove_follow_links) != 0);
+    if (!anchor) {
+        return;
+    }
+    remove_subdirectories(*anchor, directories, flags, depthLeft, error);
+    if (!holds_error(error)) {
+        remove_files(*anchor, path, error);
+    }
+}
+
+void remove_tree(const RemovalAnchor& parent, const std::string& path, DirectoryRemoveFlags flags,
+                 int depthLeft, ErrorInfoPtr* error) {
+    const bool follows = (flags & remove_follow_links) != 0;
+    if ((flags & remove_recursive) != 0 && !holds_error(error) && (follows || !is_link(path))) {
+        remove_content(parent, path, flags, depthLeft, error);
+    }
+    if (holds_error(error)) {
+        return;
+    }
+    const auto entry = DirectoryEntry::create_from_full_path(path, error);
+    if (holds_error(error)) {
+        return;
+    }
+    if (entry.is_link()) {
+        remove_link(parent, path, error);
+    } else if (const auto failure = parent.remove_directory(path)) {
+        report(error, error::qnfile_directory, "Failed to remove directory. Base path=\"{@path}\"",
+               "path", path, QN_LOCATION(remove_directory_name), failure);
+    }
+}
+
+} // namespace
+
+void remove_directory(const std::string& path, ErrorInfoPtr* error) {
+    qncore::check_no_embedded_nul(path);
+    if (const auto failure = RemovalAnchor().remove_directory(path)) {
+        report(error, error::qnfile_directory,
+               "Failed to remove directory. Base path=\"{@basePath}\"", "basePath", path,
+               QN_LOCATION(remove_directory_name), failure);
+    }
+}
+
+void remove_directory(const std::string& path, DirectoryRemoveFlags flags, ErrorInfoPtr* error) {
+    impl::remove_directory_tree(path, flags, deepest, error);
+}
+
+namespace impl {
+
+void remove_directory_tree(const std::string& path, DirectoryRemoveFlags flags, int depthLeft,
+                           ErrorInfoPtr* error) {
+    qncore::check_no_embedded_nul(path);
+    remove_tree(RemovalAnchor(), path, flags, depthLeft, error);
+}
+
+void remove_win32_reparse_point(const std::string& path, ErrorInfoPtr* error) {
+    qncore::check_no_embedded_nul(path);
+    remove_link(RemovalAnchor(), path, error);
+}
+
+} // namespace impl
+} // namespace qnfile

@@ -1,0 +1,150 @@
+#include "qnfile/directory_sequence.h"
+
+#include <type_traits>
+
+#include "qncore/embedded_nul.h"
+#include "qncore/error_composer.h"
+#include "qncore/string_conversion.h"
+#include "qnfile/directory_entry_impl.h"
+#include "qnfile/errors.h"
+
+namespace qnfile {
+namespace {
+
+using impl::DirectoryEntryImplWin32;
+using impl::DirectorySequenceImplWin32;
+using qncore::ErrorInfoPtr;
+
+impl::DirectorySequencePtr
+system_side(const qncore::RefCountPtr<impl::DirectorySequenceImpl>& impl) noexcept {
+    return impl::DirectorySequencePtr(static_cast<DirectorySequenceImplWin32*>(impl.get()));
+}
+
+DirectoryEntryImplWin32&
+system_side(const qncore::RefCountPtr<impl::DirectoryEntryImpl>& impl) noexcept {
+    return static_cast<DirectoryEntryImplWin32&>(*impl);
+}
+
+/// The pattern's text in the units of the system's names.
+template <class Unit>
+std::basic_string<Unit> to_units(std::string text) {
+    if constexpr (std::is_same_v<Unit, wchar_t>) {
+        return qncore::to_wstring(text);
+    } else {
+        return text;
+    }
+}
+
+std::string base_path_of(std::string path) {
+    if (path.empty()) {
+        return "./";
+    }
+    qncore::check_no_embedded_nul(path);
+    path = impl::with_slashes(std::move(path));
+    if (path.back() != '/') {
+        path += '/';
+    }
+    return path;
+}
+
+impl::DirectorySequencePtr open(const std::string& basePath, const PathPattern& options,
+                                ErrorInfoPtr* error) {
+    return DirectorySequenceImplWin32::create_sequence(basePath, options, {}, {}, 0, error);
+}
+
+} // namespace
+
+DirectorySequence::DirectorySequence() noexcept = default;
+DirectorySequence::DirectorySequence(const DirectorySequence&) noexcept = default;
+DirectorySequence::DirectorySequence(DirectorySequence&&) noexcept = default;
+DirectorySequence& DirectorySequence::operator=(const DirectorySequence&) noexcept = default;
+DirectorySequence& DirectorySequence::operator=(DirectorySequence&&) noexcept = default;
+DirectorySequence::~DirectorySequence() = default;
+
+DirectorySequence::DirectorySequence(const char* path, std::size_t pathLength, const char* pattern,
+                                     std::size_t patternLength, bool caseSensitive,
+                                     ErrorInfoPtr* error) {
+    assign(path, pathLength, pattern, patternLength, caseSensitive, error);
+}
+
+DirectorySequence::DirectorySequence(const char* path, std::size_t pathLength,
+                                     ErrorInfoPtr* error) {
+    assign(path, pathLength, error);
+}
+
+void DirectorySequence::assign(const char* path, std::size_t pathLength, const char* pattern,
+                               std::size_t patternLength, bool caseSensitive, ErrorInfoPtr* error) {
+    const PathPattern options(
+        to_units<platform::NameUnit>(impl::with_slashes(std::string(pattern, patternLength))),
+        caseSensitive);
+    impl_ = open(base_path_of(std::string(path, pathLength)), options, error);
+}
+
+void DirectorySequence::assign(const char* path, std::size_t pathLength, ErrorInfoPtr* error) {
+    assign(path, pathLength, "", 0, false, error);
+}
+
+void DirectorySequence::rewind(ErrorInfoPtr* error) {
+    if (impl_) {
+        impl_ = open(impl_->base_path(), system_side(impl_)->options(), error);
+    }
+}
+
+DirectorySequence::DirectoryIterator DirectorySequence::begin(ErrorInfoPtr* error) const {
+    return DirectoryIterator(impl_ ? DirectoryEntryImplWin32::begin(system_side(impl_), error)
+                                   : nullptr);
+}
+
+DirectorySequence::DirectoryIterator DirectorySequence::end() const noexcept {
+    return {};
+}
+
+using Iterator = DirectorySequence::DirectoryIterator;
+
+Iterator::DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImpl> entry) noexcept
+    : entry_(std::move(entry)) {}
+
+Iterator::DirectoryIterator() noexcept = default;
+Iterator::DirectoryIterator(const DirectoryIterator&) noexcept = default;
+Iterator::DirectoryIterator(DirectoryIterator&&) noexcept = default;
+Iterator& Iterator::operator=(const DirectoryIterator&) noexcept = default;
+Iterator& Iterator::operator=(DirectoryIterator&&) noexcept = default;
+Iterator::~DirectoryIterator() = default;
+
+DirectoryEntry Iterator::operator*() const noexcept {
+    return DirectoryEntry(entry_);
+}
+
+void Iterator::increment(ErrorInfoPtr* error) {
+    if (!entry_) {
+        qncore::ErrorComposer("DirectoryIterator overrun. this={@this}")
+            .param("this", static_cast<const void*>(this))
+            .create_transfer(
+                error, error::qnfile_directory_iterator,
+                QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
+        return;
+    }
+    if (entry_->is_shared()) { // whoever else holds the entry must find it as it is
+        entry_ = system_side(entry_).take_over();
+    }
+    if (!system_side(entry_).advance(error)) {
+        entry_.reset();
+    }
+}
+
+Iterator& Iterator::operator++() {
+    increment(nullptr);
+    return *this;
+}
+
+Iterator Iterator::operator++(int) {
+    Iterator before = *this;
+    increment(nullptr);
+    return before;
+}
+
+bool operator==(const Iterator& left, const Iterator& right) noexcept {
+    return *left == *right;
+}
+
+} // namespace qnfile

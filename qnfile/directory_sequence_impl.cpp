@@ -1,0 +1,96 @@
+#include "qnfile/directory_sequence_impl.h"
+
+#include <algorithm>
+
+#include "platform/path.h"
+
+namespace qnfile::impl {
+namespace {
+
+/// Levels that the way to the first match may have; what lies deeper counts as empty.
+constexpr int depth_limit = 100;
+
+} // namespace
+
+std::uint32_t hash_of(std::string_view text) noexcept {
+    std::uint32_t hash = 0;
+    for (const char character : text) {
+        hash = 5 * hash + static_cast<std::uint32_t>(static_cast<signed char>(character));
+    }
+    return hash != 0 ? hash : static_cast<std::uint32_t>(text.size());
+}
+
+std::string with_slashes(std::string path) {
+    std::replace_if(path.begin(), path.end(), platform::is_separator, '/');
+    return path;
+}
+
+DirectorySequenceImplWin32::DirectorySequenceImplWin32(std::string basePath, PathPattern options,
+                                                       DirectorySequencePtr parent)
+    : DirectorySequenceImpl(std::move(basePath))
+    , options_(std::move(options))
+    , parent_(std::move(parent)) {}
+
+DirectorySequencePtr
+DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const PathPattern& options,
+                                            const DirectoryIteratorPtr& parentIterator,
+                                            const DirectorySequencePtr& parentSequence, int depth,
+                                            qncore::ErrorInfoPtr* error) {
+    const auto iterator =
+        DirectoryIteratorImplWin32::open(basePath, options, parentIterator, error);
+    if (!iterator) {
+        return {};
+    }
+    auto sequence =
+        qncore::make_ref_counted<DirectorySequenceImplWin32>(basePath, options, parentSequence);
+    if (sequence->must_enter(*iterator) && depth >= depth_limit) {
+        return {};
+    }
+    while (sequence->must_enter(*iterator)) {
+        if (const auto child = sequence->enter(iterator, depth + 1, error)) {
+            if (parentSequence) {
+                return child;
+            }
+            // An object of its own: the child refers to `sequence`, which must not refer back.
+            auto walk = qncore::make_ref_counted<DirectorySequenceImplWin32>(basePath, options);
+            walk->first_child_ = child;
+            return walk;
+        }
+        if (!iterator->advance(options, error)) {
+            return {};
+        }
+    }
+    sequence->first_iterator_ = iterator;
+    return sequence;
+}
+
+DirectorySequencePtr DirectorySequenceImplWin32::enter(const DirectoryIteratorPtr& iterator,
+                                                       int depth, qncore::ErrorInfoPtr* error) {
+    std::string path;
+    path.reserve(base_path().size() + iterator->name().size() + 1);
+    path.append(base_path()).append(iterator->name()).append(1, '/');
+    return create_sequence(path, iterator->is_descend_only() ? options_ : options_.next_segment(),
+                           iterator, DirectorySequencePtr(this), depth, error);
+}
+
+DirectoryIteratorPtr DirectorySequenceImplWin32::first_iterator(qncore::ErrorInfoPtr* error) {
+    if (!first_iterator_ || first_iterator_->is_shared()) {
+        first_iterator_ = DirectoryIteratorImplWin32::open(base_path(), options_, {}, error);
+    }
+    return first_iterator_;
+}
+
+void DirectorySequenceImplWin32::release_first(const DirectoryIteratorPtr& iterator) noexcept {
+    if (first_iterator_ == iterator) {
+        first_iterator_.reset();
+    }
+}
+
+std::uint32_t DirectorySequenceImplWin32::path_hash() const noexcept {
+    if (path_hash_ == 0) {
+        path_hash_ = hash_of(base_path());
+    }
+    return path_hash_;
+}
+
+} // namespace qnfile::impl

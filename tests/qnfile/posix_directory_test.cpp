@@ -1,0 +1,174 @@
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/testing/testing.h"
+#include "qnfile/directory.h"
+#include "tests/qnfile/expected_failure.h"
+#include "tests/support/temporary_directory.h"
+
+// Symbolic links, and failures that only this system gives.
+namespace qnfile {
+namespace {
+
+namespace fs = std::filesystem;
+using qncore::ErrorInfoPtr;
+
+class PosixDirectoryTest : public ::testing::Test {
+  protected:
+    PosixDirectoryTest() {
+        fs::create_directories(tree_ / "sub");
+        fs::create_directories(outside_ / "inner");
+        for (const fs::path& place : {tree_ / "sub", outside_, outside_ / "inner"}) {
+            support::write_file((place / "file").string(), "kept");
+        }
+    }
+    ~PosixDirectoryTest() override { platform::testing::before_removal({}); }
+
+    bool is_outside_whole() const {
+        return fs::exists(outside_ / "file") && fs::exists(outside_ / "inner/file");
+    }
+    void remove(const fs::path& path, int flags = remove_recursive) {
+        error_.reset();
+        remove_directory(path.string(), static_cast<DirectoryRemoveFlags>(flags), &error_);
+    }
+
+    support::TemporaryDirectory directory_;
+    fs::path tree_ = directory_.path() / "tree";
+    fs::path outside_ = directory_.path() / "outside";
+    ErrorInfoPtr error_;
+};
+
+TEST_F(PosixDirectoryTest, LinksAreRemovedNotFollowed) {
+    const char* places[] = {"tree/link", "tree/sub/link", "link"};
+    for (const char* place : places) {
+        fs::create_directory_symlink(outside_, directory_.path() / place);
+        fs::create_symlink("nowhere", directory_.path() / (std::string(place) + ".dangling"));
+        fs::create_symlink(outside_ / "file", directory_.path() / (std::string(place) + ".file"));
+    }
+    for (const char* path : {"tree", "link", "linked/"}) {
+        fs::create_directory_symlink(outside_, directory_.path() / "linked");
+        remove(directory_.path() / path);
+        EXPECT_FALSE(error_) << error_->chain_text();
+        EXPECT_TRUE(is_outside_whole()) << path;
+        EXPECT_FALSE(fs::exists(fs::symlink_status(directory_.file(path)))) << path;
+        fs::remove(directory_.path() / "linked");
+    }
+}
+
+TEST_F(PosixDirectoryTest, LinksAreFollowedOnDemand) {
+    fs::create_directory_symlink(outside_, tree_ / "link");
+    remove(tree_, remove_recursive | remove_follow_links);
+    EXPECT_FALSE(error_);
+    EXPECT_FALSE(fs::exists(tree_));
+    EXPECT_TRUE(fs::is_empty(outside_)) << "its content goes, the directory itself does not";
+}
+
+TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
+    // At the moment when this path is about to be opened or removed, "sub" (or the tree itself)
+    // becomes a link to the outside, where the same names are.
+    struct Case {
+        const char* moment;
+        const char* exchanged;
+        bool fails;
+    };
+    const Case cases[] = {
+        {"tree", "tree", false},
+        {"tree/sub", "tree/sub", false},
+        {"tree/sub/file", "tree/sub", false},
+        {"tree/sub/inner", "tree/sub", false},
+        {"tree/sub/inner/file", "tree/sub", false},
+        {"tree/sub/inner/file", "tree/sub/inner", false},
+        {"tree/sub/file", "tree", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.exchanged << " before " << c.moment);
+        fs::remove_all(tree_);
+        fs::create_directories(tree_ / "sub/inner");
+        support::write_file((tree_ / "sub/file").string(), "x");
+        support::write_file((tree_ / "sub/inner/file").string(), "x");
+        const fs::path exchanged = directory_.path() / c.exchanged;
+        const fs::path aside = directory_.path() / "aside";
+        bool done = false;
+        platform::testing::before_removal([&](const std::string& path) {
+            if (!done && path == directory_.file(c.moment)) {
+                done = true;
+                fs::rename(exchanged, aside);
+                fs::create_directory_symlink(outside_, exchanged);
+            }
+        });
+        remove(tree_);
+        platform::testing::before_removal({});
+        EXPECT_TRUE(done);
+        EXPECT_TRUE(is_outside_whole());
+        EXPECT_EQ(error_ != nullptr, c.fails) << (error_ ? error_->chain_text() : "");
+        fs::remove_all(aside);
+    }
+}
+
+TEST_F(PosixDirectoryTest, TheRemovalOfALink) {
+    const std::string link = (tree_ / "link").string();
+    struct Case {
+        platform::Call call;
+        const char* message;
+    };
+    const Case cases[] = {
+        {platform::Call::remove_link, "Failed to remove reparse point. Path=\""},
+        {platform::Call::remove_linked_directory,
+         "Failed to remove directory after removing reparse point. Base path=\""},
+    };
+    for (const Case& c : cases) {
+        fs::remove(link);
+        fs::create_directory_symlink(outside_, link);
+        platform::testing::fail_next(c.call, platform::SystemError::posix(EIO));
+        expect_failure(failure_of([&] { impl::remove_win32_reparse_point(link, nullptr); }),
+                       {"error.qnfile.directory", c.message + link + "\"",
+                        "qnfile::impl::remove_win32_reparse_point()"});
+    }
+    fs::create_directory_symlink(outside_, link);
+    impl::remove_win32_reparse_point(link + "/", nullptr);
+    EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
+    EXPECT_TRUE(is_outside_whole());
+}
+
+TEST_F(PosixDirectoryTest, AParentThatCannotBeLookedAt) {
+    const std::string parent = (outside_ / "file/below").string();
+    ErrorInfoPtr error;
+    create_directory(parent + "/x", 7, &error, true);
+    expect_failure(error, {"error.qnfile.directory.notFound",
+                           "Failed to get parent directory stats. Full path=\"" + parent + "\"",
+                           "qnfile::impl::create_directory_recursive()"});
+}
+
+TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
+    const std::string name = directory_.file("\xFF\\ a%?");
+    const mode_t before = ::umask(027);
+    create_directory(name, 0, nullptr, false);
+    ::umask(before);
+    struct stat status = {};
+    ASSERT_EQ(::stat(name.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0750U);
+    EXPECT_TRUE(is_accessible_directory(name, access_check_write, nullptr));
+    fs::create_directory(directory_.path() / ".hidden");
+    for (const char* hidden : {".hidden", ".hidden/"}) {
+        EXPECT_TRUE(is_accessible_directory(directory_.file(hidden), access_check_hidden, nullptr));
+    }
+    remove(name);
+    EXPECT_FALSE(fs::exists(name));
+}
+
+TEST_F(PosixDirectoryTest, ACurrentDirectoryThatIsGone) {
+    const fs::path before = fs::current_path();
+    const std::string gone = directory_.file("gone");
+    fs::create_directory(gone);
+    set_current_directory(gone, nullptr);
+    remove(gone);
+    EXPECT_EQ(get_current_directory(&error_), "");
+    fs::current_path(before);
+    expect_failure(error_, {"error.qnfile.directory",
+                            "Failed to get current working directory. bufSize=260",
+                            "qnfile::get_current_directory()"});
+}
+
+} // namespace
+} // namespace qnfile

@@ -1,0 +1,207 @@
+#include "qnfile/read_stream_view.h"
+
+#include <filesystem>
+#include <thread>
+#include <vector>
+
+#include "qncore/interface_ptr.h"
+#include "tests/qnfile/expected_failure.h"
+#include "tests/support/temporary_directory.h"
+
+namespace qnfile {
+namespace {
+
+using qncore::seek_begin;
+using qncore::seek_current;
+using qncore::seek_end;
+using View = qncore::ISeekableReadStreamView;
+using ViewPtr = qncore::RefCountPtr<View>;
+
+constexpr std::uint64_t largest = ~std::uint64_t{0};
+
+class ReadStreamViewTest : public ::testing::Test {
+  protected:
+    ReadStreamViewTest() { support::write_file(name_, "0123456789"); }
+
+    ViewPtr root() const { return FileReadStreamView::create(name_, share_read_write, flag_none); }
+    static std::string rest_of(View& view) {
+        std::string text(64, '\0');
+        text.resize(view.read(text.data(), text.size()));
+        return text;
+    }
+
+    support::TemporaryDirectory directory_;
+    std::string name_ = directory_.file("viewed");
+};
+
+TEST_F(ReadStreamViewTest, ATreeOfViewsLivesAsLongAsItsLastView) {
+    ViewPtr leaf;
+    {
+        const auto root = FileReadStreamView::create(name_, share_none, flag_none);
+        EXPECT_EQ(root->filename(), name_);
+        EXPECT_FALSE(root->parent());
+        EXPECT_EQ(root->root().get(), root.get());
+        EXPECT_EQ(root->offset_in_file() + root->offset_in_parent(), 0U);
+        const ViewPtr child = root->create_view(2, 7);
+        leaf = child->create_view(3);
+        EXPECT_EQ(leaf->parent(), child);
+        EXPECT_EQ(child->parent()->parent(), nullptr);
+    }
+    EXPECT_EQ(leaf->offset_in_parent(), 3U);
+    EXPECT_EQ(leaf->offset_in_file(), 5U);
+    EXPECT_EQ(leaf->size(), 4U);
+    EXPECT_EQ(rest_of(*leaf), "5678") << "stops at its own end";
+    EXPECT_EQ(leaf->available(), 0U);
+    EXPECT_EQ(rest_of(*leaf), "");
+    EXPECT_EQ(rest_of(*leaf->parent()), "2345678") << "has a position of its own";
+    EXPECT_EQ(rest_of(*leaf->root()), "0123456789");
+    const auto& base = dynamic_cast<const FileStreamBase&>(*leaf);
+    EXPECT_EQ(base.filename(), name_);
+    EXPECT_NE(base.handle(), platform::invalid_file);
+
+    using Stream = qncore::InterfacePtr<qncore::IReadStream, qncore::AtomicHolder>;
+    const Stream stream(leaf.get(), qncore::AtomicHolder(&leaf->counted()));
+    EXPECT_THROW(FileReadStream::create(name_, share_none, flag_none), qncore::ErrorException);
+    leaf.reset();
+    EXPECT_EQ(stream->skip(1), 0U) << "the stream keeps the view";
+}
+
+TEST_F(ReadStreamViewTest, MovesAreClampedAndWrapBelowTheFile) {
+    struct Case {
+        std::int64_t offset;
+        qncore::SeekOrigin origin;
+        std::uint64_t position;
+        std::uint64_t skipped; ///< of 2
+    };
+    // A view of the bytes 3 to 7 that stands on its second byte.
+    const Case cases[] = {
+        {0, seek_begin, 0, 2},         {3, seek_begin, 3, 2},    {5, seek_begin, 5, 0},
+        {9, seek_begin, 5, 0},         {-2, seek_begin, 0, 2},   {-3, seek_begin, 0, 2},
+        {-4, seek_begin, 5, 0},        {2, seek_current, 3, 2},  {-1, seek_current, 0, 2},
+        {-4, seek_current, 0, 2},      {-5, seek_current, 5, 0}, {-1, seek_end, 4, 1},
+        {-8, seek_end, 0, 2},          {-9, seek_end, 5, 0},     {1, seek_end, 5, 0},
+        {INT64_MIN, seek_begin, 5, 0},
+    };
+    const ViewPtr view = root()->create_view(3, 5);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.offset << " from " << c.origin);
+        EXPECT_EQ(view->seek(1, seek_begin), 1U);
+        EXPECT_EQ(view->seek(c.offset, c.origin), c.position);
+        EXPECT_EQ(view->available(), 5 - c.position);
+        EXPECT_EQ(view->skip(2), c.skipped);
+        EXPECT_EQ(view->seek(0, seek_current), c.position + c.skipped);
+    }
+    view->seek(0, seek_begin);
+    EXPECT_EQ(view->skip(largest), 5U);
+}
+
+TEST_F(ReadStreamViewTest, RangesLieInTheViewAndInTheFile) {
+    const ViewPtr root = this->root();
+    const ViewPtr child = root->create_view(2, 6);
+    struct Case {
+        ViewPtr parent;
+        std::uint64_t offset;
+        std::uint64_t size;
+        bool fits;
+    };
+    const Case cases[] = {
+        {root, 0, 10, true},
+        {root, 10, 0, true},
+        {root, 11, 0, false},
+        {root, 4, 7, false},
+        {child, 0, 6, true},
+        {child, 6, 0, true},
+        {child, 7, 0, false},
+        {child, 0, 7, false},
+        // the sum wraps around to one that fits: required
+        {root, 1, largest, true},
+        {child, 2, largest - 1, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.offset << ", " << c.size);
+        if (c.fits) {
+            EXPECT_EQ(c.parent->create_view(c.offset, c.size)->size(), c.size);
+        } else {
+            EXPECT_THROW(c.parent->create_view(c.offset, c.size), qncore::ErrorException);
+        }
+    }
+}
+
+TEST_F(ReadStreamViewTest, ARootReadsWhatItSawButGivesViewsOfWhatIsThere) {
+    support::write_file(name_, "");
+    const ViewPtr empty = root();
+    EXPECT_EQ(empty->available(), 0U);
+    EXPECT_EQ(rest_of(*empty), "");
+    support::write_file(name_, "grown");
+    EXPECT_EQ(empty->size(), 5U);
+    EXPECT_EQ(empty->available(), 0U);
+    EXPECT_EQ(rest_of(*empty), "");
+    EXPECT_EQ(rest_of(*empty->create_view(1)), "rown");
+}
+
+TEST_F(ReadStreamViewTest, EveryFailureByItsCodeMessageAndPlace) {
+    const ViewPtr root = this->root();
+    const ViewPtr child = root->create_view(2, 6);
+    const ViewPtr later = root->create_view(8);
+    EXPECT_EQ(later->seek(1, seek_begin), 1U);
+    std::filesystem::resize_file(name_, 6);
+    const std::string quoted = "\"" + name_ + "\"";
+    constexpr const char* bad_range = "error.qnfile.io.view.badRange";
+    struct Case {
+        std::function<void()> action;
+        ExpectedFailure expected;
+    };
+    const Case cases[] = {
+        {[&] { child->create_view(1, 4); },
+         {bad_range, "Invalid view range (3,4) for file " + quoted + " with size 6.",
+          "qnfile::impl::FileReadStreamViewImpl:ReadStreamViewImpl::ReadStreamViewImpl()", false}},
+        {[&] { root->create_view(7); },
+         {bad_range,
+          "Invalid view range (7,18446744073709551615) for root view of " + quoted +
+              " with view size 6.",
+          "qnfile::impl::FileReadStreamViewImpl:RootView::create_view()", false}},
+        {[&] { child->create_view(2, 5); },
+         {bad_range, "Invalid view range (2,5) for view of " + quoted + " with view size 6.",
+          "qnfile::impl::FileReadStreamViewImpl::create_view()", false}},
+        {[&] { child->seek(-5, static_cast<qncore::SeekOrigin>(3)); },
+         {"error.qnfile.io.seek.badOrigin",
+          "Invalid origin 3 in seek to offset -5 in file " + quoted + ".",
+          "qnfile::impl::FileReadViewFactoryImpl:FileReadView::seek()", false}},
+        {[&] { rest_of(*later); },
+         {"error.qnfile.io.read", "Error reading from file " + quoted,
+          "qnfile::impl::FileImpl::read()"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.expected.message);
+        expect_failure(failure_of(c.action), c.expected);
+    }
+    EXPECT_EQ(later->seek(0, seek_current), 1U) << "a failed read moves nothing";
+    EXPECT_EQ(rest_of(*child), "2345") << "what is left";
+}
+
+TEST_F(ReadStreamViewTest, ViewsOfOneFileReadFromManyThreads) {
+    std::string bytes(1 << 16, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>(i * 31 + i / 251);
+    }
+    support::write_file(name_, bytes);
+    const ViewPtr root = this->root();
+    std::vector<std::thread> readers;
+    for (std::size_t reader = 0; reader < 8; ++reader) {
+        readers.emplace_back([&, reader] {
+            const std::size_t start = reader * 4099;
+            const ViewPtr view = root->create_view(start);
+            std::string read;
+            for (std::string piece(1021, '\0'); view->available() != 0;) {
+                read.append(piece.data(), view->read(piece.data(), piece.size()));
+            }
+            EXPECT_EQ(read, bytes.substr(start)) << reader;
+        });
+    }
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+}
+
+} // namespace
+} // namespace qnfile
