@@ -82,7 +82,7 @@ void create_directory_recursive(const std::string& path, int accessMode, ErrorIn
     qncore::check_no_embedded_nul(path);
     const std::string parent = parent_of(path);
     const auto failure =
-        parent.empty() ? platform::SystemError() : platform::check_existence(parent);
+        parent.empty() ? platform::SystemError() : platform::file_status(parent).error();
     if (failure.is_not_found() && depthLeft >= 0) {
         create_directory_recursive(parent, accessMode, error, depthLeft - 1);
     } else if (failure.is_not_found()) {
