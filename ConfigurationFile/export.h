@@ -1,10 +1,13 @@
 #pragma once
 
 // The one place that says how the exported surface is marked; everything else is hidden.
-// VDCERTIFICATES_BUILD is defined while the library itself is compiled.
+// VDCERTIFICATES_BUILD is defined while the library itself is compiled, VDCERTIFICATES_STATIC where
+// its objects are linked without the library.
 #ifdef _WIN32
 #ifdef VDCERTIFICATES_BUILD
 #define VDCERTIFICATES_API __declspec(dllexport)
+#elif defined(VDCERTIFICATES_STATIC)
+#define VDCERTIFICATES_API
 #else
 #define VDCERTIFICATES_API __declspec(dllimport)
 #endif

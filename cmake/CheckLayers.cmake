@@ -34,7 +34,7 @@ foreach(room IN LISTS rooms)
       endif()
       if(NOT room STREQUAL "platform")
         if(line MATCHES
-           "#[ \t]*include[ \t]*<((windows|winsock2|unistd|fcntl|pthread|dirent)\\.h|sys/)")
+           "#[ \t]*include[ \t]*<((windows|winsock2|ws2tcpip|winioctl|psapi|shellapi|io|direct|unistd|fcntl|pthread|dirent|netdb|poll|termios|dlfcn|fts)\\.h|sys/|arpa/)")
           list(APPEND faults "${file}: the operating system's headers belong to platform: ${line}")
         endif()
         if(line MATCHES "#.*(_WIN32|__linux__|__unix__)" AND

@@ -1,10 +1,13 @@
 // Texts, alone and in pairs (two lines), through everything that the URI layer does with them.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
+#include <string>
 #include <string_view>
 
+#include "qnuri/char_classes.h"
 #include "qnuri/parse.h"
 #include "qnuri/uri.h"
 
@@ -31,26 +34,28 @@ bool same(const UriParseData& left, const UriParseData& right) {
            left.schemeSpecificPart == right.schemeSpecificPart;
 }
 
-bool is_hex(char c) {
-    return std::string_view("0123456789abcdefABCDEF").find(c) != std::string_view::npos;
-}
-
 bool has_stray_percent(std::string_view text) {
-    for (std::size_t at = text.find('%'); at != std::string_view::npos;
-         at = text.find('%', at + 1)) {
-        if (text.size() - at < 3 || !is_hex(text[at + 1]) || !is_hex(text[at + 2])) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] == '%' && !qnuri::impl::is_escape(text, at)) {
             return true;
         }
     }
     return false;
 }
 
+/// Whether the text without its escapes names the local host, in any case.
+bool names_local_host(std::string_view text) {
+    std::string plain = qnuri::parse_uri_reference(text.data(), text.size(), true)->text;
+    std::ranges::transform(plain, plain.begin(), qnuri::impl::to_lower);
+    return plain.find("localhost") != std::string::npos;
+}
+
 /// Texts whose normal form may change when it is parsed again: an escape can arise from a "%" that
 /// began none, "localhost" goes once a time, and quotes go from parameters.
 bool may_change_again(std::string_view text, const UriReference& parsed) {
-    return has_stray_percent(text) || parsed.scheme_equals("file") ||
-           ((parsed.scheme_equals("sip") || parsed.scheme_equals("sips")) &&
-            text.find('"') != std::string_view::npos);
+    const bool sip = parsed.scheme_equals("sip") || parsed.scheme_equals("sips");
+    return has_stray_percent(text) || (parsed.scheme_equals("file") && names_local_host(text)) ||
+           (sip && text.find('"') != std::string_view::npos);
 }
 
 void check_record(const UriReference& parsed) {

@@ -3,6 +3,8 @@
 #include "ConfigurationFile/errors.h"
 #include "ConfigurationFile/location.h"
 #include "platform/file.h"
+#include "platform/machine.h"
+#include "platform/path.h"
 #include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
 #include "qncore/error_exception.h"
@@ -48,9 +50,10 @@ TEST_F(LocationTest, TheVariableNamesTheWholePath) {
                                               test.path + "\n"));
     }
     // With nothing before the separator the value is taken untested.
-    const EnvironmentGuard variable("ORVA_Certificates", "/x.xml");
-    EXPECT_EQ(ConfigurationFileAccess::path(file), "/x.xml");
-    EXPECT_FALSE(fs::exists("/x.xml"));
+    const std::string at_root = std::string(1, platform::preferred_separator) + "x.xml";
+    const EnvironmentGuard variable("ORVA_Certificates", at_root);
+    EXPECT_EQ(ConfigurationFileAccess::path(file), at_root);
+    EXPECT_FALSE(fs::exists(at_root));
 }
 
 TEST_F(LocationTest, APlainNameStandsForADirectoryAndAFileAtOnce) {
@@ -151,7 +154,7 @@ TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
                             " vdcertificates::create_and_get_default_root_configuration_directory"
                             "() Current user has NO access to: " +
                             test.setting + ", as specified under the HKEY_LOCAL_MACHINE\\" +
-                            machine.file("machine.conf") + " key.")));
+                            platform::machine_setting_source() + " key.")));
         } else {
             EXPECT_EQ(capture.text(), "");
             EXPECT_TRUE(fs::exists(test.root + "/TESTHOST_ORVA_Certificates.xml"));
@@ -176,7 +179,8 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
     const Case cases[] = {
         {machine.file("p"), machine.file("h"), machine.file("p/Orvane Systems/Certificates")},
         {machine.file("p/"), std::nullopt, machine.file("p/Orvane Systems/Certificates")},
-        {std::nullopt, machine.file("h"), machine.file("h/Orvane Systems/Certificates")},
+        {std::nullopt, machine.file("h"),
+         platform::paths_have_drives ? "" : machine.file("h/Orvane Systems/Certificates")},
         {std::nullopt, std::nullopt, ""},
     };
     for (const Case& test : cases) {
@@ -186,7 +190,11 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
         EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
     }
     // Whatever cannot be made on the way only counts when the last directory is not there.
-    fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
+    if (platform::paths_have_drives) {
+        support::write_file(machine.file("dangling"), "");
+    } else {
+        fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
+    }
     const EnvironmentGuard profile("USERPROFILE", machine.file("dangling"));
     try {
         create_and_get_default_root_configuration_directory();
@@ -199,25 +207,26 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
     }
 }
 
-TEST_F(LocationTest, ANameThatCannotBeProbedCountsAsWritableUnlessRefused) {
-    bool sharingViolation = true;
+TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {
     using namespace std::string_literals;
-    EXPECT_TRUE(
-        vdcertificates::file_has_write_access(machine.file("absent\0x"s), &sharingViolation));
-    EXPECT_FALSE(sharingViolation);
-    support::write_file(machine.file("present"), "");
-    EXPECT_TRUE(
-        vdcertificates::file_has_write_access(machine.file("present\0x"s), &sharingViolation));
-}
-
-TEST_F(LocationTest, TheProbeKeepsWhatTheFileHolds) {
-    support::write_file(machine.file("x.xml"), "content");
-    bool sharingViolation = true;
-    EXPECT_TRUE(vdcertificates::file_has_write_access(machine.file("x.xml"), &sharingViolation));
-    EXPECT_FALSE(sharingViolation);
-    EXPECT_EQ(support::read_file(machine.file("x.xml")), "content");
-    EXPECT_FALSE(
-        vdcertificates::file_has_write_access(machine.file("absent/x.xml"), &sharingViolation));
+    support::write_file(machine.file("present"), "content");
+    const std::pair<std::string, bool> cases[] = {
+        {"present", true},
+        {"absent", true}, // and made
+        {"absent/x.xml", false},
+        // A name that cannot be probed counts as writable.
+        {"none\0x"s, true},
+        {"present\0x"s, true},
+    };
+    for (const auto& [name, writable] : cases) {
+        bool sharingViolation = true;
+        EXPECT_EQ(vdcertificates::file_has_write_access(machine.file(name), &sharingViolation),
+                  writable)
+            << name;
+        EXPECT_FALSE(sharingViolation);
+    }
+    EXPECT_EQ(support::read_file(machine.file("present")), "content");
+    EXPECT_FALSE(fs::exists(machine.file("none")));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
+#include <future>
 #include <optional>
-#include <thread>
 
+#include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
 #include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
@@ -18,21 +19,6 @@ TEST_F(LockTest, TheNameIsTheSameInEveryBuild) {
               "Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
 }
 
-TEST_F(LockTest, AnotherThreadWaitsForTheScopeToEnd) {
-    const auto mutex = ConfigurationFileMutex::create();
-    bool free = false;
-    std::optional<Lock> lock(mutex);
-    std::thread other([&] {
-        const Lock second(ConfigurationFileMutex::create());
-        EXPECT_TRUE(free);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    free = true;
-    lock.reset();
-    other.join();
-    const Lock again(mutex);
-}
-
 TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
     const auto mutex = ConfigurationFileMutex::create();
     try {
@@ -47,6 +33,32 @@ TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
                   "vdcertificates::ConfigurationFileMutex::release_lock()");
         EXPECT_EQ(*info->nested()->params().find("number"), *info->params().find("errorCode"));
     }
+}
+
+TEST_F(LockTest, AMutexOfAnotherAccountIsOpenedWithFewerRights) {
+    const auto refused = platform::SystemError::windows(5);
+    const auto creation_fails = [](platform::SystemError error, const std::string& text) {
+        platform::testing::fail_next(platform::Call::create_mutex, error);
+        try {
+            ConfigurationFileMutex::create();
+            ADD_FAILURE() << "created";
+        } catch (const qncore::ErrorException& exception) {
+            EXPECT_THAT(exception.what(), testing::StartsWith(text));
+        }
+    };
+    creation_fails(platform::SystemError::windows(87),
+                   "Failed to initialized configuration file mutex. ErrorCode: 87");
+    creation_fails(refused, "Failed to open existing configuration file mutex with limited "
+                            "permissions. ErrorCode: 2");
+    const auto owner = ConfigurationFileMutex::create();
+    owner->acquire_lock();
+    platform::testing::fail_next(platform::Call::create_mutex, refused);
+    const auto limited = ConfigurationFileMutex::create();
+    auto waiting = std::async(std::launch::async, [&] { const Lock lock(limited); });
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    owner->release_lock();
+    waiting.get();
+    EXPECT_THROW(limited->release_lock(), qncore::ErrorException);
 }
 
 // Required: a copy does not acquire, so that two of them release once too often.

@@ -1,10 +1,15 @@
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "ConfigurationFile/configuration_file_access.h"
+#include "ConfigurationFile/errors.h"
+#include "platform/file.h"
+#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/account.h"
 #include "tests/support/child_process.h"
+#include "tests/support/trace_capture.h"
 
 namespace store_test {
 namespace {
@@ -12,8 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using support::ChildProcess;
 using vdcertificates::ConfigurationFile;
-using vdcertificates::ConfigurationFileMutex;
-using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
 
 class ProcessesTest : public StoreTest {
   protected:
@@ -21,6 +24,18 @@ class ProcessesTest : public StoreTest {
                                         std::vector<std::string> arguments = {}) {
         arguments.insert(arguments.begin(), machine.directory());
         return std::make_unique<ChildProcess>(function, arguments);
+    }
+
+    /// Contents and rights of the key files that are there.
+    std::string key_files() const {
+        std::string state;
+        for (const std::string& file : {machine.public_key_file(), machine.private_key_file()}) {
+            if (fs::exists(file)) {
+                state += support::read_file(file) +
+                         std::to_string(static_cast<int>(fs::status(file).permissions()));
+            }
+        }
+        return state;
     }
 };
 
@@ -80,17 +95,14 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
     for (int i = 0; i < writers; ++i) {
         children.push_back(start("write_entries", {std::to_string(i)}));
     }
-    int reads = 0;
     for (const auto& child : children) {
         std::string password;
         std::string other;
         EXPECT_TRUE(file.get_cluster_certificate_information(other, other, other, password));
         EXPECT_EQ(password, "secret");
-        ++reads;
         EXPECT_EQ(child->next_line(), "");
         EXPECT_EQ(child->wait(), 0);
     }
-    EXPECT_EQ(reads, writers);
     // A change is not atomic as a whole, so some entries may have been overwritten; the last
     // writer's is there, and all that are there are whole.
     const auto nodes = vdcertificates::ConfigurationFileAccess::read(
@@ -103,51 +115,62 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
     }
 }
 
-CHILD_PROCESS(hold_lock) {
-    Machine::enter(arguments[0]);
-    const Lock lock(ConfigurationFileMutex::create());
-    support::say("held");
-    support::wait_to_be_told();
+/// Opens a file for itself alone; closes it after some milliseconds, or with 0 when told.
+CHILD_PROCESS(hold_file) {
+    const auto file = platform::open_file(arguments[1], platform::FileAccess::read,
+                                          platform::FileDisposition::open_existing,
+                                          platform::FileSharing::none, {});
+    support::say(file ? "held" : "refused");
+    if (const int time = std::stoi(arguments[2]); time != 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(time));
+    } else {
+        support::wait_to_be_told();
+    }
+    platform::close_file(*file);
     return 0;
 }
 
-TEST_F(ProcessesTest, AKilledHolderStopsNobody) {
+TEST_F(ProcessesTest, AFileThatAnotherProcessHoldsIsWaitedForAWhile) {
+    using Access = vdcertificates::ConfigurationFileAccess;
+    const std::string path = machine.file("x.xml");
+    const support::EnvironmentGuard variable("ORVA_Certificates", path);
     ConfigurationFile file;
-    for (int round = 0; round < 3; ++round) {
-        const auto holder = start("hold_lock");
+    vdcertificates::ConfigurationFileNodes nodes;
+    nodes.notifiers["NEW"].push_back(entry("E", "p"));
+    const auto change = [&](const Access::Section& section) {
+        try {
+            (file.*section.write)(nodes);
+            return true;
+        } catch (const qncore::ErrorException& exception) {
+            EXPECT_TRUE(exception.matches(vdcertificates::error::sharing_violation));
+            return false;
+        }
+    };
+    for (const auto* section : {&Access::notifiers, &Access::devices, &Access::media_retrieval}) {
+        SCOPED_TRACE(section->name);
+        const std::string before = document("", "", "");
+        support::write_file(path, before);
+        const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
+        const auto holder = start("hold_file", {path, "0"});
         holder->wait_for("held");
-        holder->kill();
-        EXPECT_EQ(holder->wait(), -1);
-        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", ""));
+        EXPECT_FALSE(change(*section));
+        holder->tell();
+        EXPECT_EQ(holder->wait(), 0);
+        EXPECT_EQ(support::read_file(path), before);
+        // Required: the media retrieval section alone goes on, and fails where it would write.
+        EXPECT_EQ(capture.text().find("NOT performing") == std::string::npos,
+                  section == &Access::media_retrieval);
+        // A busy machine may make a short hold a long one, but not each time.
+        bool changed = false;
+        for (int attempt = 0; attempt < 20 && !changed; ++attempt) {
+            const auto brief = start("hold_file", {path, "15"});
+            brief->wait_for("held");
+            changed = change(*section);
+            EXPECT_EQ(brief->wait(), 0);
+        }
+        EXPECT_TRUE(changed);
+        EXPECT_THAT(support::read_file(path), testing::HasSubstr("NEW"));
     }
-}
-
-CHILD_PROCESS(lock_as_nobody) {
-    if (!support::become_nobody()) {
-        return 1;
-    }
-    Machine::enter(arguments[0]);
-    support::say("waiting");
-    {
-        const Lock lock(ConfigurationFileMutex::create());
-        support::say("held");
-    }
-    const Lock again(ConfigurationFileMutex::create());
-    return 0;
-}
-
-TEST_F(ProcessesTest, ASecondAccountWaitsOnAndReleasesTheLock) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can become another account";
-    }
-    const auto mutex = ConfigurationFileMutex::create();
-    mutex->acquire_lock();
-    const auto child = start("lock_as_nobody");
-    child->wait_for("waiting");
-    mutex->release_lock();
-    child->wait_for("held");
-    EXPECT_EQ(child->wait(), 0);
-    const Lock lock(mutex);
 }
 
 CHILD_PROCESS(construct_as_nobody) {
@@ -191,22 +214,11 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
         if (!test.private_key) {
             fs::rename(machine.private_key_file(), machine.public_key_file());
         }
-        const auto before = [&] {
-            std::string state;
-            for (const std::string& file :
-                 {machine.public_key_file(), machine.private_key_file()}) {
-                if (fs::exists(file)) {
-                    state += support::read_file(file) +
-                             std::to_string(static_cast<int>(fs::status(file).permissions()));
-                }
-            }
-            return state;
-        };
-        const std::string state = before();
+        const std::string state = key_files();
         const auto child = start("construct_as_nobody");
         EXPECT_EQ(child->next_line(), expected) << test.what;
         EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(before(), state) << test.what;
+        EXPECT_EQ(key_files(), state) << test.what;
     }
 }
 

@@ -118,19 +118,6 @@ TEST_F(ReadingTest, AFaultEndsTheReadingAndLeavesWhatStoodBeforeIt) {
     }
 }
 
-TEST_F(ReadingTest, EveryPrefixOfAFileIsReadOrRefused) {
-    ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
-    ASSERT_TRUE(file.set_devices_certificate_information("S", "p", "k", "c", "", "t"));
-    const std::string text = configuration();
-    for (std::size_t length = 0; length < text.size(); ++length) {
-        write_configuration(text.substr(0, length));
-        ConfigurationFileNodes nodes;
-        const bool read = file.get_additional_certificate_information(nodes);
-        // A prefix that holds no element is an empty file.
-        EXPECT_EQ(read, length == 0) << length;
-    }
-}
-
 TEST_F(ReadingTest, AMissingFileIsAFailure) {
     ConfigurationFileNodes nodes;
     try {

@@ -3,11 +3,6 @@
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/trace_capture.h"
 
-// The accessors give `const bool`, and overloads are named by their whole type here.
-#ifdef __GNUC__
-#pragma GCC diagnostic ignored "-Wignored-qualifiers"
-#endif
-
 namespace store_test {
 namespace {
 
@@ -15,123 +10,83 @@ using vdcertificates::CertificateNode;
 using vdcertificates::ConfigurationFile;
 using vdcertificates::ConfigurationFileNodes;
 
-/// The pair of accessors of one role, made alike: server, then an entry's fields.
-struct Role {
-    const char* member;
-    const char* element;
-    const char* section;
-    bool by_server;
-    bool trusted;
-    std::function<bool(ConfigurationFile&, const std::string&, const CertificateNode&)> set;
-    std::function<bool(ConfigurationFile&, const std::string&, CertificateNode&)> get;
-    const char* trace;
-};
-
 using S = const std::string&;
 using C = ConfigurationFile;
 using Node = CertificateNode;
 
-template <auto Setter, auto Getter>
-Role by_server(const char* member, const char* element, const char* section, const char* trace) {
-    return {member,
-            element,
-            section,
-            true,
-            false,
-            [](C& file, S server, const Node& n) {
-                return (file.*Setter)(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                                      n.password);
-            },
-            [](C& file, S server, Node& n) {
-                return (file.*Getter)(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                                      n.password);
-            },
-            trace};
+/// The pair of accessors of one role, made alike: server, then an entry's fields.
+struct Role {
+    std::string member;
+    const char* element;
+    const char* section;
+    const char* parameters; ///< how the names of its parameters begin
+    bool by_server;
+    bool trusted;
+    std::function<bool(C&, S, const Node&)> set;
+    std::function<bool(C&, S, Node&)> get;
+
+    /// The arguments "SRV", "1", "2", "3" and "4&" as the trace shows them.
+    std::string traced() const {
+        const std::string head = std::string("r") + parameters + "Certificate";
+        return (by_server ? "rServerName: SRV, " : "") + head + "PublicKeyFilePath: 1, " + head +
+               "PrivateKeyFilePath: 2, " + head + "FilePath: 3" +
+               (trusted ? ", rTrustedCertificateFilePath: 4&" : "");
+    }
+};
+
+/// Calls with the fields, and with the server and the trusted path where the accessor takes them.
+template <class Accessor, class NodeType>
+bool call(const Accessor& accessor, C& file, S server, NodeType& n) {
+    if constexpr (requires { accessor(file, "", n.name, n.name, n.name, n.name, n.name); }) {
+        return accessor(file, server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
+                        n.password, n.trustedCertificatePath);
+    } else if constexpr (requires { accessor(file, "", n.name, n.name, n.name, n.name); }) {
+        return accessor(file, server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
+                        n.password);
+    } else {
+        return accessor(file, n.publicKeyPath, n.privateKeyPath, n.certificatePath, n.password);
+    }
 }
 
-template <auto Setter, auto Getter>
-Role with_trusted(const char* member, const char* element, const char* section, const char* trace) {
+template <class Setter, class Getter>
+Role make_role(const char* member, const char* element, const char* section, const char* parameters,
+               bool by_server, bool trusted, const Setter& setter, const Getter& getter) {
     return {member,
             element,
             section,
-            true,
-            true,
-            [](C& file, S server, const Node& n) {
-                return (file.*Setter)(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                                      n.password, n.trustedCertificatePath);
-            },
-            [](C& file, S server, Node& n) {
-                return (file.*Getter)(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                                      n.password, n.trustedCertificatePath);
-            },
-            trace};
+            parameters,
+            by_server,
+            trusted,
+            [=](C& file, S server, const Node& n) { return call(setter, file, server, n); },
+            [=](C& file, S server, Node& n) { return call(getter, file, server, n); }};
 }
+
+/// A call of an accessor that is one only with arguments that it takes; a lambda, since overloads
+/// have no address without a type.
+#define ACCESSOR(name)                                                                             \
+    [](C& file, auto&... arguments) -> decltype(file.name(arguments...)) {                         \
+        return file.name(arguments...);                                                            \
+    }
+#define ROLE(member, element, section, parameters, by_server, trusted)                             \
+    make_role(#member, element, section, parameters, by_server, trusted,                           \
+              ACCESSOR(set_##member##_certificate_information),                                    \
+              ACCESSOR(get_##member##_certificate_information))
 
 std::vector<Role> all_roles() {
     return {
-        {"cluster", "ServerGroupCertificate", "Notifiers", false, false,
-         [](C& file, S, const Node& n) {
-             return file.set_cluster_certificate_information(n.publicKeyPath, n.privateKeyPath,
-                                                             n.certificatePath, n.password);
-         },
-         [](C& file, S, Node& n) {
-             return file.get_cluster_certificate_information(n.publicKeyPath, n.privateKeyPath,
-                                                             n.certificatePath, n.password);
-         },
-         "rClusterCertificatePublicKeyFilePath: 1, rClusterCertificatePrivateKeyFilePath: 2, "
-         "rClusterCertificateFilePath: 3"},
-        by_server<static_cast<const bool (C::*)(S, S, S, S, S)>(
-                      &C::set_subsystems_certificate_information),
-                  static_cast<const bool (C::*)(S, std::string&, std::string&, std::string&,
-                                                std::string&)>(
-                      &C::get_subsystems_certificate_information)>(
-            "subsystems", "VDCertificateAuthority", "Notifiers",
-            "rServerName: SRV, rSubsystemsCertificatePublicKeyFilePath: 1, "
-            "rSubsystemsCertificatePrivateKeyFilePath: 2, rSubsystemsCertificateFilePath: 3"),
-        with_trusted<&C::set_subsystems_server_certificate_information,
-                     &C::get_subsystems_server_certificate_information>(
-            "subsystems_server", "SubsystemsServerCertificate", "Notifiers",
-            "rServerName: SRV, rSubsystemsServerCertificatePublicKeyFilePath: 1, "
-            "rSubsystemsServerCertificatePrivateKeyFilePath: 2, "
-            "rSubsystemsServerCertificateFilePath: 3, rTrustedCertificateFilePath: 4&"),
-        with_trusted<&C::set_subsystems_remote_client_certificate_information,
-                     &C::get_subsystems_remote_client_certificate_information>(
-            "subsystems_remote_client", "SubsystemsRemoteClientCertificate", "Notifiers",
-            "rServerName: SRV, rSubsystemsRemoteClientCertificatePublicKeyFilePath: 1, "
-            "rSubsystemsRemoteClientCertificatePrivateKeyFilePath: 2, "
-            "rSubsystemsRemoteClientCertificateFilePath: 3, rTrustedCertificateFilePath: 4&"),
-        with_trusted<&C::set_remote_client_certificate_information,
-                     &C::get_remote_client_certificate_information>(
-            "remote_client", "RemoteClientCertificate", "Notifiers",
-            "rServerName: SRV, rRemoteClientCertificatePublicKeyFilePath: 1, "
-            "rRemoteClientCertificatePrivateKeyFilePath: 2, "
-            "rRemoteClientCertificateFilePath: 3, rTrustedCertificateFilePath: 4&"),
-        by_server<&C::set_webconfig_certificate_information,
-                  &C::get_webconfig_certificate_information>(
-            "webconfig", "WebConfigCertificate", "Notifiers",
-            "rServerName: SRV, rWebConfigCertificatePublicKeyFilePath: 1, "
-            "rWebConfigCertificatePrivateKeyFilePath: 2, rWebConfigCertificateFilePath: 3"),
-        with_trusted<static_cast<const bool (C::*)(S, S, S, S, S, S)>(
-                         &C::set_devices_certificate_information),
-                     static_cast<const bool (C::*)(S, std::string&, std::string&, std::string&,
-                                                   std::string&, std::string&)>(
-                         &C::get_devices_certificate_information)>(
-            "devices", "SIPDevice", "SIPDevices",
-            "rServerName: SRV, rDevicesCertificatePublicKeyFilePath: 1, "
-            "rDevicesCertificatePrivateKeyFilePath: 2, rDevicesCertificateFilePath: 3, "
-            "rTrustedCertificateFilePath: 4&"),
-        with_trusted<&C::set_media_retrieval_server_certificate_information,
-                     &C::get_media_retrieval_server_certificate_information>(
-            "media_retrieval_server", "Server", "MediaRetrieval",
-            "rServerName: SRV, rMediaRetrievalServerCertificatePublicKeyFilePath: 1, "
-            "rMediaRetrievalServerCertificatePrivateKeyFilePath: 2, "
-            "rMediaRetrievalServerCertificateFilePath: 3, rTrustedCertificateFilePath: 4&"),
-        with_trusted<&C::set_media_retrieval_client_certificate_information,
-                     &C::get_media_retrieval_client_certificate_information>(
-            "media_retrieval_client", "Client", "MediaRetrieval",
-            "rServerName: SRV, rMediaRetrievalClientCertificatePublicKeyFilePath: 1, "
-            "rMediaRetrievalClientCertificatePrivateKeyFilePath: 2, "
-            "rMediaRetrievalClientCertificateFilePath: 3, rTrustedCertificateFilePath: 4&"),
+        ROLE(cluster, "ServerGroupCertificate", "Notifiers", "Cluster", false, false),
+        ROLE(subsystems, "VDCertificateAuthority", "Notifiers", "Subsystems", true, false),
+        ROLE(subsystems_server, "SubsystemsServerCertificate", "Notifiers", "SubsystemsServer",
+             true, true),
+        ROLE(subsystems_remote_client, "SubsystemsRemoteClientCertificate", "Notifiers",
+             "SubsystemsRemoteClient", true, true),
+        ROLE(remote_client, "RemoteClientCertificate", "Notifiers", "RemoteClient", true, true),
+        ROLE(webconfig, "WebConfigCertificate", "Notifiers", "WebConfig", true, false),
+        ROLE(devices, "SIPDevice", "SIPDevices", "Devices", true, true),
+        ROLE(media_retrieval_server, "Server", "MediaRetrieval", "MediaRetrievalServer", true,
+             true),
+        ROLE(media_retrieval_client, "Client", "MediaRetrieval", "MediaRetrievalClient", true,
+             true),
     };
 }
 
@@ -240,7 +195,7 @@ TEST_F(RolesTest, TracesNameTheArgumentsAndNeverThePassword) {
     for (const Role& role : roles) {
         const support::TraceCapture capture("81");
         const std::string name = "vdcertificates::ConfigurationFile::";
-        const std::string member = std::string(role.member) + "_certificate_information()";
+        const std::string member = role.member + "_certificate_information()";
         EXPECT_TRUE(role.set(file, "SRV", entry("", "1", "2", "3", secret, "4&")));
         CertificateNode got;
         EXPECT_TRUE(role.get(file, "SRV", got));
@@ -250,9 +205,9 @@ TEST_F(RolesTest, TracesNameTheArgumentsAndNeverThePassword) {
             const std::string text = capture.text();
             const std::string head = topic + direction + member + " ";
             const std::size_t entry_at = text.find(" 81" + head + "entry\n");
-            const std::size_t arguments = text.find(" 41" + head + role.trace + "\n");
+            const std::size_t arguments = text.find(" 41" + head + role.traced() + "\n");
             const std::size_t exit_at = text.find(" 81" + head + "exit\n");
-            EXPECT_NE(arguments, std::string::npos) << role.trace << '\n' << text;
+            EXPECT_NE(arguments, std::string::npos) << role.traced() << '\n' << text;
             EXPECT_LT(entry_at, arguments);
             EXPECT_LT(arguments, exit_at);
             EXPECT_NE(exit_at, std::string::npos);

@@ -36,7 +36,7 @@ std::string Machine::root() const {
 }
 
 std::string Machine::in_root(const std::string& name) const {
-    return (std::filesystem::path(root()) / name).string();
+    return (std::filesystem::path(root()) / name).make_preferred().string();
 }
 
 void Machine::set_machine_root(const std::string& path) {

@@ -16,8 +16,10 @@ class TemporaryDirectory {
 
     const std::filesystem::path& path() const noexcept { return path_; }
     std::string str() const { return path_.string(); }
-    /// The path of a name inside it.
-    std::string file(std::string_view name) const { return (path_ / name).string(); }
+    /// The path of a name inside it, with the system's own separators.
+    std::string file(std::string_view name) const {
+        return (path_ / name).make_preferred().string();
+    }
 
   private:
     std::filesystem::path path_;

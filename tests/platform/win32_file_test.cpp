@@ -1,0 +1,83 @@
+#include <cstdio>
+
+#include <gmock/gmock.h>
+
+#include "platform/file.h"
+#include "platform/file_system.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+#include "tests/support/temporary_directory.h"
+
+namespace platform {
+namespace {
+
+class WindowsFileTest : public ::testing::Test {
+  protected:
+    bool is_read_only(const std::string& file) const {
+        return (::GetFileAttributesW(wide(file).c_str()) & FILE_ATTRIBUTE_READONLY) != 0;
+    }
+
+    support::TemporaryDirectory directory;
+};
+
+TEST_F(WindowsFileTest, ANameThatOnlySurrogatesSpell) {
+    const std::string name = directory.file("\xF0\x9F\x94\x91.xml");
+    ASSERT_FALSE(probe_write_access(name));
+    WIN32_FIND_DATAW data = {};
+    const HANDLE search = ::FindFirstFileW(wide(directory.file("*.xml")).c_str(), &data);
+    ASSERT_NE(search, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(std::wstring(data.cFileName), L"\xD83D\xDD11.xml");
+    EXPECT_EQ(narrow(data.cFileName), "\xF0\x9F\x94\x91.xml");
+    ::FindClose(search);
+}
+
+TEST_F(WindowsFileTest, WhatIsNoUtf8IsNowhere) {
+    for (const char* name : {"\xFF", "a\xC3", "\xED\xA0\x80"}) {
+        EXPECT_TRUE(probe_write_access(name).is_not_found()) << name;
+        EXPECT_TRUE(check_existence(name).is_not_found()) << name;
+    }
+}
+
+TEST_F(WindowsFileTest, TheReadOnlyBitOfKeyFiles) {
+    const std::string name = directory.file("key");
+    const auto file = open_key_file(name);
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(open_key_file(name).error().is_sharing_violation());
+    close_file(*file);
+    ASSERT_FALSE(set_key_file_writable(name, false));
+    EXPECT_TRUE(is_read_only(name));
+    EXPECT_TRUE(open_key_file(name).error().is_access_denied());
+    ASSERT_FALSE(set_key_file_writable(name, true));
+    EXPECT_FALSE(is_read_only(name));
+    EXPECT_TRUE(set_key_file_writable(directory.file("nowhere"), true).is_not_found());
+}
+
+TEST_F(WindowsFileTest, TheProbeDoesNotShareDeletion) {
+    const std::string name = directory.file("file");
+    const HANDLE deleter = ::CreateFileW(wide(name).c_str(), DELETE,
+                                         FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(deleter, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(probe_write_access(name).is_sharing_violation());
+    const auto stream =
+        open_file(name, FileAccess::write, FileDisposition::open_existing, FileSharing::none, {});
+    EXPECT_TRUE(stream) << "an open of the library's own shares it";
+    close_file(*stream);
+    ::CloseHandle(deleter);
+}
+
+TEST_F(WindowsFileTest, AStreamCanBeMadeToAllowItsRemoval) {
+    const std::string name = directory.file("trace");
+    std::FILE* stream = ::_wfopen(wide(name).c_str(), L"wb");
+    ASSERT_NE(stream, nullptr);
+    allow_removal(stream);
+    std::fputs("text", stream);
+    std::fflush(stream);
+    EXPECT_EQ(support::read_file(name), "text");
+    remove_file(name.c_str());
+    EXPECT_EQ(std::fclose(stream), 0);
+    EXPECT_FALSE(exists(name));
+}
+
+} // namespace
+} // namespace platform
