@@ -47,4 +47,8 @@ if(ORVA_BUILD_TESTS)
   set(gtest_force_shared_crt ON)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  if(NOT TARGET GTest::gmock) # some releases make the aliases themselves
+    add_library(GTest::gtest ALIAS gtest)
+    add_library(GTest::gmock ALIAS gmock)
+  endif()
 endif()
