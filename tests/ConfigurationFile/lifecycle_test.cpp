@@ -1,8 +1,8 @@
 #include <filesystem>
 
 #include "qncertificates/errors.h"
-#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/failure.h"
 #include "tests/support/trace_capture.h"
 
 namespace store_test {
@@ -124,19 +124,16 @@ TEST_F(LifecycleTest, WhenRegenerationFailsTooTheErrorNamesBothFiles) {
     support::write_file(machine.public_key_file(), "junk");
     fs::create_directory(machine.private_key_file()); // cannot be a key file
     const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
-    try {
-        construct();
-        ADD_FAILURE() << "constructed";
-    } catch (const qncore::ErrorException& exception) {
-        EXPECT_TRUE(exception.matches(qncertificates::error::qncertificates_parameter_invalid));
-        EXPECT_EQ(exception.what(), "Caught exception when loading keys for configuration file "
-                                    "usage. machinePublicKey: " +
-                                        machine.public_key_file() +
-                                        ", machinePrivateKey: " + machine.private_key_file() + ".");
-        EXPECT_EQ(exception.info()->location().function.view(),
-                  "vdcertificates::ConfigurationFile::ConfigurationFile()");
-        EXPECT_TRUE(exception.info()->nested());
-    }
+    const auto error = support::error_of(construct);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), qncertificates::error::qncertificates_parameter_invalid);
+    EXPECT_EQ(error->text(), "Caught exception when loading keys for configuration file usage. "
+                             "machinePublicKey: " +
+                                 machine.public_key_file() +
+                                 ", machinePrivateKey: " + machine.private_key_file() + ".");
+    EXPECT_EQ(error->location().function.view(),
+              "vdcertificates::ConfigurationFile::ConfigurationFile()");
+    EXPECT_TRUE(error->nested());
     EXPECT_EQ(capture.lines().size(), 2U);
     EXPECT_THAT(capture.lines().back(),
                 testing::HasSubstr("Caught exception when creating keys for configuration file "
