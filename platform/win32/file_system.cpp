@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <io.h>
 
+#include "platform/seams.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -46,6 +47,9 @@ bool is_open_to_others(const std::string&) {
 }
 
 SystemError probe_write_access(const std::string& path) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
     const HANDLE handle =
         ::CreateFileW(wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);

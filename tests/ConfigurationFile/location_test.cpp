@@ -3,6 +3,8 @@
 #include "ConfigurationFile/errors.h"
 #include "ConfigurationFile/location.h"
 #include "platform/file.h"
+#include "platform/machine.h"
+#include "platform/path.h"
 #include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
 #include "tests/ConfigurationFile/store_fixture.h"
@@ -52,9 +54,10 @@ TEST_F(LocationTest, TheVariableNamesTheWholePath) {
                                               test.path + "\n"));
     }
     // With nothing before the separator the value is taken untested.
-    const EnvironmentGuard variable("ORVA_Certificates", "/x.xml");
-    EXPECT_EQ(ConfigurationFileAccess::path(file), "/x.xml");
-    EXPECT_FALSE(fs::exists("/x.xml"));
+    const std::string at_root = std::string(1, platform::preferred_separator) + "x.xml";
+    const EnvironmentGuard variable("ORVA_Certificates", at_root);
+    EXPECT_EQ(ConfigurationFileAccess::path(file), at_root);
+    EXPECT_FALSE(fs::exists(at_root));
 }
 
 TEST_F(LocationTest, APlainNameStandsForADirectoryAndAFileAtOnce) {
@@ -142,7 +145,7 @@ TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
                             " vdcertificates::create_and_get_default_root_configuration_directory"
                             "() Current user has NO access to: " +
                             test.setting + ", as specified under the HKEY_LOCAL_MACHINE\\" +
-                            machine.file("machine.conf") + " key.")));
+                            platform::machine_setting_source() + " key.")));
         } else {
             EXPECT_EQ(capture.text(), "");
             EXPECT_TRUE(fs::exists(test.root + "/TESTHOST_ORVA_Certificates.xml"));
@@ -167,7 +170,8 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
     const Case cases[] = {
         {machine.file("p"), machine.file("h"), machine.file("p/Orvane Systems/Certificates")},
         {machine.file("p/"), std::nullopt, machine.file("p/Orvane Systems/Certificates")},
-        {std::nullopt, machine.file("h"), machine.file("h/Orvane Systems/Certificates")},
+        {std::nullopt, machine.file("h"),
+         platform::paths_have_drives ? "" : machine.file("h/Orvane Systems/Certificates")},
         {std::nullopt, std::nullopt, ""},
     };
     for (const Case& test : cases) {
@@ -177,7 +181,11 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
         EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
     }
     // Whatever cannot be made on the way only counts when the last directory is not there.
-    fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
+    if (platform::paths_have_drives) {
+        support::write_file(machine.file("dangling"), "");
+    } else {
+        fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
+    }
     const EnvironmentGuard profile("USERPROFILE", machine.file("dangling"));
     EXPECT_EQ(failure_of(create_and_get_default_root_configuration_directory),
               mkdir_code +

@@ -1,0 +1,222 @@
+#include "qnfile/path_pattern.h"
+
+#include <random>
+
+#include <gmock/gmock.h>
+
+#include "qncore/string_conversion.h"
+#include "qnfile/percent.h"
+#include "tests/support/exact_buffer.h"
+#include "tests/support/plain_glob.h"
+
+namespace qnfile {
+namespace {
+
+using Narrow = BasicPathPattern<char>;
+using Wide = BasicPathPattern<wchar_t>;
+
+TEST(PathPatternTest, CompilesTheFirstSegment) {
+    struct Case {
+        const char* text;
+        PathPatternKind kind;
+        std::size_t length;
+        bool more;
+        bool recursive;
+        const char* rest;
+    };
+    const Case cases[] = {
+        {"", pattern_any, 0, false, false, ""},
+        {"*", pattern_any, 1, false, false, "*"},
+        {"**", pattern_any, 0, false, true, ""},
+        {"**/", pattern_any, 0, false, true, ""},
+        {"**/*.TXT", pattern_suffix, 5, false, true, "*.txt"},
+        {"**/**/x", pattern_wildcard, 2, true, true, "**/x"},
+        {"**x", pattern_wildcard, 3, false, false, "**x"},
+        {"***", pattern_wildcard, 3, false, false, "***"},
+        {"a/b", pattern_exact, 1, true, false, "a/b"},
+        {"*/b", pattern_any, 1, true, false, "*/b"},
+        {"a/*?|", pattern_exact, 1, true, false, "a/*?|"},
+        {"/a/b", pattern_exact, 4, false, false, "/a/b"},
+        {"a*", pattern_prefix, 2, false, false, "a*"},
+        {"a*/*", pattern_prefix, 2, true, false, "a*/*"},
+        {"ab**", pattern_wildcard, 4, false, false, "ab**"},
+        {"a*b", pattern_wildcard, 3, false, false, "a*b"},
+        {"*a*", pattern_wildcard, 3, false, false, "*a*"},
+        {"*a?", pattern_wildcard, 3, false, false, "*a?"},
+        {"?", pattern_wildcard, 1, false, false, "?"},
+        {"ab?*", pattern_wildcard, 4, false, false, "ab?*"},
+        {"a|b", pattern_alternatives, 3, false, false, "a|b"},
+        {"*|/x", pattern_alternatives, 2, true, false, "*|/x"},
+    };
+    for (const Case& c : cases) {
+        const Narrow pattern(c.text, false);
+        EXPECT_EQ(std::tuple(pattern.kind(), pattern.segment_length(), pattern.has_more_segments(),
+                             pattern.is_recursive(), pattern.text()),
+                  std::tuple(c.kind, c.length, c.more, c.recursive, std::string(c.rest)))
+            << c.text;
+        const Wide wide(qncore::to_wstring(c.text), false);
+        EXPECT_EQ(std::tuple(wide.kind(), wide.segment_length(), qncore::to_string(wide.text())),
+                  std::tuple(c.kind, c.length, std::string(c.rest)))
+            << c.text;
+    }
+    const Narrow next = Narrow("**/A/B", true).next_segment();
+    EXPECT_EQ(next.text(), "B");
+    EXPECT_FALSE(next.is_recursive());
+    EXPECT_TRUE(next.is_case_sensitive());
+    EXPECT_TRUE(Narrow("a/**/b", true).next_segment().is_recursive());
+}
+
+TEST(PathPatternTest, Matches) {
+    struct Case {
+        const char* pattern;
+        std::vector<const char*> names;
+        std::vector<const char*> others;
+        bool caseSensitive = false;
+    };
+    const Case cases[] = {
+        {"", {"", "a"}, {}},
+        {"FOO*", {"foo", "foobar", "FooBar"}, {"fo", "xfoo"}},
+        {"FOO*", {"FOO", "FOObar"}, {"foobar"}, true},
+        {"*.Txt", {".txt", "a.TXT"}, {"txt", "a.txt.b"}},
+        {"\xC3\xA4", {"\xC3\xA4"}, {"\xC3\x84"}},
+        {"a|b", {"a", "B"}, {"a|b", "", "ab"}},
+        {"|a", {"", "a"}, {"|"}},
+        {"a|", {"a"}, {""}},
+        {"|", {""}, {"|"}},
+        {"x|*.c|?h", {"x", "a.c", ".c", "\xE2\x82\xACh"}, {"h", "a.d"}},
+        {"?", {"a", "?", "\xE2\x82\xAC"}, {"", "ab", "\xE2\x82", "\x82", "\xFF"}},
+        {"a?*b", {"axb", "a\xE2\x82\xAC-b"}, {"ab"}},
+        {"*?", {"a", "ab"}, {"", "\xE2\x82\xAC"}}, // the first unit behind a star is one byte
+        {"*??", {"ab"}, {"a", "\xC3\xA4"}},
+        {"*a*",
+         {"a", "xax", "\xC3\xA4-a"},
+         {"", "\xFF-a"}}, // the scan ends at what is no character
+        {"a/b", {"a"}, {"b", "a/b"}},
+        {"/a/b", {"/a/b"}, {"a"}},
+    };
+    for (const Case& c : cases) {
+        const Narrow pattern(c.pattern, c.caseSensitive);
+        for (const bool expected : {true, false}) {
+            for (const char* name : expected ? c.names : c.others) {
+                const support::ExactBuffer exact(name);
+                EXPECT_EQ(pattern.matches(exact.data(), exact.size()), expected)
+                    << c.pattern << " on " << name;
+            }
+        }
+    }
+}
+
+TEST(PathPatternTest, WideCharactersArePairsButForTheLastUnit) {
+    struct Case {
+        std::wstring pattern;
+        std::wstring name;
+        bool matches;
+    };
+    const Case cases[] = {
+        {L"?", L"\xD83D\xDE00", true},    {L"??", L"\xD83D\xDE00", false},
+        {L"?", L"\xD83D", false},         {L"?", L"\xDE00", false},
+        {L"?", L"\xDFFE", false},         {L"?", L"\xDFFF", true},
+        {L"?", L"\xD83D\xDFFF", false},   {L"*?", L"\xD83D\xDE00", false},
+        {L"*??", L"\xD83D\xDE00", false}, {L"*a*", L"\xD83D\xDE00-A", true},
+        {L"*a*", L"\xDE00-A", false},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(Wide(c.pattern, false).matches(c.name), c.matches)
+            << testing::PrintToString(c.pattern) << " on " << testing::PrintToString(c.name);
+    }
+}
+
+/// Every kind against the definition, over short texts of these pieces; `valid` of the pieces are
+/// whole characters, and only for texts of those are prefixes and suffixes the same as a search.
+template <class Unit>
+void compare_with_definition(const std::vector<std::basic_string<Unit>>& pieces,
+                             std::size_t valid) {
+    using String = std::basic_string<Unit>;
+    std::mt19937 random(20);
+    const auto below = [&](std::size_t limit) { return std::size_t{random()} % limit; };
+    int matched = 0;
+    for (int turn = 0; turn < 200000; ++turn) {
+        const bool all = turn % 2 == 0;
+        const bool caseSensitive = below(2) != 0;
+        String text;
+        String name;
+        for (std::size_t i = below(7); i != 0; --i) {
+            const std::size_t kind = below(5);
+            text += kind == 0   ? String(1, Unit{'?'})
+                    : kind <= 2 ? String(1 + below(2), Unit{'*'})
+                                : pieces[below(all ? pieces.size() : valid)];
+        }
+        for (std::size_t i = below(7); i != 0; --i) {
+            name += pieces[below(all ? pieces.size() : valid)];
+        }
+        const BasicPathPattern<Unit> pattern(text, caseSensitive);
+        if (pattern.is_recursive() || (all && pattern.kind() != pattern_wildcard)) {
+            continue;
+        }
+        using View = std::basic_string_view<Unit>;
+        const bool expected = pattern.kind() == pattern_any ||
+                              support::plain_glob<View>(name, pattern.text(), caseSensitive);
+        ASSERT_EQ(pattern.matches(name), expected)
+            << testing::PrintToString(text) << " on " << testing::PrintToString(name);
+        matched += expected ? 1 : 0;
+    }
+    EXPECT_GT(matched, 20000);
+}
+
+TEST(PathPatternTest, AnswersByTheDefinition) {
+    compare_with_definition<char>(
+        {"a", "b", "B", "\xC3\xA4", "\xE2\x82\xAC", "\xC3", "\xA4", "\xFF", "\xE2"}, 5);
+    compare_with_definition<wchar_t>(
+        {L"a", L"b", L"B", L"\xD83D\xDE00", L"\xDFFF", L"\xD83D", L"\xDE00"}, 5);
+}
+
+TEST(PathPatternTest, StarsAreLimitedAndCheap) {
+    const auto repeated = [](const char* text, int times) {
+        std::string all;
+        for (int i = 0; i < times; ++i) {
+            all += text;
+        }
+        return all;
+    };
+    std::string text;
+    std::string name;
+    for (int runs = 1; runs <= 34; ++runs) {
+        name +=
+            static_cast<char>('@' + runs); // all different, so that the definition is quick, too
+        text += std::string("*") + name.back();
+        for (const char* end : {"", "*", "**"}) {
+            EXPECT_EQ(Narrow(text + end, true).matches(name), runs <= 32) << text << end;
+            EXPECT_EQ(support::plain_glob<std::string_view>(name, text + end, true), runs <= 32);
+        }
+    }
+    // Tried place by place these would not end in a lifetime.
+    name.assign(255, 'a');
+    for (const char* piece : {"*a", "*?", "*aa?"}) {
+        EXPECT_FALSE(Narrow(repeated(piece, 31) + "*b", true).matches(name)) << piece;
+        EXPECT_TRUE(Narrow(repeated(piece, 31) + "*a*", true).matches(name)) << piece;
+    }
+    EXPECT_TRUE(Narrow("*a*b*", true).matches(std::string(100000, 'a') + "b"));
+}
+
+TEST(PercentTest, Decodes) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"", ""},
+        {"a%20b", "a b"},
+        {"%41%4a%4A", "AJJ"},
+        {"%", "%"},
+        {"%4", "%4"},
+        {"%4g", "%4g"},
+        {"%%41", "%A"},
+        {"%2541", "%41"},
+        {"%fF", "\xFF"},
+        {"%00", std::string(1, '\0')},
+        {"%g1", "%g1"},
+        {"%@1%1`", "%@1%1`"},
+    };
+    for (const auto& [text, decoded] : cases) {
+        EXPECT_EQ(percent_decode(text), decoded) << text;
+    }
+}
+
+} // namespace
+} // namespace qnfile
