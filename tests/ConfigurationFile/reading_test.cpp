@@ -121,6 +121,7 @@ TEST_F(ReadingTest, AMissingFileIsAFailure) {
     EXPECT_EQ(error->code().path(), "error.qnfile.io.open");
     EXPECT_EQ(error->text(), "Unable to open file \"" + machine.default_file() + "\"");
     EXPECT_TRUE(error->nested());
+    EXPECT_FALSE(file.get_additional_certificate_information(nodes));
 }
 
 } // namespace
