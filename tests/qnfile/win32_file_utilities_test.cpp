@@ -1,5 +1,3 @@
-#include "platform/directory.h"
-#include "platform/testing/testing.h"
 #include "qnfile/directory.h"
 #include "qnfile/file_utilities.h"
 #include "qnuri/parse.h"
@@ -9,8 +7,6 @@
 // File names as Windows has them.
 namespace qnfile {
 namespace {
-
-using qncore::ErrorInfoPtr;
 
 qnuri::UriReference uri_of(const std::string& text) {
     return qnuri::UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
@@ -53,15 +49,13 @@ TEST(WindowsFiles, CausesAreWindowsErrors) {
     };
     for (const auto& c : cases) {
         const auto info = failure_of(c.action);
-        ASSERT_TRUE(info && info->nested());
         EXPECT_EQ(*info->nested()->params().find("number"), c.number) << info->text();
     }
     const std::string parent = directory.file("a|b");
-    ErrorInfoPtr error;
-    create_directory(parent + "\\x", 0, &error, true);
-    expect_failure(error, {"error.qnfile.directory.notFound",
-                           "Failed to get parent directory stats. Full path=\"" + parent + "\"",
-                           "qnfile::impl::create_directory_recursive()"});
+    check_failures({{[&](auto* e) { create_directory(parent + "\\x", 0, e, true); },
+                     "error.qnfile.directory.notFound|qnfile::impl::create_directory_recursive()|"
+                     "Failed to get parent directory stats. Full path=\"" +
+                         parent + "\""}});
 }
 
 TEST(WindowsFiles, TheLargestTime) {
