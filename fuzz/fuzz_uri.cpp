@@ -1,5 +1,6 @@
 // Texts, alone and in pairs (two lines), through everything that the URI layer does with them.
 #include <algorithm>
+#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -127,8 +128,8 @@ void check_pair(std::string_view first, std::string_view second) {
                                                                      !base.is_hierarchical()))),
             "what is hierarchical has a relative reference");
     const auto order = reference <=> base;
-    require((base <=> reference) == (0 <=> order), "the order has two directions");
-    require(order != 0 || reference.hash() == base.hash(), "equal ones have one hash");
+    require(std::is_lt(order) == std::is_gt(base <=> reference), "the order has two directions");
+    require(std::is_neq(order) || reference.hash() == base.hash(), "equal ones have one hash");
 }
 
 } // namespace

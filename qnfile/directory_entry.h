@@ -85,6 +85,8 @@ class DirectoryEntry {
                                             const DirectoryEntry& right) noexcept;
 
   private:
+    friend class DirectorySequence;
+
     qncore::RefCountPtr<impl::DirectoryEntryImpl> impl_;
 };
 

@@ -91,8 +91,11 @@ void DirectorySequence::rewind(ErrorInfoPtr* error) {
 }
 
 DirectorySequence::DirectoryIterator DirectorySequence::begin(ErrorInfoPtr* error) const {
-    return DirectoryIterator(impl_ ? DirectoryEntryImplWin32::begin(system_side(impl_), error)
-                                   : nullptr);
+    if (!impl_) {
+        return {};
+    }
+    return DirectoryIterator(
+        DirectoryEntry(DirectoryEntryImplWin32::begin(system_side(impl_), error)));
 }
 
 DirectorySequence::DirectoryIterator DirectorySequence::end() const noexcept {
@@ -101,15 +104,15 @@ DirectorySequence::DirectoryIterator DirectorySequence::end() const noexcept {
 
 using Iterator = DirectorySequence::DirectoryIterator;
 
-Iterator::DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImpl> entry) noexcept
-    : entry_(std::move(entry)) {}
-
 Iterator::DirectoryIterator() noexcept = default;
 Iterator::DirectoryIterator(const DirectoryIterator&) noexcept = default;
 Iterator::DirectoryIterator(DirectoryIterator&&) noexcept = default;
 Iterator& Iterator::operator=(const DirectoryIterator&) noexcept = default;
 Iterator& Iterator::operator=(DirectoryIterator&&) noexcept = default;
 Iterator::~DirectoryIterator() = default;
+
+Iterator::DirectoryIterator(const DirectoryEntry& entry) noexcept
+    : entry_(entry.impl_) {}
 
 DirectoryEntry Iterator::operator*() const noexcept {
     return DirectoryEntry(entry_);

@@ -79,7 +79,8 @@ class DirectorySequence::DirectoryIterator {
 
     /// The end.
     DirectoryIterator() noexcept;
-    explicit DirectoryIterator(qncore::RefCountPtr<impl::DirectoryEntryImpl> entry) noexcept;
+    /// The place of an entry; one from a full path goes on among its siblings.
+    explicit DirectoryIterator(const DirectoryEntry& entry) noexcept;
     DirectoryIterator(const DirectoryIterator&) noexcept;
     DirectoryIterator(DirectoryIterator&&) noexcept;
     DirectoryIterator& operator=(const DirectoryIterator&) noexcept;

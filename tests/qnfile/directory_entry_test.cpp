@@ -1,0 +1,134 @@
+#include "qnfile/directory_entry.h"
+
+#include <chrono>
+
+#include "qncore/error_exception.h"
+#include "qnuri/parse.h"
+#include "tests/qnfile/directory_fixture.h"
+
+namespace qnfile {
+namespace {
+
+class DirectoryEntryTest : public DirectoryFixture {};
+
+TEST_F(DirectoryEntryTest, FromAPath) {
+    make({"dir/", "dir/file"});
+    struct Case {
+        std::string path;
+        const char* name;
+        std::string directory;
+    };
+    const Case cases[] = {
+        {path("dir"), "dir", base_},
+        {path("dir") + "/", "dir", base_},
+        {path("dir/file"), "file", base_ + "dir/"},
+        {path("dir") + "//file", "file", base_ + "dir//"},
+        {path("dir/."), ".", base_ + "dir/"},
+        {"dir", "dir", "./"},
+        {"dir/", "dir", "./"},
+    };
+    const auto previous = std::filesystem::current_path();
+    std::filesystem::current_path(directory_.path());
+    for (const Case& c : cases) {
+        const DirectoryEntry entry = DirectoryEntry::create_from_full_path(c.path);
+        EXPECT_EQ(entry.name(), c.name) << c.path;
+        EXPECT_EQ(entry.directory(), c.directory) << c.path;
+        EXPECT_EQ(entry.full_path(), c.directory + c.name);
+        EXPECT_EQ(entry.is_directory(), entry.name() != "file");
+    }
+    std::filesystem::current_path(previous);
+    for (const std::string& path : {std::string(), path("dir//"), path("dir/file/")}) {
+        qncore::ErrorInfoPtr error;
+        const bool found{DirectoryEntry::create_from_full_path(path, &error)};
+        // Only one separator at the end is taken away, for the answer as for the system.
+        EXPECT_EQ(found, !path.empty()) << path;
+        EXPECT_EQ(static_cast<bool>(error), path.empty()) << path;
+    }
+    EXPECT_THROW(DirectoryEntry::create_from_full_path(std::string("a\0b", 3)),
+                 qncore::ErrorException);
+}
+
+TEST_F(DirectoryEntryTest, FromAUri) {
+    make({"a b/", "a b/\xC3\xA4%41"});
+    const bool has_drive = base_[1] == ':';
+    std::string text = std::string(has_drive ? "file:///" : "file://") + base_;
+    text += "a%20b/%C3%A4%2541";
+    const qnuri::UriReference uri(qnuri::parse_uri_reference(text.c_str(), false));
+    const DirectoryEntry entry = DirectoryEntry::create_from_full_path(uri);
+    EXPECT_EQ(entry.name(), "\xC3\xA4%41");
+    EXPECT_TRUE(entry.is_file());
+}
+
+TEST_F(DirectoryEntryTest, TellsWhatTheSystemTells) {
+    const auto now = [] {
+        return std::chrono::duration_cast<std::chrono::nanoseconds>(
+                   std::chrono::system_clock::now().time_since_epoch())
+            .count();
+    };
+    constexpr std::int64_t slack = 2'000'000'000;
+    const std::int64_t before = now() - slack;
+    make({"dir/", "file", "closed"});
+    support::write_file(path("file"), std::string(70000, 'x'));
+    std::filesystem::permissions(path("closed"), std::filesystem::perms::owner_read);
+    const DirectorySequence entries = sequence("dir|file|closed");
+    int count = 0;
+    for (const DirectoryEntry& entry : entries) {
+        SCOPED_TRACE(entry.name());
+        ++count;
+        const bool is_directory = entry.name() == "dir";
+        EXPECT_EQ(entry.type(), is_directory ? entry_directory : entry_file);
+        EXPECT_EQ(entry.access(), entry.name() == "closed"
+                                      ? std::uint32_t{entry_access_read}
+                                      : entry_access_read | entry_access_write);
+        if (!is_directory) {
+            EXPECT_EQ(entry.size(), entry.name() == "file" ? 70000U : 1U);
+        }
+        for (const std::int64_t time : {entry.accessed(), entry.modified(), entry.created()}) {
+            EXPECT_GE(time, before);
+            EXPECT_LE(time, now() + slack);
+        }
+        const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
+        EXPECT_EQ(again, entry);
+        EXPECT_EQ(again.hash_value(), entry.hash_value());
+        EXPECT_EQ(std::tuple(again.type(), again.access(), again.modified(), again.created()),
+                  std::tuple(entry.type(), entry.access(), entry.modified(), entry.created()));
+    }
+    EXPECT_EQ(count, 3);
+    std::filesystem::permissions(path("closed"), std::filesystem::perms::owner_all);
+}
+
+TEST_F(DirectoryEntryTest, HasAnOrderAndAHash) {
+    make({"a/", "a/b", "a/bb", "a/\xC3\xA4", "a-/", "a-/b"});
+    const auto entry = [&](const char* name) {
+        return DirectoryEntry::create_from_full_path(path(name));
+    };
+    const DirectoryEntry ordered[] = {entry("a"), entry("a-/b"), entry("a/b"), entry("a/bb"),
+                                      entry("a/\xC3\xA4")};
+    for (const DirectoryEntry& left : ordered) {
+        for (const DirectoryEntry& right : ordered) {
+            EXPECT_EQ(left < right, &left < &right) << left.full_path() << right.full_path();
+            EXPECT_EQ(left == right, &left == &right);
+        }
+    }
+    EXPECT_EQ(DirectoryEntry(), DirectoryEntry());
+    EXPECT_FALSE(DirectoryEntry() == ordered[0]);
+    const auto plain = [](const std::string& text) {
+        std::uint32_t hash = 0;
+        for (const char c : text) {
+            hash = hash * 5 + static_cast<std::uint32_t>(static_cast<signed char>(c));
+        }
+        return hash;
+    };
+    EXPECT_EQ(ordered[4].hash_value(), plain("\xC3\xA4") ^ plain(base_ + "a/"));
+}
+
+TEST_F(DirectoryEntryTest, WalksOnAmongItsSiblings) {
+    make({"dir/", "dir/1", "dir/2", "dir/3"});
+    const Names all = rest(sequence("", nullptr, "dir").begin());
+    const DirectorySequence::iterator place(DirectoryEntry::create_from_full_path(path("dir/2")));
+    const auto from = std::find(all.begin(), all.end(), "dir/2");
+    EXPECT_EQ(rest(place), Names(from, all.end()));
+}
+
+} // namespace
+} // namespace qnfile

@@ -1,0 +1,139 @@
+#include "tests/qnfile/directory_fixture.h"
+
+#include <iterator>
+
+#include "qncore/error_exception.h"
+
+namespace qnfile {
+namespace {
+
+using testing::ElementsAre;
+
+static_assert(std::forward_iterator<DirectorySequence::iterator>);
+
+class DirectorySequenceTest : public DirectoryFixture {};
+
+TEST_F(DirectorySequenceTest, PatternsChooseWhatIsEnteredAndDelivered) {
+    make({"a/", "a/b/", "a/b/x", "a/x", "b", "c/", "c/a/", "c/a/b", "c/b/", "..foo/", "..foo/x",
+          ".hid/", ".hid/x", "x/", "x/x/", "x/x/x", "empty/"});
+    struct Case {
+        const char* pattern;
+        Names entries;
+    };
+    const Case cases[] = {
+        {"", {"..foo", ".hid", "a", "b", "c", "empty", "x"}},
+        {"b", {"b"}},
+        {"B", {}},
+        {"none", {}},
+        {"a/b", {"a/b"}},
+        {"?/b", {"./b", "a/b", "c/b"}}, // "." is a directory like others
+        {"a|c/b|x", {"a/b", "a/x", "c/b"}},
+        {"b/*", {}}, // a file is not entered
+        {"**/x", {".hid/x", "a/b/x", "a/x", "x", "x/x", "x/x/x"}},
+        {"**/none", {}},
+        {"**/a/b", {"a/b", "c/a/b"}},
+        {"a/**", {"a/b", "a/b/x", "a/x"}},
+        {"a/**/x", {"a/b/x", "a/x"}},
+        {"**/x/**/x", {"x/x", "x/x/x", "x/x/x"}}, // reached in two ways
+        // A name that begins with ".." is delivered, and not entered by a walk of any depth.
+        {"**",
+         {"..foo", ".hid", ".hid/x", "a", "a/b", "a/b/x", "a/x", "b", "c", "c/a", "c/a/b", "c/b",
+          "empty", "x", "x/x", "x/x/x"}},
+        {"..foo/x", {"..foo/x"}},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(walk(c.pattern), c.entries) << c.pattern;
+    }
+    EXPECT_THAT(rest(sequence("", nullptr, "empty").begin()),
+                testing::UnorderedElementsAre("empty/.", "empty/.."));
+    EXPECT_EQ(walk("empty/.*", true), (Names{"empty/.", "empty/.."}));
+    EXPECT_FALSE(sequence("none"));
+    EXPECT_TRUE(sequence("", nullptr, "empty"));
+}
+
+TEST_F(DirectorySequenceTest, ADirectoryIsFollowedByItsContent) {
+    make({"a/", "a/b/", "a/b/x", "c/", "c/x"});
+    const DirectorySequence entries = sequence("**");
+    Names open;
+    for (const DirectoryEntry& entry : entries) {
+        while (!open.empty() && entry.directory() != open.back()) {
+            open.pop_back();
+        }
+        EXPECT_EQ(entry.directory(), open.empty() ? base_ : open.back());
+        if (entry.is_directory() && entry.name() != "." && entry.name() != "..") {
+            open.push_back(entry.full_path() + "/");
+        }
+    }
+}
+
+TEST_F(DirectorySequenceTest, PathsAndForms) {
+    make({"sub/", "sub/File"});
+    const auto previous = std::filesystem::current_path();
+    std::filesystem::current_path(directory_.path() / "sub");
+    const DirectorySequence here("", 0, "file", 4, false);
+    std::filesystem::current_path(previous);
+    ASSERT_NE(here.begin(), here.end());
+    EXPECT_EQ((*here.begin()).full_path(), "./File");
+
+    const std::string unended = path("sub");
+    DirectorySequence entries;
+    EXPECT_EQ(entries.begin(), entries.end());
+    entries.rewind();
+    EXPECT_FALSE(entries);
+    entries.assign(unended.data(), unended.size());
+    EXPECT_EQ((*entries.begin()).directory(), base_ + "sub/");
+    entries.assign(unended.data(), unended.size(), "F*", 2, true);
+    EXPECT_THAT(rest(entries.begin()), ElementsAre("sub/File"));
+    std::filesystem::remove(path("sub/File"));
+    make({"sub/Fresh"});
+    entries.rewind();
+    EXPECT_THAT(rest(entries.begin()), ElementsAre("sub/Fresh"));
+    const std::string with_zero("x\0y", 3);
+    EXPECT_THROW(DirectorySequence(with_zero.data(), with_zero.size()), qncore::ErrorException);
+}
+
+TEST_F(DirectorySequenceTest, CopiesGoOnByThemselves) {
+    make({"a/", "a/a/", "a/a/x", "a/b/", "a/b/x", "a/x", "b/", "b/x", "c/", "c/d/", "c/d/x", "x"});
+    for (const char* pattern : {"", "**", "**/x", "?/*", "a/**", "**/a/*", "c/*/x", "**/x|?"}) {
+        SCOPED_TRACE(pattern);
+        const DirectorySequence entries = sequence(pattern);
+        const Names all = rest(entries.begin());
+        EXPECT_EQ(rest(entries.begin()), all) << "a second walk";
+        auto place = entries.begin();
+        for (auto left = all.begin(); left != all.end(); ++left, ++place) {
+            const Names expected(left, all.end());
+            auto copy = place;
+            const DirectoryEntry entry = *copy;
+            EXPECT_EQ(rest(place), expected) << "the first to move takes the handle along";
+            EXPECT_EQ(copy, place);
+            EXPECT_EQ(rest(std::move(copy)), expected) << "the other finds its place again";
+            EXPECT_EQ(relative(entry), *left) << "an entry stays as it is";
+        }
+        EXPECT_EQ(place, entries.end());
+    }
+    const DirectorySequence entries = sequence("**");
+    auto first = entries.begin();
+    auto second = entries.begin();
+    for (; first != entries.end(); ++first, ++second) {
+        EXPECT_EQ(first, second) << "two walks side by side";
+    }
+    EXPECT_EQ(second, entries.end());
+}
+
+TEST_F(DirectorySequenceTest, TheWayToTheFirstMatchHas100Levels) {
+    std::string chain;
+    for (int level = 1; level <= 101; ++level) {
+        chain += "d/";
+        make({chain});
+        if (level >= 100) {
+            make({chain + "leaf"});
+            EXPECT_EQ(walk("**/leaf").size(), level == 100 ? 1U : 0U);
+            std::filesystem::remove(path(chain + "leaf"));
+        }
+    }
+    // Where each level has a match, each is a new way.
+    EXPECT_EQ(walk("**").size(), 101U);
+}
+
+} // namespace
+} // namespace qnfile
