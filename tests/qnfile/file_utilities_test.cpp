@@ -64,7 +64,7 @@ TEST_F(FileUtilitiesTest, RelativeReferencesStartInTheCurrentDirectory) {
                          above + " against current directory (" + current.text() + ") failed"}});
     set_current_directory(before, nullptr);
     const std::string directory = filename_from_uri(current, nullptr);
-    EXPECT_TRUE(fs::equivalent(directory, sub));
+    EXPECT_TRUE(fs::equivalent(fs::path(directory).parent_path(), sub));
     EXPECT_EQ(below, directory + "x" + platform::preferred_separator + "?y");
     EXPECT_EQ(fs::path(beside), fs::path(directory).parent_path().parent_path() / "x");
 }
