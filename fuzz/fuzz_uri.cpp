@@ -2,27 +2,20 @@
 #include <algorithm>
 #include <compare>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "qnuri/char_classes.h"
 #include "qnuri/parse.h"
 #include "qnuri/uri.h"
 
 namespace {
 
+using fuzz::require;
 using qnuri::UriReference;
 using qnuri::impl::UriParseData;
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
-        std::abort();
-    }
-}
 
 UriReference parse(std::string_view text) {
     return UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
