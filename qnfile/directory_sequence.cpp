@@ -3,10 +3,10 @@
 #include <type_traits>
 
 #include "qncore/embedded_nul.h"
-#include "qncore/error_composer.h"
 #include "qncore/string_conversion.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnfile/errors.h"
+#include "qnfile/report.h"
 
 namespace qnfile {
 namespace {
@@ -120,11 +120,10 @@ DirectoryEntry Iterator::operator*() const noexcept {
 
 void Iterator::increment(ErrorInfoPtr* error) {
     if (!entry_) {
-        qncore::ErrorComposer("DirectoryIterator overrun. this={@this}")
-            .param("this", static_cast<const void*>(this))
-            .create_transfer(
-                error, error::qnfile_directory_iterator,
-                QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
+        impl::report(error, error::qnfile_directory_iterator,
+                     "DirectoryIterator overrun. this={@this}", "this",
+                     static_cast<const void*>(this),
+                     QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
         return;
     }
     if (entry_->is_shared()) { // whoever else holds the entry must find it as it is
