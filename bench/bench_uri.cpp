@@ -161,9 +161,9 @@ void measure_long_texts() {
         double cost[2];
         for (int i = 0; i < 2; ++i) {
             const std::string text = repeated(test.start, test.piece, i == 0 ? 1 << 14 : 1 << 20);
-            std::vector<double> times;
-            for (int round = 0; round < 11; ++round) {
-                times.push_back(nanoseconds_of([&] { return test.work(text); }, i == 0 ? 64 : 1));
+            std::vector<double> times(11);
+            for (double& time : times) {
+                time = nanoseconds_of([&] { return test.work(text); }, i == 0 ? 64 : 1);
             }
             cost[i] = median(times) / static_cast<double>(text.size());
         }

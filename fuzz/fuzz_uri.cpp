@@ -1,27 +1,21 @@
 // Texts, alone and in pairs (two lines), through everything that the URI layer does with them.
 #include <algorithm>
+#include <compare>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "qnuri/char_classes.h"
 #include "qnuri/parse.h"
 #include "qnuri/uri.h"
 
 namespace {
 
+using fuzz::require;
 using qnuri::UriReference;
 using qnuri::impl::UriParseData;
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "does not hold: %s\n", what);
-        std::abort();
-    }
-}
 
 UriReference parse(std::string_view text) {
     return UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
@@ -127,8 +121,8 @@ void check_pair(std::string_view first, std::string_view second) {
                                                                      !base.is_hierarchical()))),
             "what is hierarchical has a relative reference");
     const auto order = reference <=> base;
-    require((base <=> reference) == (0 <=> order), "the order has two directions");
-    require(order != 0 || reference.hash() == base.hash(), "equal ones have one hash");
+    require(std::is_lt(order) == std::is_gt(base <=> reference), "the order has two directions");
+    require(std::is_neq(order) || reference.hash() == base.hash(), "equal ones have one hash");
 }
 
 } // namespace

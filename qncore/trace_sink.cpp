@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include <spdlog/logger.h>
+#include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
@@ -21,7 +22,9 @@ std::shared_ptr<spdlog::logger> make_logger(spdlog::sink_ptr sink) {
     auto logger = std::make_shared<spdlog::logger>("qntrace", std::move(sink));
     logger->set_level(spdlog::level::trace);
     logger->flush_on(spdlog::level::trace);
-    logger->set_pattern("%Y-%m-%dT%H:%M:%S.%fZ %P:%t %v", spdlog::pattern_time_type::utc);
+    // One byte ends a line on every system.
+    logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
+        "%Y-%m-%dT%H:%M:%S.%fZ %P:%t %v", spdlog::pattern_time_type::utc, "\n"));
     logger->set_error_handler([](const std::string&) {}); // a full disk must not stop the caller
     return logger;
 }

@@ -6,7 +6,7 @@
 #include "platform/file_system.h"
 #include "platform/path.h"
 #include "platform/process_paths.h"
-#include "qncore/embedded_nul.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
 #include "qnfile/report.h"
 
@@ -46,7 +46,7 @@ std::string without_last_separator(const std::string& path) {
 }
 
 void create_one_directory(const std::string& path, int accessMode, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const platform::SystemError failure = platform::create_directory(path);
     if (!failure) {
         return;
@@ -79,10 +79,10 @@ namespace impl {
 void create_directory_recursive(const std::string& path, int accessMode, ErrorInfoPtr* error,
                                 int depthLeft) {
     const auto location = QN_LOCATION("qnfile::impl::create_directory_recursive()");
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const std::string parent = parent_of(path);
     const auto failure =
-        parent.empty() ? platform::SystemError() : platform::check_existence(parent);
+        parent.empty() ? platform::SystemError() : platform::file_status(parent).error();
     if (failure.is_not_found() && depthLeft >= 0) {
         create_directory_recursive(parent, accessMode, error, depthLeft - 1);
     } else if (failure.is_not_found()) {
@@ -111,7 +111,7 @@ void create_directory(const std::string& path, int accessMode, ErrorInfoPtr* err
 }
 
 void set_current_directory(const std::string& path, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     if (const auto failure = platform::set_current_directory(path)) {
         impl::report(error, error::qnfile_directory,
                      "Failed to set current directory. Base path=\"{@basePath}\"", "basePath", path,
@@ -134,7 +134,7 @@ std::string get_current_directory(ErrorInfoPtr* error) {
 
 bool is_accessible_directory(const std::string& path, DirectoryAccessFlags flags,
                              ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const auto status = platform::file_status(without_last_separator(path));
     const auto facts = status ? *status : platform::FileStatus();
     const Requirement requirements[] = {

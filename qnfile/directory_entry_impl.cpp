@@ -3,7 +3,7 @@
 #include <cerrno>
 
 #include "platform/path.h"
-#include "qncore/embedded_nul.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
 #include "qnfile/report.h"
 
@@ -31,7 +31,7 @@ DirectoryEntryPtr DirectoryEntryImplWin32::begin(const DirectorySequencePtr& wal
 
 DirectoryEntryPtr DirectoryEntryImplWin32::create_from_full_path(const std::string& path,
                                                                  ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     std::string name = path;
     if (!name.empty() && platform::is_separator(name.back())) {
         name.pop_back();

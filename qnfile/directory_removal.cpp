@@ -1,7 +1,7 @@
 #include <vector>
 
 #include "platform/removal.h"
-#include "qncore/embedded_nul.h"
+#include "qncore/system_name.h"
 #include "qnfile/directory.h"
 #include "qnfile/directory_sequence.h"
 #include "qnfile/errors.h"
@@ -132,7 +132,7 @@ void remove_tree(const RemovalAnchor& parent, const std::string& path, Directory
 } // namespace
 
 void remove_directory(const std::string& path, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     if (const auto failure = RemovalAnchor().remove_directory(path)) {
         report(error, error::qnfile_directory,
                "Failed to remove directory. Base path=\"{@basePath}\"", "basePath", path,
@@ -148,12 +148,12 @@ namespace impl {
 
 void remove_directory_tree(const std::string& path, DirectoryRemoveFlags flags, int depthLeft,
                            ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     remove_tree(RemovalAnchor(), path, flags, depthLeft, error);
 }
 
 void remove_win32_reparse_point(const std::string& path, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     remove_link(RemovalAnchor(), path, error);
 }
 

@@ -2,7 +2,7 @@
 
 #include <type_traits>
 
-#include "qncore/embedded_nul.h"
+#include "qncore/system_name.h"
 #include "qncore/string_conversion.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnfile/errors.h"
@@ -39,7 +39,7 @@ std::string base_path_of(std::string path) {
     if (path.empty()) {
         return "./";
     }
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     path = impl::with_slashes(std::move(path));
     if (path.back() != '/') {
         path += '/';

@@ -2,8 +2,8 @@
 
 #include "platform/directory.h"
 #include "platform/removal.h"
-#include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
 #include "qnfile/file_utilities.h"
 #include "qnfile/report.h"
@@ -50,8 +50,8 @@ void with_filename(const UriReference& uri, ErrorInfoPtr* error, const Operation
 
 void copy_file(const std::string& source, const std::string& target, bool failIfExists,
                ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(source);
-    qncore::check_no_embedded_nul(target);
+    qncore::check_system_name(source);
+    qncore::check_system_name(target);
     if (const auto failure = platform::copy_file(source, target, failIfExists)) {
         report_file_operation("Could not copy file", source, target, error,
                               QN_LOCATION("qnfile::copy_file()"), failure);
@@ -68,7 +68,7 @@ void copy_file(const UriReference& source, const UriReference& target, bool fail
 }
 
 void delete_file(const std::string& path, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     if (const auto failure = platform::RemovalAnchor().remove_file(path)) {
         report_file_operation("Could not delete file", path, {}, error,
                               QN_LOCATION("qnfile::delete_file()"), failure);
@@ -82,7 +82,7 @@ void delete_file(const UriReference& uri, ErrorInfoPtr* error) {
 
 void get_file_timestamp(const std::string& path, std::int64_t* accessed, std::int64_t* modified,
                         ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const auto status = platform::file_status(path);
     if (!status) {
         report_file_operation("Could not read file attributes", path, {}, error,
@@ -106,7 +106,7 @@ void get_file_timestamp(const UriReference& uri, std::int64_t* accessed, std::in
 
 void set_file_timestamp(const std::string& path, const std::int64_t* accessed,
                         const std::int64_t* modified, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const platform::TimesChange change = platform::set_file_times(path, accessed, modified);
     if (change.error) {
         report_file_operation(
@@ -123,7 +123,7 @@ void set_file_timestamp(const UriReference& uri, const std::int64_t* accessed,
 }
 
 std::uint64_t query_file_size(const std::string& path, ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const auto size = platform::file_size_by_name(path);
     if (!size) {
         impl::report(error, error::qnfile_io, "Can't determine the size of file '{@filePath}'",

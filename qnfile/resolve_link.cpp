@@ -1,7 +1,7 @@
 #include "platform/file_operations.h"
 #include "platform/path.h"
-#include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
+#include "qncore/system_name.h"
 #include "qnfile/directory_entry.h"
 #include "qnfile/errors.h"
 #include "qnfile/file_utilities.h"
@@ -35,7 +35,7 @@ void remove_long_path_prefixes(std::string& path) {
 
 std::string resolve_link(const std::string& path, ErrorInfoPtr* error) {
     const auto location = QN_LOCATION("qnfile::resolve_link"); // required: without brackets
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     const auto file = platform::open_link_target(path);
     if (!file) {
         qncore::deliver_error(error, qncore::ErrorInfo::from_system_error(location, file.error()));

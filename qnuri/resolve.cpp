@@ -40,13 +40,14 @@ Text merge_paths(std::string_view base, std::string_view reference) {
         return std::string(reference);
     }
     const std::size_t cursor = base.rfind('/');
-    std::string text(base.substr(0, cursor == std::string_view::npos ? cursor : cursor + 1));
+    const bool has_directory = cursor != std::string_view::npos;
+    std::string text(has_directory ? base.substr(0, cursor + 1) : base);
     if (!text.starts_with('/')) {
-        text.insert(0, 1, '/');
+        text.insert(0, 1, '/'); // required: the cursor does not move along
     }
     text.append(reference);
-    if (cursor == std::string_view::npos) {
-        return text; // required: without a "/" in the base the dots stay
+    if (!has_directory) {
+        return text; // required: the dots stay
     }
     std::string path = text.substr(0, cursor);
     if (!append_segments(path, text, cursor)) {
@@ -61,7 +62,11 @@ std::size_t fixed_part(const UriReference& base, std::string_view path) {
     return slash != std::string_view::npos && base.scheme_equals("file") ? slash : 0;
 }
 
-Text merge_reference(const UriReference& base, const UriReference& reference) {
+/// The reference as seen from the base, without its fragment.
+Text merge_reference(const UriReference& reference, const Uri& base) {
+    if (reference.is_empty() || !base.is_hierarchical()) {
+        return std::nullopt;
+    }
     std::string text = base.scheme().str() + ":";
     if (reference.has_authority()) {
         return text.append(reference.scheme_specific_part().view());
@@ -82,21 +87,13 @@ Text merge_reference(const UriReference& base, const UriReference& reference) {
     return text;
 }
 
-/// The merged text; nothing when one of the two cannot be merged.
-Text merged(const UriReference& reference, const Uri& base) {
-    if (reference.is_empty() || !base.is_hierarchical()) {
-        return std::nullopt;
-    }
-    return merge_reference(base, reference);
-}
-
 } // namespace
 
 UriReference resolve(const UriReference& reference, const Uri& base) {
     if (reference.has_scheme()) {
         return reference;
     }
-    Text text = merged(reference, base);
+    Text text = merge_reference(reference, base);
     if (!text) {
         return UriReference::undefined();
     }
@@ -110,7 +107,7 @@ Uri Uri::resolve(const UriReference& reference) const {
     if (reference.has_scheme()) {
         return Uri(reference);
     }
-    const Text text = merged(reference, *this);
+    const Text text = merge_reference(reference, *this);
     return text ? to_uri(UriReference(uri_reference_from_text(text->data(), text->size(), true)))
                 : Uri();
 }

@@ -25,8 +25,8 @@ class UriReference {
         : record_(impl::UriParseData::empty_record()) {}
 
     /// Shares a record; null stands for the undefined one.
-    explicit UriReference(qncore::RefCountPtr<const impl::UriParseData> record)
-        : record_(record ? std::move(record) : impl::UriParseData::undefined_record()) {}
+    explicit UriReference(qncore::RefCountPtr<const impl::UriParseData> record) noexcept
+        : record_(std::move(record)) {}
 
     /// The reference that says that there is no URI at all; it is empty, too.
     static UriReference undefined() { return UriReference(impl::UriParseData::undefined_record()); }
@@ -99,7 +99,7 @@ class UriReference {
         return impl::UriParseData::is_present(component);
     }
 
-    qncore::RefCountPtr<const impl::UriParseData> record_;
+    qncore::RefCountPtr<const impl::UriParseData> record_; ///< null is the undefined one
 };
 
 /// Writes the whole text, or "<undefined>".

@@ -2,6 +2,7 @@
 
 #include <ace/OS_NS_Thread.h>
 #include <cerrno>
+#include <memory>
 #include <utility>
 
 #include "platform/seams.h"

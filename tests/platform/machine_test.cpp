@@ -23,7 +23,7 @@ TEST(MachineTest, EnvironmentVariables) {
     const support::EnvironmentGuard guard("ORVA_TEST", std::nullopt);
     EXPECT_EQ(environment_variable("ORVA_TEST"), std::nullopt);
     set_environment_variable("ORVA_TEST", "a=b \xC3\xA4");
-    EXPECT_EQ(environment_variable("ORVA_TEST"), "a=b \xC3\xA4");
+    EXPECT_EQ(environment_text("ORVA_TEST"), "a=b \xC3\xA4");
 }
 
 TEST(MachineTest, ErrorsKnowWhatTheyMean) {

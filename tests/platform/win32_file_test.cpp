@@ -7,6 +7,7 @@
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/win32/wine.h"
 
 namespace platform {
 namespace {
@@ -46,7 +47,12 @@ TEST_F(WindowsFileTest, TheReadOnlyBitOfKeyFiles) {
     close_file(*file);
     ASSERT_FALSE(set_key_file_writable(name, false));
     EXPECT_TRUE(is_read_only(name));
-    EXPECT_TRUE(open_key_file(name).error().is_access_denied());
+    if (const auto opened = open_key_file(name); opened && support::is_wine()) {
+        close_file(*opened);
+        GTEST_SKIP() << "Wine lets root open a read-only file for writing";
+    } else {
+        EXPECT_TRUE(opened.error().is_access_denied());
+    }
     ASSERT_FALSE(set_key_file_writable(name, true));
     EXPECT_FALSE(is_read_only(name));
     EXPECT_TRUE(set_key_file_writable(directory.file("nowhere"), true).is_not_found());

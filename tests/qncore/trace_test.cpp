@@ -121,8 +121,8 @@ TEST(Trace, ConcurrentMessagesNeverInterleave) {
 TEST(Trace, AFileThatCannotBeOpenedStopsNobody) {
     const TraceCapture capture("Test=41");
     const support::EnvironmentGuard nowhere("QNTRACE_FILE", "/dev/null/trace.log");
-    reload_configuration();
     testing::internal::CaptureStderr();
+    reload_configuration();
     QN_TRACE_NOTE(topic(), "f()", "to standard error");
     EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("to standard error"));
     EXPECT_THAT(capture.lines(), IsEmpty());

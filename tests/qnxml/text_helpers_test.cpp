@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "qnuri/parse.h"
 #include "qnxml/encoding_names.h"
 #include "qnxml/escape.h"
 #include "qnxml/xml_location.h"
@@ -11,11 +12,9 @@
 namespace {
 
 TEST(XmlLocation, EntersAMessage) {
-    auto record = qncore::make_ref_counted<qnuri::impl::UriParseData>();
-    record->text = "file:a";
     qnxml::XmlLocation location{{}, 2, 5, 9};
     EXPECT_EQ(qnxml::format_location(location, "Expecting '='"), "[line 2, pos 5]: Expecting '='");
-    location.uri = qnuri::UriReference(std::move(record));
+    location.uri = qnuri::UriReference(qnuri::parse_uri_reference("file:a", false));
     EXPECT_EQ(qnxml::format_location(location, "Expecting '='"),
               "[line 2, pos 5, uri <file:a>]: Expecting '='");
 

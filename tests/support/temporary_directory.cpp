@@ -27,8 +27,19 @@ TemporaryDirectory::~TemporaryDirectory() {
     std::filesystem::remove_all(path_, ignored);
 }
 
+std::string TemporaryDirectory::file(std::string_view name) const {
+    std::filesystem::path path = path_ / native(std::string(name));
+    path.make_preferred();
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+std::filesystem::path native(const std::string& name) {
+    return std::u8string(name.begin(), name.end());
+}
+
 std::string read_file(const std::string& name) {
-    std::ifstream stream(std::filesystem::path(name), std::ios::binary);
+    std::ifstream stream(native(name), std::ios::binary);
     EXPECT_TRUE(stream.is_open()) << name;
     std::ostringstream content;
     content << stream.rdbuf();
@@ -36,7 +47,7 @@ std::string read_file(const std::string& name) {
 }
 
 void write_file(const std::string& name, std::string_view content) {
-    std::ofstream stream(std::filesystem::path(name), std::ios::binary | std::ios::trunc);
+    std::ofstream stream(native(name), std::ios::binary | std::ios::trunc);
     stream << content;
     stream.close();
     EXPECT_TRUE(stream) << name;

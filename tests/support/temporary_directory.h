@@ -17,13 +17,14 @@ class TemporaryDirectory {
     const std::filesystem::path& path() const noexcept { return path_; }
     std::string str() const { return path_.string(); }
     /// The path of a name inside it, with the system's own separators.
-    std::string file(std::string_view name) const {
-        return (path_ / name).make_preferred().string();
-    }
+    std::string file(std::string_view name) const;
 
   private:
     std::filesystem::path path_;
 };
+
+/// The path of a name in UTF-8 (on Linux any bytes).
+std::filesystem::path native(const std::string& name);
 
 /// The whole content of a file; fails the test when it cannot be read.
 std::string read_file(const std::string& name);

@@ -129,7 +129,8 @@ std::vector<std::string> LibraryTrace::messages(std::string_view level) const {
     if (file_.empty()) {
         return texts;
     }
-    std::ifstream file(file_, std::ios::binary);
+    std::ifstream file(std::filesystem::path(std::u8string(file_.begin(), file_.end())),
+                       std::ios::binary);
     for (std::string line; std::getline(file, line);) {
         const std::string_view at_level = behind_columns(line, columns_before_level);
         if (at_level.substr(0, at_level.find(' ')) == level) {

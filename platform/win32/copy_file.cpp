@@ -1,0 +1,17 @@
+#include "platform/file_operations.h"
+#include "platform/seams.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+
+namespace platform {
+
+SystemError copy_file(const std::string& source, const std::string& target, bool failIfExists) {
+    if (take_failure(Call::copy)) {
+        return seams().failure;
+    }
+    return ::CopyFileW(wide(source).c_str(), wide(target).c_str(), failIfExists ? TRUE : FALSE)
+               ? SystemError()
+               : last_error();
+}
+
+} // namespace platform

@@ -1,0 +1,165 @@
+#include "platform/file_operations.h"
+
+#include <array>
+#include <cerrno>
+#include <cwchar>
+#include <sys/stat.h>
+#include <utility>
+
+#include "platform/seams.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+#define PSAPI_VERSION 2 // the functions of kernel32
+#include <psapi.h>
+
+namespace platform {
+namespace {
+
+constexpr std::int64_t tick = 100; // nanoseconds
+constexpr std::int64_t epoch_in_ticks = 116'444'736'000'000'000;
+constexpr std::int64_t largest_ticks = INT64_MAX;
+
+/// A handle for a scope; null where there is none.
+class Handle {
+  public:
+    explicit Handle(HANDLE handle) noexcept
+        : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    ~Handle() { close(); }
+
+    HANDLE get() const noexcept { return handle_; }
+    bool close() noexcept {
+        const HANDLE handle = std::exchange(handle_, nullptr);
+        return handle == nullptr || ::CloseHandle(handle) != 0;
+    }
+
+  private:
+    HANDLE handle_;
+};
+
+/// One byte of a file in memory.
+class MappedByte {
+  public:
+    explicit MappedByte(HANDLE mapping) noexcept
+        : view_(::MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 1)) {}
+    MappedByte(const MappedByte&) = delete;
+    MappedByte& operator=(const MappedByte&) = delete;
+    ~MappedByte() {
+        if (view_ != nullptr) {
+            ::UnmapViewOfFile(view_);
+        }
+    }
+    void* get() const noexcept { return view_; }
+
+  private:
+    void* view_;
+};
+
+FILETIME file_time(std::int64_t nanoseconds) {
+    const auto ticks = static_cast<std::uint64_t>(
+        nanoseconds == largest_time ? largest_ticks : nanoseconds / tick + epoch_in_ticks);
+    return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+FilePath no_path(SystemError error) {
+    return {{}, 0, error};
+}
+
+/// The path of a file as the system itself names its volume, such as
+/// `\Device\HarddiskVolume1\dir\file`. A view of the file is what tells it.
+Result<std::wstring> device_path(HANDLE file, std::size_t capacity) {
+    DWORD high = 0;
+    if (::GetFileSize(file, &high) == 0 && high == 0) {
+        return SystemError::windows(ERROR_INVALID_PARAMETER); // nothing to map
+    }
+    const Handle mapping(::CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 1, nullptr));
+    if (mapping.get() == nullptr) {
+        return SystemError::windows(ERROR_PATH_NOT_FOUND);
+    }
+    const MappedByte byte(mapping.get());
+    if (byte.get() == nullptr) {
+        return SystemError::windows(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    std::wstring path(capacity + 1, L'\0');
+    if (::GetMappedFileNameW(::GetCurrentProcess(), byte.get(), path.data(),
+                             static_cast<DWORD>(capacity)) == 0) {
+        return last_error();
+    }
+    path.resize(std::wcslen(path.c_str()));
+    return path;
+}
+
+/// The path with a drive letter, when one stands for its volume.
+std::wstring with_drive_letter(const std::wstring& path) {
+    std::array<wchar_t, 1024> drives{};
+    if (::GetLogicalDriveStringsW(static_cast<DWORD>(drives.size() - 1), drives.data()) == 0) {
+        return path;
+    }
+    for (const wchar_t* root = drives.data(); *root != L'\0'; root += std::wcslen(root) + 1) {
+        const wchar_t drive[] = {*root, L':', L'\0'};
+        std::array<wchar_t, MAX_PATH> device{};
+        if (::QueryDosDeviceW(drive, device.data(), MAX_PATH) == 0) {
+            continue;
+        }
+        const std::size_t length = std::wcslen(device.data());
+        if (length < path.size() && path[length] == L'\\' &&
+            ::_wcsnicmp(path.c_str(), device.data(), length) == 0) {
+            return drive + path.substr(length);
+        }
+    }
+    return path;
+}
+
+} // namespace
+
+TimesChange set_file_times(const std::string& path, const std::int64_t* accessed,
+                           const std::int64_t* modified) {
+    Handle file(::CreateFileW(wide(path).c_str(), FILE_WRITE_ATTRIBUTES,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    if (file.get() == nullptr) {
+        return {false, last_error()};
+    }
+    if (take_failure(Call::set_times)) {
+        return {true, seams().failure};
+    }
+    const FILETIME access = file_time(accessed != nullptr ? *accessed : 0);
+    const FILETIME change = file_time(modified != nullptr ? *modified : 0);
+    if (!::SetFileTime(file.get(), nullptr, accessed != nullptr ? &access : nullptr,
+                       modified != nullptr ? &change : nullptr)) {
+        return {true, last_error()};
+    }
+    return {true, file.close() ? SystemError() : last_error()};
+}
+
+Result<std::uint64_t> file_size_by_name(const std::string& path) {
+    struct _stat64 status = {};
+    if (::_wstat64(wide(path).c_str(), &status) != 0) {
+        return SystemError::posix(errno);
+    }
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+Result<FileHandle> open_link_target(const std::string& path) {
+    const HANDLE handle = ::CreateFileW(wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return last_error();
+    }
+    return reinterpret_cast<FileHandle>(handle);
+}
+
+FilePath path_of_file(FileHandle file, std::size_t capacity) {
+    const auto device = device_path(reinterpret_cast<HANDLE>(file), capacity);
+    if (!device) {
+        return no_path(device.error());
+    }
+    const std::wstring path = with_drive_letter(*device);
+    if (path.size() + 1 > capacity) {
+        return {{}, path.size() + 1, SystemError::windows(ERROR_NOT_ENOUGH_MEMORY)};
+    }
+    return {narrow(path), path.size(), {}};
+}
+
+} // namespace platform

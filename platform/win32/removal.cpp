@@ -1,0 +1,88 @@
+#include "platform/removal.h"
+
+#include <array>
+#include <cstring>
+
+#include "platform/seams.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+#include <winioctl.h>
+
+namespace platform {
+namespace {
+
+using Step = LinkRemoval::Step;
+
+/// The layout of reparse points is Microsoft's REPARSE_GUID_DATA_BUFFER.
+constexpr DWORD header_size = 24;
+constexpr std::size_t guid_offset = 8;
+
+void tell_hook(const std::string& path) {
+    if (seams().before_removal) {
+        seams().before_removal(path);
+    }
+}
+
+/// Makes the directory that the handle is of an ordinary one.
+LinkRemoval remove_reparse_point(HANDLE handle) {
+    std::array<unsigned char, MAXIMUM_REPARSE_DATA_BUFFER_SIZE> data{};
+    DWORD returned = 0;
+    if (!::DeviceIoControl(handle, FSCTL_GET_REPARSE_POINT, nullptr, 0, data.data(),
+                           static_cast<DWORD>(data.size()), &returned, nullptr)) {
+        return {Step::read, last_error()};
+    }
+    if (take_failure(Call::remove_link)) {
+        return {Step::remove, seams().failure};
+    }
+    REPARSE_GUID_DATA_BUFFER request = {};
+    request.ReparseTag = IO_REPARSE_TAG_MOUNT_POINT; // required, whatever the point really is
+    std::memcpy(&request.ReparseGuid, data.data() + guid_offset, sizeof(request.ReparseGuid));
+    if (!::DeviceIoControl(handle, FSCTL_DELETE_REPARSE_POINT, &request, header_size, nullptr, 0,
+                           &returned, nullptr)) {
+        return {Step::remove, last_error()};
+    }
+    return {Step::remove, {}};
+}
+
+} // namespace
+
+Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool /*followLinks*/) const {
+    tell_hook(path);
+    return RemovalAnchor();
+}
+
+SystemError RemovalAnchor::remove_file(const std::string& path) const {
+    if (take_failure(Call::remove_file)) {
+        return seams().failure;
+    }
+    tell_hook(path);
+    return ::DeleteFileW(wide(path).c_str()) ? SystemError() : last_error();
+}
+
+SystemError RemovalAnchor::remove_directory(const std::string& path) const {
+    tell_hook(path);
+    return ::RemoveDirectoryW(wide(path).c_str()) ? SystemError() : last_error();
+}
+
+LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
+    tell_hook(path);
+    const std::wstring name = wide(path);
+    const HANDLE handle =
+        ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                      FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+        return {Step::open, last_error()};
+    }
+    const LinkRemoval removal = remove_reparse_point(handle);
+    ::CloseHandle(handle);
+    if (removal.error) {
+        return removal;
+    }
+    if (take_failure(Call::remove_linked_directory)) {
+        return {Step::remove_directory, seams().failure};
+    }
+    return {Step::remove_directory,
+            ::RemoveDirectoryW(name.c_str()) ? SystemError() : last_error()};
+}
+
+} // namespace platform

@@ -1,0 +1,240 @@
+#include <csignal>
+#include <filesystem>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/testing/testing.h"
+#include "qnfile/directory.h"
+#include "qnfile/file_stream.h"
+#include "qnfile/file_utilities.h"
+#include "qnuri/parse.h"
+#include "tests/qnfile/expected_failure.h"
+#include "tests/support/child_process.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/temporary_directory.h"
+
+// File names as Linux has them, and what becomes of a file's permissions, times and links.
+namespace qnfile {
+namespace {
+
+namespace fs = std::filesystem;
+using qncore::ErrorInfoPtr;
+
+qnuri::UriReference uri_of(const std::string& text) {
+    return qnuri::UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
+}
+
+struct stat status_of(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status;
+}
+
+class PosixFileUtilitiesTest : public ::testing::Test {
+  protected:
+    support::TemporaryDirectory directory_;
+    std::string file_ = directory_.file("file");
+    std::string target_ = directory_.file("target");
+};
+
+TEST(PosixFileNames, GoToUrisAndBack) {
+    const std::string names[] = {
+        "/",          "//",           "//host/share/x", "/C:/Dir",      "/c|/x",
+        "/a b/#1",    "/what?/x",     "/100%/%41",      "/back\\slash", "/\xFF\xFE/\xC3\xA9",
+        "/a/../b/./", "/localhost/x", "/\\\\?\\x",      "/a:b@c;d=e,f", "/\x01\n\x7F",
+        "relative/x", "x:y",          "a ?b",
+    };
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const auto uri = uri_from_filename(name);
+        EXPECT_EQ(uri.flags(), 0U) << uri.text();
+        EXPECT_EQ(uri.has_scheme(), name.front() == '/') << uri.text();
+        const auto again = filename_from_uri(uri_of(uri.text()), nullptr);
+        EXPECT_EQ(again, name.front() == '/' ? name : get_current_directory(nullptr) + "/" + name);
+    }
+}
+
+TEST(PosixFileNames, OfUrisAndReferences) {
+    struct Case {
+        const char* uri;
+        const char* name; ///< null: refused
+    };
+    const Case cases[] = {
+        {"file:///etc/x", "/etc/x"},
+        {"file:/etc/x", "/etc/x"},
+        {"file://LocalHost/etc/x", "/etc/x"},
+        {"file:///C:/x", "/c:/x"}, // the URI layer knows drives on every system
+        {"file:///%43%3A/x", "/C:/x"},
+        {"file:///a%20b%2Fc%zz", nullptr},
+        {"file:///a%20b%2Fc", "/a b/c"},
+        {"file:x", "x"},
+        {"file:///", "/"},
+        {"file://", nullptr},
+        {"file://host/x", nullptr},
+        {"//host/x", nullptr},
+        {"/etc/x", "/etc/x"}, // a reference from the root, as a path is
+        {"/", "/"},
+    };
+    for (const Case& c : cases) {
+        ErrorInfoPtr error;
+        const std::string name = filename_from_uri(uri_of(c.uri), &error);
+        EXPECT_EQ(error != nullptr, c.name == nullptr) << c.uri;
+        EXPECT_EQ(name, c.name != nullptr ? c.name : "") << c.uri;
+    }
+    EXPECT_EQ(failure_of([] { filename_from_uri(uri_of("file://host/x"), nullptr); })->text(),
+              "URI has an invalid path for a 'file:' scheme URI: file://host/x");
+}
+
+TEST_F(PosixFileUtilitiesTest, AReferenceClimbsUpToTheRoot) {
+    const std::string before = get_current_directory(nullptr);
+    set_current_directory(directory_.str(), nullptr);
+    std::string up;
+    for (const auto& part : fs::canonical(directory_.path()).relative_path()) {
+        up += part.empty() ? "" : "../";
+    }
+    EXPECT_EQ(filename_from_uri(uri_of(up + "x"), nullptr), "/x");
+    ErrorInfoPtr error;
+    EXPECT_EQ(filename_from_uri(uri_of(up + "../x"), &error), "");
+    EXPECT_TRUE(error);
+    set_current_directory(before, nullptr);
+}
+
+TEST(PosixPlaces, TheTemporaryDirectoryIsThatOfTheEnvironment) {
+    const support::EnvironmentGuard guard("TMPDIR", "/a\\b");
+    EXPECT_EQ(get_temp_directory(), "/a\\b/");
+}
+
+TEST_F(PosixFileUtilitiesTest, ACopyKeepsPermissionsAndTimes) {
+    struct Case {
+        mode_t mode;
+        mode_t kept;
+    };
+    for (const Case& c : {Case{0640, 0640}, Case{0444, 0444}, Case{04755, 0755}}) {
+        support::write_file(file_, "x");
+        ::chmod(file_.c_str(), c.mode);
+        const std::int64_t accessed = 1'000'000'000'000'000'001;
+        const std::int64_t modified = 2'000'000'000'999'999'999;
+        set_file_timestamp(file_, &accessed, &modified, nullptr);
+        copy_file(file_, target_, true, nullptr);
+        EXPECT_EQ(status_of(target_).st_mode & 07777U, c.kept);
+        EXPECT_EQ(status_of(target_).st_atim.tv_nsec, 1);
+        EXPECT_EQ(status_of(target_).st_mtim.tv_nsec, 999'999'999);
+        fs::remove(target_);
+        fs::remove(file_);
+    }
+}
+
+TEST_F(PosixFileUtilitiesTest, ACopyIsOfRegularFilesThatNobodyElseClaims) {
+    support::write_file(file_, "content");
+    support::write_file(target_, "old");
+    const std::string hard = directory_.file("hard");
+    const std::string soft = directory_.file("soft");
+    const std::string pipe = directory_.file("pipe");
+    fs::create_hard_link(file_, hard);
+    fs::create_symlink(file_, soft);
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const auto writer = FileWriteStream::create(target_, open_existing, share_read, flag_none);
+    const struct {
+        std::string source;
+        std::string target;
+        int error;
+    } cases[] = {
+        {file_, file_, EBUSY},        {file_, hard, EBUSY},    {soft, file_, EBUSY},
+        {pipe, target_, EINVAL},      {file_, pipe, ENXIO},    {directory_.str(), target_, EISDIR},
+        {file_, "/dev/null", EINVAL}, {file_, target_, EBUSY},
+    };
+    for (const auto& c : cases) {
+        const auto info = failure_of([&] { copy_file(c.source, c.target, false, nullptr); });
+        ASSERT_TRUE(info);
+        EXPECT_EQ(*info->nested()->params().find("number"), std::to_string(c.error))
+            << c.source << " to " << c.target;
+    }
+    EXPECT_EQ(support::read_file(file_), "content");
+    EXPECT_EQ(support::read_file(target_), "old");
+    copy_file("/proc/self/status", soft, false, nullptr);
+    EXPECT_TRUE(fs::is_symlink(soft)) << "the copy goes where the link leads";
+    EXPECT_NE(support::read_file(file_).find("test_qnfile"), std::string::npos)
+        << "a file that tells no size";
+}
+
+CHILD_PROCESS(copy_into_a_full_place) {
+    const rlimit limit = {100'000, 100'000};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_IGN);
+    ErrorInfoPtr error;
+    copy_file(arguments[0], arguments[1], false, &error);
+    return error ? std::stoi(*error->nested()->params().find("number")) : 0;
+}
+
+TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
+    support::write_file(file_, std::string(300'000, 'x'));
+    const std::string link = directory_.file("link");
+    fs::create_symlink(target_, link);
+    for (const bool exists : {false, true}) {
+        for (const std::string& to : {target_, link}) {
+            if (exists) {
+                support::write_file(target_, "old");
+            }
+            support::ChildProcess child("copy_into_a_full_place", {file_, to});
+            EXPECT_EQ(child.wait(), EFBIG);
+            EXPECT_FALSE(fs::exists(target_));
+        }
+    }
+    platform::testing::fail_next(platform::Call::copy, platform::SystemError::posix(EIO));
+    EXPECT_TRUE(failure_of([&] { copy_file(file_, target_, true, nullptr); }));
+    EXPECT_FALSE(fs::exists(target_));
+}
+
+TEST_F(PosixFileUtilitiesTest, TimesInNanoseconds) {
+    support::write_file(file_, "x");
+    fs::create_symlink(file_, target_);
+    for (const std::int64_t time : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{-1'000'000'001},
+                                    std::int64_t{1'600'000'000'123'456'789}}) {
+        std::int64_t got = 0;
+        set_file_timestamp(target_, nullptr, &time, nullptr);
+        get_file_timestamp(file_, nullptr, &got, nullptr);
+        EXPECT_EQ(got, time);
+    }
+    const std::int64_t largest = INT64_MAX;
+    set_file_timestamp(file_, nullptr, &largest, nullptr);
+    EXPECT_EQ(status_of(file_).st_mtim.tv_sec, largest / 1'000'000'000);
+}
+
+TEST_F(PosixFileUtilitiesTest, LinksResolveToWhatTheyLeadTo) {
+    const std::string odd = directory_.file("\\\\?\\ %?#");
+    support::write_file(odd, "x");
+    fs::create_symlink(odd, target_);
+    const std::string resolved = resolve_link(target_, nullptr);
+    EXPECT_EQ(resolved, fs::canonical(odd).string());
+    EXPECT_EQ(filename_from_uri(resolve_link(uri_from_filename(target_), nullptr), nullptr),
+              resolved);
+    delete_file(target_, nullptr);
+    EXPECT_TRUE(fs::exists(odd)) << "a link is deleted by itself";
+}
+
+TEST_F(PosixFileUtilitiesTest, ResolvedPathsHaveALimit) {
+    const std::string base = fs::canonical(directory_.path()).string();
+    for (const std::size_t length : {std::size_t{259}, std::size_t{260}, std::size_t{300}}) {
+        std::string path = base;
+        while (path.size() + 1 < length) {
+            path += "/" + std::string(std::min<std::size_t>(length - path.size() - 1, 100), 'x');
+        }
+        ASSERT_EQ(path.size(), length);
+        fs::create_directories(fs::path(path).parent_path());
+        support::write_file(path, "x");
+        ErrorInfoPtr error;
+        EXPECT_EQ(resolve_link(path, &error), length < 260 ? path : "");
+        if (length < 260) {
+            EXPECT_FALSE(error);
+        } else {
+            expect_failure(error, {"error.qnfile.filename.uri",
+                                   "Path '" + path + "' too long: " + std::to_string(length + 1),
+                                   "qnfile::resolve_link"});
+        }
+        fs::remove_all(fs::path(base) / std::string(100, 'x'));
+    }
+}
+
+} // namespace
+} // namespace qnfile
