@@ -2,8 +2,8 @@
 
 #include <type_traits>
 
-#include "qncore/system_name.h"
 #include "qncore/string_conversion.h"
+#include "qncore/system_name.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnfile/errors.h"
 #include "qnfile/report.h"
@@ -146,7 +146,10 @@ Iterator Iterator::operator++(int) {
 }
 
 bool operator==(const Iterator& left, const Iterator& right) noexcept {
-    return *left == *right;
+    if (!left.entry_ || !right.entry_) {
+        return left.entry_ == right.entry_;
+    }
+    return system_side(left.entry_) == system_side(right.entry_);
 }
 
 } // namespace qnfile
