@@ -51,6 +51,16 @@ class Tree {
     fs::path root_;
 };
 
+/// The tree of that many directories, made on first use: making it takes longer than walks do.
+const Tree& tree_of(std::int64_t directories) {
+    if (directories == 1) {
+        static const Tree flat(1);
+        return flat;
+    }
+    static const Tree nested(1000);
+    return nested;
+}
+
 struct Sum {
     std::uint64_t files = 0;
     std::uint64_t bytes = 0;
@@ -109,8 +119,7 @@ Sum walk_standard(const std::string& root, const Look& look) {
 
 template <class Walk>
 void run(benchmark::State& state, const Walk& walk) {
-    const Tree tree(static_cast<int>(state.range(0)));
-    const std::string root = tree.root().string();
+    const std::string root = tree_of(state.range(0)).root().string();
     const std::size_t before = ::mallinfo2().uordblks;
     std::size_t most = before;
     std::uint64_t seen = 0;

@@ -3,13 +3,12 @@
 #include <cerrno>
 
 #include "platform/path.h"
-#include "qncore/embedded_nul.h"
-#include "qncore/error_composer.h"
+#include "qncore/system_name.h"
 #include "qnfile/errors.h"
+#include "qnfile/report.h"
 
 namespace qnfile::impl {
 
-using qncore::ErrorComposer;
 using qncore::ErrorInfoPtr;
 
 DirectoryEntryImplWin32::DirectoryEntryImplWin32(std::string name, DirectorySequencePtr sequence,
@@ -32,19 +31,17 @@ DirectoryEntryPtr DirectoryEntryImplWin32::begin(const DirectorySequencePtr& wal
 
 DirectoryEntryPtr DirectoryEntryImplWin32::create_from_full_path(const std::string& path,
                                                                  ErrorInfoPtr* error) {
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     std::string name = path;
     if (!name.empty() && platform::is_separator(name.back())) {
         name.pop_back();
     }
     const auto status = platform::file_status(name);
     if (!status) {
-        const auto location =
-            QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::create_from_full_path()");
-        ErrorComposer("Failed to get directory entry stats. Full path=\"{@fullPath}\"")
-            .param("fullPath", name)
-            .create_transfer(error, error::qnfile_directory_notFound, location,
-                             qncore::ErrorInfo::from_system_error(location, status.error()));
+        report(error, error::qnfile_directory_notFound,
+               "Failed to get directory entry stats. Full path=\"{@fullPath}\"", "fullPath", name,
+               QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::create_from_full_path()"),
+               status.error());
         return {};
     }
     name = with_slashes(std::move(name));
@@ -68,13 +65,12 @@ DirectoryEntryPtr DirectoryEntryImplWin32::take_over() {
 bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error) {
     for (;;) {
         if (!iterator_ && !restore(error)) {
-            if (error == nullptr || !*error) {
-                ErrorComposer("Could not restore iterator position after it had been copied. "
-                              "Current name={@name}")
-                    .param("name", name_)
-                    .create_transfer(
-                        error, error::qnfile_directory_iterator,
-                        QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"));
+            if (!holds_error(error)) {
+                report(error, error::qnfile_directory_iterator,
+                       "Could not restore iterator position after it had been copied. Current "
+                       "name={@name}",
+                       "name", name_,
+                       QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"));
             }
             return false;
         }

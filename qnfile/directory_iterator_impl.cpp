@@ -1,7 +1,7 @@
 #include "qnfile/directory_iterator_impl.h"
 
-#include "qncore/error_composer.h"
 #include "qnfile/errors.h"
+#include "qnfile/report.h"
 
 namespace qnfile::impl {
 namespace {
@@ -14,15 +14,6 @@ bool is_dotted(std::string_view name) noexcept {
     return name.starts_with('.') && (name.size() == 1 || name[1] == '.');
 }
 
-/// Reports a failed call on the handle.
-void report(const char* message, const void* handle, const qncore::SourceLocation& location,
-            platform::SystemError failure, ErrorInfoPtr* error) {
-    qncore::ErrorComposer(message)
-        .param("handle", handle)
-        .create_transfer(error, error::qnfile_directory_iterator, location,
-                         qncore::ErrorInfo::from_system_error(location, failure));
-}
-
 } // namespace
 
 DirectoryIteratorImplWin32::DirectoryIteratorImplWin32(const std::string& basePath,
@@ -32,12 +23,12 @@ DirectoryIteratorImplWin32::DirectoryIteratorImplWin32(const std::string& basePa
     : parent_(std::move(parent)) {
     const auto found = reader_.open(basePath, parent_ ? &parent_->reader_ : nullptr);
     if (!found) {
-        const auto location =
-            QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()");
-        qncore::ErrorComposer("Failed to open directory entry reader. Base path=\"{@basePath}\"")
-            .param("basePath", basePath + "*")
-            .create_transfer(error, error::qnfile_directory_notFound, location,
-                             qncore::ErrorInfo::from_system_error(location, found.error()));
+        report(
+            error, error::qnfile_directory_notFound,
+            "Failed to open directory entry reader. Base path=\"{@basePath}\"", "basePath",
+            basePath + "*",
+            QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()"),
+            found.error());
     } else if (!*found) {
         close(error);
     } else if (!accept(options)) {
@@ -70,9 +61,10 @@ bool DirectoryIteratorImplWin32::advance(const PathPattern& options, ErrorInfoPt
             const void* const handle = reader_.handle();
             ErrorInfoPtr dropped;
             close(&dropped);
-            report("Failed to read next directory entry. Handle={@handle}", handle,
+            report(error, error::qnfile_directory_iterator,
+                   "Failed to read next directory entry. Handle={@handle}", "handle", handle,
                    QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::increment()"),
-                   found.error(), error);
+                   found.error());
             return false;
         }
         if (!*found) {
@@ -101,8 +93,9 @@ bool DirectoryIteratorImplWin32::can_descend(const PathPattern& options) const n
 void DirectoryIteratorImplWin32::close(ErrorInfoPtr* error) {
     const void* const handle = reader_.handle();
     if (const platform::SystemError failure = reader_.close()) {
-        report("Failed to close directory entry reader. Handle={@handle}", handle,
-               QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::close()"), failure, error);
+        report(error, error::qnfile_directory_iterator,
+               "Failed to close directory entry reader. Handle={@handle}", "handle", handle,
+               QN_LOCATION("qnfile::impl::DirectoryIteratorImplWin32::close()"), failure);
     }
 }
 

@@ -2,11 +2,11 @@
 
 #include <type_traits>
 
-#include "qncore/embedded_nul.h"
-#include "qncore/error_composer.h"
 #include "qncore/string_conversion.h"
+#include "qncore/system_name.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnfile/errors.h"
+#include "qnfile/report.h"
 
 namespace qnfile {
 namespace {
@@ -39,7 +39,7 @@ std::string base_path_of(std::string path) {
     if (path.empty()) {
         return "./";
     }
-    qncore::check_no_embedded_nul(path);
+    qncore::check_system_name(path);
     path = impl::with_slashes(std::move(path));
     if (path.back() != '/') {
         path += '/';
@@ -120,11 +120,10 @@ DirectoryEntry Iterator::operator*() const noexcept {
 
 void Iterator::increment(ErrorInfoPtr* error) {
     if (!entry_) {
-        qncore::ErrorComposer("DirectoryIterator overrun. this={@this}")
-            .param("this", static_cast<const void*>(this))
-            .create_transfer(
-                error, error::qnfile_directory_iterator,
-                QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
+        impl::report(error, error::qnfile_directory_iterator,
+                     "DirectoryIterator overrun. this={@this}", "this",
+                     static_cast<const void*>(this),
+                     QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
         return;
     }
     if (entry_->is_shared()) { // whoever else holds the entry must find it as it is
@@ -147,7 +146,10 @@ Iterator Iterator::operator++(int) {
 }
 
 bool operator==(const Iterator& left, const Iterator& right) noexcept {
-    return *left == *right;
+    if (!left.entry_ || !right.entry_) {
+        return left.entry_ == right.entry_;
+    }
+    return system_side(left.entry_) == system_side(right.entry_);
 }
 
 } // namespace qnfile

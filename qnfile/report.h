@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "platform/system_error.h"
 #include "qncore/error_composer.h"
 
@@ -9,9 +7,10 @@ namespace qnfile::impl {
 
 /// Composes an error about one value and hands it to the slot, or throws it where that is null.
 /// The system's error is nested; success stands for no cause.
-inline void report(qncore::ErrorInfoPtr* slot, const qncore::ErrorCode& code, const char* message,
-                   const char* parameter, const std::string& value,
-                   const qncore::SourceLocation& location, platform::SystemError cause = {}) {
+template <class Value>
+void report(qncore::ErrorInfoPtr* slot, const qncore::ErrorCode& code, const char* message,
+            const char* parameter, const Value& value, const qncore::SourceLocation& location,
+            platform::SystemError cause = {}) {
     qncore::ErrorComposer(message)
         .param(parameter, value)
         .create_transfer(slot, code, location,

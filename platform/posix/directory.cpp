@@ -58,7 +58,7 @@ void fill(FileStatus& status, const struct statx& answer, std::string_view name)
 } // namespace
 
 Result<FileStatus> file_status(const std::string& path) {
-    struct statx answer = {};
+    struct statx answer; // the kernel fills it
     if (!look_at(AT_FDCWD, path.c_str(), answer)) {
         return last_error();
     }
@@ -81,6 +81,7 @@ struct DirectoryReader::State {
     Descriptor descriptor;
     const DirectoryReader* parent;
     const dirent64* entry = nullptr;
+    std::string_view name;
     bool is_link = false;
     bool is_directory = false;
     std::size_t position = 0; ///< of the entry behind this one
@@ -108,10 +109,11 @@ Result<bool> DirectoryReader::State::step() {
     }
     entry = reinterpret_cast<const dirent64*>(buffer + position);
     position += entry->d_reclen;
+    name = entry->d_name;
     is_link = entry->d_type == DT_LNK;
     is_directory = entry->d_type == DT_DIR;
     if (entry->d_type == DT_UNKNOWN) {
-        struct statx answer = {};
+        struct statx answer; // the kernel fills it
         const bool known = look_at(descriptor.get(), entry->d_name, answer);
         is_link = known && S_ISLNK(answer.stx_mode);
         is_directory = known && S_ISDIR(answer.stx_mode);
@@ -178,7 +180,7 @@ const void* DirectoryReader::handle() const noexcept {
 }
 
 std::string_view DirectoryReader::name() const noexcept {
-    return state_->entry->d_name;
+    return state_->name;
 }
 
 std::basic_string_view<NameUnit> DirectoryReader::native_name() const noexcept {
@@ -193,9 +195,9 @@ FileStatus DirectoryReader::status() const {
     FileStatus status;
     status.is_directory = state_->is_directory;
     status.is_link = state_->is_link;
-    struct statx answer = {};
+    struct statx answer; // the kernel fills it
     if (look_at(state_->descriptor.get(), state_->entry->d_name, answer)) {
-        fill(status, answer, name());
+        fill(status, answer, state_->name);
     }
     return status;
 }
