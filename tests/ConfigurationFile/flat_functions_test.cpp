@@ -177,7 +177,7 @@ TEST_F(FlatFunctionsTest, FailuresOfKeysAndConversionsPassThrough) {
     const std::wstring beyond = {static_cast<wchar_t>(0xD800), 0};
     EXPECT_ANY_THROW(::get_subsystems_certificate_information(
         beyond.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, 0));
-    std::filesystem::remove_all(machine.root());
+    support::remove_all(machine.root());
     support::write_file(machine.root(), "a file where the directory of the keys should be");
     EXPECT_ANY_THROW(functions[0].call(outputs, 0));
 }

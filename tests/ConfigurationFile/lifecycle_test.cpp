@@ -49,7 +49,7 @@ TEST_F(LifecycleTest, AFreshMachineGetsOnePairThatTheNextObjectLoads) {
 TEST_F(LifecycleTest, CopiesShareTheKeys) {
     ConfigurationFile file;
     ConfigurationFile copy(file);
-    fs::remove_all(machine.root());
+    support::remove_all(machine.root());
     ConfigurationFile assigned; // makes new keys
     assigned = copy;
     ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
@@ -62,7 +62,7 @@ TEST_F(LifecycleTest, CopiesShareTheKeys) {
 TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
     construct();
     const std::string other_public = public_key();
-    fs::remove_all(machine.root());
+    support::remove_all(machine.root());
     construct();
     for (const std::string& broken : {std::string("junk"), other_public}) {
         const std::string before = private_key();

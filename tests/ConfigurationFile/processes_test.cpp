@@ -49,7 +49,7 @@ CHILD_PROCESS(construct) {
 
 TEST_F(ProcessesTest, TwoOnAFreshMachineMakeOnePair) {
     for (int round = 0; round < 3; ++round) {
-        fs::remove_all(machine.root());
+        support::remove_all(machine.root());
         const auto first = start("construct");
         const auto second = start("construct");
         first->wait_for("ready");

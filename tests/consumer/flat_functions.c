@@ -92,13 +92,15 @@ static void check_server(ServerFunction function) {
 }
 
 static const char document[] =
-    "<ORVACertificates><Notifiers><ClusterCertificate><PublicKeyPath>C:\\p</PublicKeyPath>"
+    "<ORVACertificates><Notifiers><ServerGroupCertificate><PublicKeyPath>C:\\p</PublicKeyPath>"
     "<PrivateKeyPath>C:\\private</PrivateKeyPath>"
     "<CertificatePath>C:\\\xC3\xBC\xF0\x9F\x94\x91</CertificatePath>"
-    "<Password></Password><TrustedCertificatePath></TrustedCertificatePath></ClusterCertificate>"
-    "<SRV01><SubsystemsServerCertificate><PublicKeyPath>k</PublicKeyPath><PrivateKeyPath>"
+    "<Password></Password><TrustedCertificatePath></TrustedCertificatePath></"
+    "ServerGroupCertificate>"
+    "<Notifier "
+    "Name=\"SRV01\"><SubsystemsServerCertificate><PublicKeyPath>k</PublicKeyPath><PrivateKeyPath>"
     "</PrivateKeyPath><CertificatePath></CertificatePath><Password></Password>"
-    "<TrustedCertificatePath>t</TrustedCertificatePath></SubsystemsServerCertificate></SRV01>"
+    "<TrustedCertificatePath>t</TrustedCertificatePath></SubsystemsServerCertificate></Notifier>"
     "</Notifiers><SIPDevices></SIPDevices><MediaRetrieval></MediaRetrieval></ORVACertificates>";
 
 /* The file and the profile lie in the directory; the setting of the machine must not be there. */

@@ -18,13 +18,7 @@ TemporaryDirectory::TemporaryDirectory() {
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(path_, ignored)) {
-        std::filesystem::permissions(
-            entry.path(), std::filesystem::perms::owner_all,
-            std::filesystem::perm_options::add | std::filesystem::perm_options::nofollow, ignored);
-    }
-    std::filesystem::remove_all(path_, ignored);
+    support::remove_all(path_);
 }
 
 std::string TemporaryDirectory::file(std::string_view name) const {
@@ -32,6 +26,21 @@ std::string TemporaryDirectory::file(std::string_view name) const {
     path.make_preferred();
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
+}
+
+void remove_all(const std::filesystem::path& path) {
+    namespace fs = std::filesystem;
+    const auto make_writable = [](const fs::path& one) {
+        std::error_code ignored;
+        const auto links = fs::is_symlink(one) ? fs::perm_options::nofollow : fs::perm_options::add;
+        fs::permissions(one, fs::perms::owner_all, fs::perm_options::add | links, ignored);
+    };
+    std::error_code ignored;
+    make_writable(path);
+    for (const auto& entry : fs::recursive_directory_iterator(path, ignored)) {
+        make_writable(entry.path());
+    }
+    fs::remove_all(path, ignored);
 }
 
 std::filesystem::path native(const std::string& name) {

@@ -23,6 +23,9 @@ class TemporaryDirectory {
     std::filesystem::path path_;
 };
 
+/// Removes what is there with all that it holds, read-only or not.
+void remove_all(const std::filesystem::path& path);
+
 /// The path of a name in UTF-8 (on Linux any bytes).
 std::filesystem::path native(const std::string& name);
 

@@ -79,7 +79,7 @@ TEST_F(Check, APasswordOfAnotherKeyPairIsToldByItsPlace) {
     done(set_words("cluster", "/c"));
     done(set_words("sip-device", "/d") + Words{"--password-stdin"}, "geheim");
     for (const char* key : {"_PublicKey.bin", "_PrivateKey.bin"}) {
-        std::filesystem::remove(in_root(key));
+        support::remove_all(in_root(key));
     }
     EXPECT_THAT(check(1),
                 AllOf(HasSubstr("problem: the password of the entry behind cluster cannot be "

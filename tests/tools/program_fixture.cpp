@@ -1,6 +1,7 @@
 #include "tests/tools/program_fixture.h"
 
 #include "platform/machine.h"
+#include "platform/path.h"
 #include "platform/testing/testing.h"
 
 namespace tools_test {
@@ -25,17 +26,20 @@ Words operator+(Words words, const Words& more) {
 ProgramTest::ProgramTest()
     : environment{{"ORVA_ISOLATED_MACHINE", machine.str()},
                   {"ORVA_Certificates", std::nullopt},
-                  {"USERPROFILE", std::nullopt},
-                  {"HOME", machine.file("home")},
+                  {"USERPROFILE", machine.file("home")},
+                  {"HOME", std::nullopt},
                   {"TMPDIR", machine.file("tmp")},
+                  {"TMP", machine.file("tmp")},
                   {"QNTRACE", std::nullopt},
                   {"QNTRACE_FILE", std::nullopt}} {
+    platform::testing::set_machine_setting(platform::testing::machine_setting_of(machine.str()));
     std::filesystem::create_directory(machine.file("home"));
     std::filesystem::create_directory(machine.file("tmp"));
 }
 
 ProgramTest::~ProgramTest() {
     EXPECT_TRUE(std::filesystem::is_empty(machine.file("tmp"))) << "a trace was left behind";
+    platform::testing::store_machine_root(std::nullopt);
     platform::testing::set_mutex_name_suffix("-" + machine.path().filename().string());
     platform::testing::remove_named_mutex("Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
 }
@@ -60,7 +64,7 @@ Words ProgramTest::set_words(const std::string& role, const std::string& prefix)
 }
 
 std::string ProgramTest::in_root(const std::string& suffix) const {
-    return root() + "/" + platform::computer_name() + suffix;
+    return root() + platform::preferred_separator + platform::computer_name() + suffix;
 }
 
 } // namespace tools_test

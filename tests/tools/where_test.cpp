@@ -1,3 +1,6 @@
+#include "platform/machine.h"
+#include "platform/path.h"
+#include "platform/testing/testing.h"
 #include "tests/tools/program_fixture.h"
 
 namespace tools_test {
@@ -13,10 +16,6 @@ class Where : public ProgramTest {
         return "file: " + file + "\nfile chosen by: " + file_rule + "\npublic key: " + prefix +
                "_PublicKey.bin\nprivate key: " + prefix +
                "_PrivateKey.bin\nkeys chosen by: " + key_rule + "\n";
-    }
-
-    void set_machine_root(const std::string& path) {
-        support::write_file(machine.file("machine.conf"), "Path=" + path + "\n");
     }
 };
 
@@ -39,17 +38,16 @@ TEST_F(Where, TheVariableMovesTheFileAlone) {
 TEST_F(Where, TheMachinesSettingMovesAll) {
     const std::string directory = machine.file("all");
     std::filesystem::create_directory(directory);
-    set_machine_root(directory + "/");
-    const std::string prefix =
-        directory + "/" + std::filesystem::path(in_root("")).filename().string();
+    platform::testing::store_machine_root(directory + platform::preferred_separator);
+    const std::string prefix = directory + in_root("").substr(root().size());
     EXPECT_EQ(done({"where"}),
               lines(prefix + "_ORVA_Certificates.xml", "the directory of the keys", prefix,
-                    "the machine's setting in " + machine.file("machine.conf")));
+                    "the machine's setting in " + platform::machine_setting_source()));
 }
 
 TEST_F(Where, APlaceThatCannotBeWrittenIsExplained) {
     support::write_file(machine.file("plain"), "");
-    set_machine_root(machine.file("plain"));
+    platform::testing::store_machine_root(machine.file("plain"));
     std::filesystem::create_directory(machine.file("directory.xml"));
     environment["ORVA_Certificates"] = machine.file("directory.xml");
     const std::string text = done({"where"});
