@@ -90,7 +90,7 @@ std::string start_event(const qnxml::XmlElement& element) {
 /// The event of the node on which the reader stands.
 std::string event_of(XmlReader& reader, std::size_t way) {
     const XmlReader::ElementPtr element = reader.current_element();
-    const std::string end_event = event_mark + ("/" + full_name(*element));
+    std::string end_event = event_mark + ("/" + full_name(*element));
     switch (reader.node_type()) {
     case XmlNodeType::Element:
         return start_event(*element) +

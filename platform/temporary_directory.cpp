@@ -9,7 +9,8 @@ std::string temporary_directory() {
     std::string directory(size, '\0');
     ACE::get_temp_dir(directory.data(), size - 1); // leaves an empty text when it fails
     directory.back() = '\0';
-    return directory.c_str();
+    directory.resize(directory.find('\0'));
+    return directory;
 }
 
 } // namespace platform

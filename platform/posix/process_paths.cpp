@@ -24,7 +24,8 @@ Result<std::string> current_directory(std::size_t& bufferSize) {
             return seams().failure;
         }
         if (::getcwd(buffer.data(), buffer.size()) != nullptr) {
-            return std::string(buffer.c_str());
+            buffer.resize(buffer.find('\0'));
+            return buffer;
         }
         if (errno != ERANGE) {
             return SystemError::posix(errno);

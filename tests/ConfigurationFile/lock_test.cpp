@@ -3,8 +3,8 @@
 
 #include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
-#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/failure.h"
 
 namespace store_test {
 namespace {
@@ -21,30 +21,21 @@ TEST_F(LockTest, TheNameIsTheSameInEveryBuild) {
 
 TEST_F(LockTest, ReleasingWhatIsNotHeldIsAnError) {
     const auto mutex = ConfigurationFileMutex::create();
-    try {
-        mutex->release_lock();
-        ADD_FAILURE() << "released";
-    } catch (const qncore::ErrorException& exception) {
-        const auto& info = exception.info();
-        EXPECT_EQ(info->code(), qncertificates::error::qncertificates_parameter_invalid);
-        EXPECT_EQ(info->text(), "Failed to unlock configuration file mutex. ErrorCode: " +
-                                    *info->params().find("errorCode"));
-        EXPECT_EQ(info->location().function.view(),
-                  "vdcertificates::ConfigurationFileMutex::release_lock()");
-        EXPECT_EQ(*info->nested()->params().find("number"), *info->params().find("errorCode"));
-    }
+    const auto info = support::error_of([&] { mutex->release_lock(); });
+    ASSERT_TRUE(info);
+    EXPECT_EQ(info->code(), qncertificates::error::qncertificates_parameter_invalid);
+    EXPECT_EQ(info->text(), "Failed to unlock configuration file mutex. ErrorCode: " +
+                                *info->params().find("errorCode"));
+    EXPECT_EQ(info->location().function.view(),
+              "vdcertificates::ConfigurationFileMutex::release_lock()");
+    EXPECT_EQ(*info->nested()->params().find("number"), *info->params().find("errorCode"));
 }
 
 TEST_F(LockTest, AMutexOfAnotherAccountIsOpenedWithFewerRights) {
     const auto refused = platform::SystemError::windows(5);
     const auto creation_fails = [](platform::SystemError error, const std::string& text) {
         platform::testing::fail_next(platform::Call::create_mutex, error);
-        try {
-            ConfigurationFileMutex::create();
-            ADD_FAILURE() << "created";
-        } catch (const qncore::ErrorException& exception) {
-            EXPECT_THAT(exception.what(), testing::StartsWith(text));
-        }
+        EXPECT_THAT(support::failure_of(ConfigurationFileMutex::create), testing::HasSubstr(text));
     };
     creation_fails(platform::SystemError::windows(87),
                    "Failed to initialized configuration file mutex. ErrorCode: 87");

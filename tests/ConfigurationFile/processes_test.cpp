@@ -104,11 +104,10 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
         EXPECT_EQ(child->wait(), 0);
     }
     // A change is not atomic as a whole, so some entries may have been overwritten; the last
-    // writer's is there, and all that are there are whole.
+    // writer's is there.
     const auto nodes = vdcertificates::ConfigurationFileAccess::read(
         file, vdcertificates::ConfigurationFileAccess::devices);
-    EXPECT_GE(nodes.notifiers.size(), 1U);
-    EXPECT_LE(nodes.notifiers.size(), static_cast<std::size_t>(writers * entries_each));
+    EXPECT_FALSE(nodes.notifiers.empty());
     for (const auto& [server, entries] : nodes.notifiers) {
         ASSERT_EQ(entries.size(), 1U) << server;
         EXPECT_EQ(show(entries[0]), "SIPDevice(p,k,c,,t)") << server;
@@ -201,24 +200,13 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
         fs::permissions(path, fs::perms::all);
     }
     fs::permissions(machine.directory(), fs::perms::all);
-    struct Case {
-        const char* what;
-        bool public_key;
-        bool private_key;
-    };
-    for (const Case& test : {Case{"both", true, true}, Case{"private key alone", false, true},
-                             Case{"public key alone", true, false}}) {
-        if (!test.public_key) {
-            fs::remove(machine.public_key_file());
-        }
-        if (!test.private_key) {
-            fs::rename(machine.private_key_file(), machine.public_key_file());
-        }
+    for (const char* what : {"both files", "public key alone"}) {
         const std::string state = key_files();
         const auto child = start("construct_as_nobody");
-        EXPECT_EQ(child->next_line(), expected) << test.what;
+        EXPECT_EQ(child->next_line(), expected) << what;
         EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(key_files(), state) << test.what;
+        EXPECT_EQ(key_files(), state) << what;
+        fs::remove(machine.private_key_file());
     }
 }
 

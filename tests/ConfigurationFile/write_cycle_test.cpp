@@ -1,7 +1,7 @@
 #include "ConfigurationFile/errors.h"
 #include "platform/testing/testing.h"
-#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/failure.h"
 #include "tests/support/trace_capture.h"
 
 namespace store_test {
@@ -54,13 +54,9 @@ TEST_F(WriteCycleTest, ASharingViolationStopsAllSettersButOne) {
         support::write_file(machine.file("x.xml"), before);
         const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
         platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
-        try {
-            (file.*setter.section.write)(nodes);
-            EXPECT_FALSE(setter.stops) << setter.function;
-        } catch (const qncore::ErrorException& exception) {
-            EXPECT_TRUE(setter.stops) << setter.function;
-            EXPECT_TRUE(exception.matches(vdcertificates::error::sharing_violation));
-        }
+        const auto error = support::error_of([&] { (file.*setter.section.write)(nodes); });
+        EXPECT_EQ(error && error->code() == vdcertificates::error::sharing_violation, setter.stops)
+            << setter.function;
         const std::string message =
             setter.function +
             " NOT performing operation due to SHARING VIOLATION: File: " + machine.file("x.xml") +

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/path.h"
 #include "tests/platform/openers.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_directory.h"
@@ -67,7 +68,9 @@ TEST_F(FileTest, AReadAtAPlaceLeavesTheFilePointer) {
     EXPECT_EQ(std::string(buffer.data()), "ontent");
     EXPECT_TRUE(read_file_at(file.get(), 7, buffer.data(), 16).error()) << "the end is an error";
     EXPECT_EQ(*read_file_at(file.get(), 7, buffer.data(), 0), 0U);
-    EXPECT_EQ(*seek_file(file.get(), 0, SeekMethod::current), 4U);
+    if (!paths_have_drives) { // Windows moves the pointer of a synchronous handle
+        EXPECT_EQ(*seek_file(file.get(), 0, SeekMethod::current), 4U);
+    }
 }
 
 TEST_F(FileTest, ShareModesInOneProcess) {
@@ -126,10 +129,12 @@ TEST_F(FileTest, OneOfManyOpenersIsEnoughToRefuse) {
 }
 
 TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
-    const OpenFile holder = reader_alone.open(name_);
     for (const auto disposition :
          {FileDisposition::create_always, FileDisposition::truncate_existing}) {
-        EXPECT_TRUE(writer.open(name_, disposition).error().is_sharing_violation());
+        {
+            const OpenFile holder = reader_alone.open(name_);
+            EXPECT_TRUE(writer.open(name_, disposition).error().is_sharing_violation());
+        }
         EXPECT_EQ(content(), "content");
     }
 }
@@ -145,7 +150,7 @@ TEST_F(FileTest, AKilledProcessHoldsNothing) {
 
 TEST_F(FileTest, AFileHeldAloneCanStillBeDeleted) {
     const OpenFile holder = reader_alone.open(name_);
-    EXPECT_TRUE(std::filesystem::remove(name_));
+    EXPECT_TRUE(std::filesystem::remove(support::native(name_)));
     std::array<char, 7> buffer{};
     EXPECT_EQ(*read_file(holder.get(), buffer.data(), 7), 7U);
 }

@@ -32,11 +32,7 @@ ErrorInfoPtr info_of(const Function& function) {
 }
 
 TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
-    struct Case {
-        const char* message;
-        const char* text;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"", ""},
         {"plain", "plain"},
         {"{@a}{@b} and {@a}", "12 and 1"},
@@ -45,11 +41,10 @@ TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
         {"{} {a} {@} {@b}", "{} {a} {@} 2"},
         {"{@{@a}}", "{@{@a}}"},
     };
-    for (const Case& test : cases) {
-        const auto info =
-            ErrorComposer(test.message).param("a", 1).param("b", "2").create(leaf, {});
-        EXPECT_EQ(info->text(), test.text) << test.message;
-        EXPECT_EQ(info->message().view(), test.message);
+    for (const auto& [message, text] : cases) {
+        const auto info = ErrorComposer(message).param("a", 1).param("b", "2").create(leaf, {});
+        EXPECT_EQ(info->text(), text) << message;
+        EXPECT_EQ(info->message().view(), message);
     }
 }
 
@@ -66,10 +61,6 @@ TEST(Errors, ParametersBecomeText) {
     EXPECT_EQ(info->params().find("missing"), nullptr);
 }
 
-TEST(Errors, AComposerWithoutAFinalMemberRaisesNothing) {
-    EXPECT_NO_THROW(ErrorComposer("{@a}").param("a", 1));
-}
-
 TEST(Errors, MatchingStopsAtSegments) {
     const ErrorException exception(ErrorComposer("x").create(leaf, {}));
     EXPECT_TRUE(exception.matches(leaf));
@@ -81,14 +72,7 @@ TEST(Errors, MatchingStopsAtSegments) {
 
 TEST(Errors, RethrowRaisesTheSameRecord) {
     const auto info = ErrorComposer("x").create(leaf, {});
-    EXPECT_EQ(info_of([&] {
-                  try {
-                      throw_error(info);
-                  } catch (const ErrorException& exception) {
-                      exception.rethrow();
-                  }
-              }),
-              info);
+    EXPECT_EQ(info_of([&] { ErrorException(info).rethrow(); }), info);
 }
 
 TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {

@@ -66,19 +66,15 @@ TEST(Trace, ALineHasItsFieldsAndStaysOneLine) {
 }
 
 TEST(Trace, ValuesTakeThePlaceholdersInTurn) {
-    struct Case {
-        const char* format;
-        const char* text;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"{}{}{}", "1two3"},   {"{} {} {} end", "1 two 3 end"},
         {"{}, {}", "1, two3"}, {"{} {} {} {}", "1 two 3 "},
         {"none", "none1two3"}, {"{@a} { } {}", "{@a} { } 1two3"},
     };
     const TraceCapture capture("Test=81");
-    for (const Case& test : cases) {
-        QN_TRACE_NOTE(topic(), "f()", test.format, 1, std::string("two"), 3U);
-        EXPECT_THAT(capture.lines().back(), EndsWith(std::string(" f() ") + test.text));
+    for (const auto& [format, text] : cases) {
+        QN_TRACE_NOTE(topic(), "f()", format, 1, std::string("two"), 3U);
+        EXPECT_THAT(capture.lines().back(), EndsWith(" f() " + text));
     }
 }
 

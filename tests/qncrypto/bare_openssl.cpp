@@ -65,6 +65,25 @@ Bytes digest_of(HashAlgorithm hash, const std::string& text) {
     return digest;
 }
 
+EvpContext evp_context(const Pkey& key, int (*init)(EVP_PKEY_CTX*), int padding,
+                       const EVP_MD* digest) {
+    EvpContext context(EVP_PKEY_CTX_new(key.get(), nullptr), EVP_PKEY_CTX_free);
+    init(context.get());
+    EVP_PKEY_CTX_set_rsa_padding(context.get(), padding);
+    if (digest != nullptr) {
+        EVP_PKEY_CTX_set_signature_md(context.get(), digest);
+    }
+    return context;
+}
+
+Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, const Bytes& input) {
+    Bytes output(1024);
+    std::size_t size = output.size();
+    EXPECT_EQ(run(context.get(), output.data(), &size, input.data(), input.size()), 1);
+    output.resize(size);
+    return output;
+}
+
 qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function) {
     try {
         function();

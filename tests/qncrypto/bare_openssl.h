@@ -41,6 +41,12 @@ Bytes some_bytes(std::size_t count);
 Bytes digest_of(HashAlgorithm hash, const std::string& text);
 const EVP_MD* evp_digest(HashAlgorithm hash);
 
+/// One of OpenSSL's own operations with a key, and what it makes of the input.
+using EvpContext = std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)>;
+EvpContext evp_context(const Pkey& key, int (*init)(EVP_PKEY_CTX*), int padding,
+                       const EVP_MD* digest = nullptr);
+Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, const Bytes& input);
+
 /// What the function throws.
 qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function);
 

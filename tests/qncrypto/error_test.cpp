@@ -30,31 +30,23 @@ int length_of(const qncore::ErrorInfo* info) {
     return length;
 }
 
-TEST_F(OpensslErrors, AnEmptyQueueGivesNull) {
-    EXPECT_FALSE(openssl_error_info(32));
-}
-
 TEST_F(OpensslErrors, ARecordTellsWhatOpensslSaidAndWhere) {
     put("key_lost", "crypto/lost.c", 77, ERR_LIB_RSA, RSA_R_KEY_SIZE_TOO_SMALL);
-    const auto info = openssl_error_info(32);
-    ASSERT_TRUE(info);
-    EXPECT_EQ(info->code(), error::qncrypto_openssl);
-    EXPECT_EQ(info->text(), "OpenSSL error!  Reason: \"key size too small\", Library: rsa "
-                            "routines, Code: 2000078");
-    EXPECT_EQ(info->location().function.view(), "key_lost");
-    EXPECT_EQ(info->location().file.view(), "crypto/lost.c");
-    EXPECT_EQ(info->location().line, 77U);
-    EXPECT_FALSE(info->nested());
-}
-
-TEST_F(OpensslErrors, WhatOpensslDoesNotKnowHasWordsOfItsOwn) {
-    put(nullptr, nullptr, 0, 100, 4321);
-    const auto info = openssl_error_info(32);
-    ASSERT_TRUE(info);
-    EXPECT_EQ(info->location().function.view(), "#Unknown#");
-    EXPECT_EQ(info->location().file.view(), "#unknown#");
-    EXPECT_EQ(info->text(), "OpenSSL error!  Reason: \"error:320010E1:lib(100)::reason(4321)\", "
-                            "Library: #unknown#, Code: 320010e1");
+    put(nullptr, nullptr, 0, 100, 4321); // OpenSSL knows nothing about this one
+    const auto known = openssl_error_info(32);
+    ASSERT_TRUE(known && known->nested());
+    EXPECT_EQ(known->code(), error::qncrypto_openssl);
+    EXPECT_EQ(known->text(), "OpenSSL error!  Reason: \"key size too small\", Library: rsa "
+                             "routines, Code: 2000078");
+    EXPECT_EQ(known->location().function.view(), "key_lost");
+    EXPECT_EQ(known->location().file.view(), "crypto/lost.c");
+    EXPECT_EQ(known->location().line, 77U);
+    const auto& unknown = *known->nested();
+    EXPECT_EQ(unknown.location().function.view(), "#Unknown#");
+    EXPECT_EQ(unknown.location().file.view(), "#unknown#");
+    EXPECT_EQ(unknown.text(), "OpenSSL error!  Reason: \"error:320010E1:lib(100)::reason(4321)\", "
+                              "Library: #unknown#, Code: 320010e1");
+    EXPECT_FALSE(openssl_error_info(32)); // the queue is empty now
 }
 
 TEST_F(OpensslErrors, TheOldestEntryIsOutermostAndTheDepthIsALimit) {

@@ -81,23 +81,13 @@ TEST_F(Operations, PublicBlocksAreReadByOpensslAndBack) {
         Key cipher;
         EXPECT_EQ(public_context.encrypt(data.data(), data.size(), &cipher, test.padding), 128);
 
-        const std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> evp(
-            EVP_PKEY_CTX_new(pkey.get(), nullptr), EVP_PKEY_CTX_free);
-        EVP_PKEY_decrypt_init(evp.get());
-        EVP_PKEY_CTX_set_rsa_padding(evp.get(), test.openssl);
-        Bytes plain(modulus);
-        std::size_t size = plain.size();
-        ASSERT_EQ(EVP_PKEY_decrypt(evp.get(), plain.data(), &size, cipher.data(), 128), 1);
-        plain.resize(size);
-        EXPECT_EQ(plain, data);
-
-        EVP_PKEY_encrypt_init(evp.get());
-        EVP_PKEY_CTX_set_rsa_padding(evp.get(), test.openssl);
-        Bytes foreign(modulus);
-        size = foreign.size();
-        ASSERT_EQ(EVP_PKEY_encrypt(evp.get(), foreign.data(), &size, data.data(), data.size()), 1);
+        EXPECT_EQ(by_openssl(evp_context(pkey, EVP_PKEY_decrypt_init, test.openssl),
+                             EVP_PKEY_decrypt, bytes_of(cipher)),
+                  data);
+        const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_encrypt_init, test.openssl),
+                                         EVP_PKEY_encrypt, data);
         Key ours;
-        private_context.decrypt(foreign.data(), size, &ours, test.padding, nullptr);
+        private_context.decrypt(foreign.data(), foreign.size(), &ours, test.padding, nullptr);
         EXPECT_EQ(bytes_of(ours), data);
 
         expect_error(thrown_by([&] {
@@ -292,29 +282,19 @@ TEST_F(Operations, SignaturesAreThoseOfOpenssl) {
             const Bytes digest = digest_of(hash, text);
             Key signature;
             EXPECT_EQ(signer.sign(digest.data(), &signature, hash, padding, nullptr), 192);
-            ASSERT_EQ(signature.size(), 192U);
-
-            const std::unique_ptr<EVP_PKEY_CTX, decltype(&EVP_PKEY_CTX_free)> evp(
-                EVP_PKEY_CTX_new(pkey.get(), nullptr), EVP_PKEY_CTX_free);
-            EVP_PKEY_verify_init(evp.get());
-            EVP_PKEY_CTX_set_rsa_padding(evp.get(), openssl);
-            EVP_PKEY_CTX_set_signature_md(evp.get(), evp_digest(hash));
-            EXPECT_EQ(
-                EVP_PKEY_verify(evp.get(), signature.data(), 192, digest.data(), digest.size()), 1);
-
-            EVP_PKEY_sign_init(evp.get());
-            EVP_PKEY_CTX_set_rsa_padding(evp.get(), openssl);
-            EVP_PKEY_CTX_set_signature_md(evp.get(), evp_digest(hash));
-            Bytes foreign(192);
-            std::size_t size = foreign.size();
-            ASSERT_EQ(EVP_PKEY_sign(evp.get(), foreign.data(), &size, digest.data(), digest.size()),
+            const EVP_MD* const md = evp_digest(hash);
+            EXPECT_EQ(EVP_PKEY_verify(evp_context(pkey, EVP_PKEY_verify_init, openssl, md).get(),
+                                      signature.data(), signature.size(), digest.data(),
+                                      digest.size()),
                       1);
+            const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_sign_init, openssl, md),
+                                             EVP_PKEY_sign, digest);
             EXPECT_TRUE(
-                verifier.verify(foreign.data(), size, digest.data(), hash, padding, nullptr));
+                verifier.verify(foreign.data(), 192, digest.data(), hash, padding, nullptr));
 
             ErrorInfoPtr slot;
             const Bytes other = digest_of(hash, "something else");
-            EXPECT_FALSE(verifier.verify(foreign.data(), size, other.data(), hash, padding, &slot));
+            EXPECT_FALSE(verifier.verify(foreign.data(), 192, other.data(), hash, padding, &slot));
             EXPECT_FALSE(slot);
             EXPECT_EQ(ERR_peek_error(), 0U);
         }

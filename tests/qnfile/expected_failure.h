@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -9,35 +10,53 @@
 
 namespace qnfile {
 
-/// The record that an action throws; fails the test when it throws none.
-inline qncore::ErrorInfoPtr failure_of(const std::function<void()>& action) {
+/// The record that an action throws, or hands to the slot that it is given; fails the test when
+/// there is none.
+inline qncore::ErrorInfoPtr failure_of(
+    const std::function<void()>& action,
+    const std::function<qncore::ErrorInfoPtr()>& otherwise = [] { return nullptr; }) {
+    qncore::ErrorInfoPtr info;
     try {
         action();
+        info = otherwise();
     } catch (const qncore::ErrorException& exception) {
-        return exception.info();
+        info = exception.info();
     }
-    ADD_FAILURE() << "nothing was thrown";
-    return {};
+    EXPECT_TRUE(info) << "nothing was reported";
+    return info;
 }
 
-/// All that a record has to say. The cause, where there is one, is the system's, at the same place.
-struct ExpectedFailure {
-    const char* code;
-    std::string message;
-    const char* function;
+/// An action and what it has to report: code, function and text with "|" between them. The cause,
+/// where there is one, is the system's, told at the same place.
+struct FailureCase {
+    std::function<void(qncore::ErrorInfoPtr*)> action;
+    std::string report;
     bool has_cause = true;
+    bool throws = true; ///< without a slot
 };
 
-inline void expect_failure(const qncore::ErrorInfoPtr& info, const ExpectedFailure& expected) {
+inline void check_failure(const qncore::ErrorInfoPtr& info, const std::string& report,
+                          bool has_cause = true) {
     ASSERT_TRUE(info);
-    EXPECT_EQ(info->code().path(), expected.code);
-    EXPECT_EQ(info->text(), expected.message);
-    EXPECT_EQ(info->location().function.view(), expected.function);
-    ASSERT_EQ(static_cast<bool>(info->nested()), expected.has_cause);
-    if (expected.has_cause) {
-        EXPECT_EQ(info->nested()->location().function.view(), expected.function);
+    const std::string function(info->location().function.view());
+    EXPECT_EQ(std::string(info->code().path()) + "|" + function + "|" + info->text(), report);
+    ASSERT_EQ(static_cast<bool>(info->nested()), has_cause) << report;
+    if (has_cause) {
+        EXPECT_EQ(info->nested()->location().function.view(), function);
         EXPECT_THAT(std::string(info->nested()->code().path()),
                     ::testing::AnyOf("error.qncore.errno", "error.qncore.windows"));
+    }
+}
+
+/// Each case with a slot and without one.
+inline void check_failures(const std::vector<FailureCase>& cases) {
+    for (const FailureCase& c : cases) {
+        qncore::ErrorInfoPtr slot;
+        check_failure(failure_of([&] { c.action(&slot); }, [&] { return slot; }), c.report,
+                      c.has_cause);
+        if (c.throws) {
+            check_failure(failure_of([&] { c.action(nullptr); }), c.report, c.has_cause);
+        }
     }
 }
 

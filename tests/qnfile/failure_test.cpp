@@ -9,8 +9,6 @@ namespace {
 using impl::FileImpl;
 using platform::Call;
 
-constexpr const char* constructor = "qnfile::impl::FileImpl::FileImpl()";
-
 class FailureTest : public ::testing::Test {
   protected:
     FailureTest() { support::write_file(name_, "content"); }
@@ -27,9 +25,8 @@ class FailureTest : public ::testing::Test {
     std::string name_ = directory_.file("file");
 };
 
-TEST_F(FailureTest, EveryFailureByItsCodeMessagePlaceAndCause) {
+TEST_F(FailureTest, EveryFailureByItsCodePlaceMessageAndCause) {
     const std::string missing = directory_.file("missing");
-    const auto unknown = 7;
     FileImpl reader = opened(impl::access_read);
     FileImpl writer = opened(impl::access_write);
     const auto stream =
@@ -37,67 +34,53 @@ TEST_F(FailureTest, EveryFailureByItsCodeMessagePlaceAndCause) {
     const auto write_stream =
         FileWriteStream::create(name_, open_existing, share_read_write, flag_none);
     char byte = 0;
-
-    struct Case {
-        std::function<void()> action;
-        const char* code;
-        std::string message;
-        const char* function;
-        bool has_cause;
-    };
-    const std::string quoted = "\"" + name_ + "\"";
     const auto short_write = [](qncore::IWriteStream& target) {
         platform::testing::fail_next(Call::write, platform::SystemError());
         target.write("abc", 3);
     };
-    const Case cases[] = {
-        {[&] {
-             FileImpl(name_, static_cast<impl::FileAccessMode>(3), open_existing, share_none,
-                      flag_none);
+    const std::string quoted = "\"" + name_ + "\"";
+    const std::string io = "error.qnfile.io.";
+    const std::string at = "|qnfile::impl::FileImpl::";
+    const std::string open = io + "open" + at + "FileImpl()|";
+    const std::string short_report =
+        io + "write|qnfile::impl::FileWriteStreamImpl::write()|Writing to file " + quoted +
+        " failed, 3 bytes attempted, 2 bytes written";
+    check_failures({
+        {[&](auto*) {
+             const auto access = static_cast<impl::FileAccessMode>(3);
+             FileImpl(name_, access, open_existing, share_none, flag_none);
          },
-         "error.qnfile.io.open", "Invalid access mode 3 to open file " + quoted, constructor,
-         false},
-        {[&] { FileReadStream::create(name_, static_cast<FileShareMode>(unknown), flag_none); },
-         "error.qnfile.io.open", "Invalid share mode 7 to open file " + quoted, constructor, false},
-        {[&] {
-             FileWriteStream::create(name_, static_cast<FileCreationDisposition>(unknown),
-                                     share_none, flag_none);
+         open + "Invalid access mode 3 to open file " + quoted, false},
+        {[&](auto*) { FileReadStream::create(name_, static_cast<FileShareMode>(7), flag_none); },
+         open + "Invalid share mode 7 to open file " + quoted, false},
+        {[&](auto*) {
+             const auto disposition = static_cast<FileCreationDisposition>(7);
+             FileWriteStream::create(name_, disposition, share_none, flag_none);
          },
-         "error.qnfile.io.open", "Invalid creation disposition 7 to open file " + quoted,
-         constructor, false},
-        {[&] { FileReadStream::create(missing, share_none, flag_none); }, "error.qnfile.io.open",
-         "Unable to open file \"" + missing + "\"", constructor, true},
-        {[&] { writer.read(&byte, 1); }, "error.qnfile.io.read",
-         "Error reading from file " + quoted, "qnfile::impl::FileImpl::read()", true},
-        {[&] { reader.write(&byte, 1); }, "error.qnfile.io.write",
-         "Writing to file " + quoted + " failed", "qnfile::impl::FileImpl::write()", true},
-        {[&] { short_write(*write_stream); }, "error.qnfile.io.write",
-         "Writing to file " + quoted + " failed, 3 bytes attempted, 2 bytes written",
-         "qnfile::impl::FileWriteStreamImpl::write()", false},
-        {[&] { short_write(*stream); }, "error.qnfile.io.write",
-         "Writing to file " + quoted + " failed, 3 bytes attempted, 2 bytes written",
-         "qnfile::impl::FileWriteStreamImpl::write()", false},
-        {[&] { reader.resize(12); }, "error.qnfile.io.resize",
-         "Resizing file " + quoted + " to 12 bytes failed", "qnfile::impl::FileImpl::resize()",
-         true},
-        {[&] {
+         open + "Invalid creation disposition 7 to open file " + quoted, false},
+        {[&](auto*) { FileReadStream::create(missing, share_none, flag_none); },
+         open + "Unable to open file \"" + missing + "\""},
+        {[&](auto*) { writer.read(&byte, 1); },
+         io + "read" + at + "read()|Error reading from file " + quoted},
+        {[&](auto*) { reader.write(&byte, 1); },
+         io + "write" + at + "write()|Writing to file " + quoted + " failed"},
+        {[&](auto*) { short_write(*write_stream); }, short_report, false},
+        {[&](auto*) { short_write(*stream); }, short_report, false},
+        {[&](auto*) { reader.resize(12); },
+         io + "resize" + at + "resize()|Resizing file " + quoted + " to 12 bytes failed"},
+        {[&](auto*) {
              fail_next(Call::size);
              reader.size();
          },
-         "error.qnfile.io.size", "Getting file size for file " + quoted + " failed",
-         "qnfile::impl::FileImpl::size()", true},
-        {[&] { reader.seek(-5, static_cast<qncore::SeekOrigin>(3)); },
-         "error.qnfile.io.seek.badOrigin",
-         "Invalid origin 3 in seek to offset -5 in file " + quoted + ".",
-         "qnfile::impl::FileImpl::seek()", false},
-        {[&] { reader.seek(-8, qncore::seek_end); }, "error.qnfile.io.seek",
-         "Seeking to offset -8 from origin 2 in file " + quoted + " failed",
-         "qnfile::impl::FileImpl::seek()", true},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.message);
-        expect_failure(failure_of(c.action), {c.code, c.message, c.function, c.has_cause});
-    }
+         io + "size" + at + "size()|Getting file size for file " + quoted + " failed"},
+        {[&](auto*) { reader.seek(-5, static_cast<qncore::SeekOrigin>(3)); },
+         io + "seek.badOrigin" + at + "seek()|Invalid origin 3 in seek to offset -5 in file " +
+             quoted + ".",
+         false},
+        {[&](auto*) { reader.seek(-8, qncore::seek_end); },
+         io + "seek" + at + "seek()|Seeking to offset -8 from origin 2 in file " + quoted +
+             " failed"},
+    });
 }
 
 TEST_F(FailureTest, AFileStaysUsableAfterAFailure) {

@@ -34,7 +34,8 @@ class FileUtilitiesTest : public ::testing::Test {
 };
 
 TEST_F(FileUtilitiesTest, StreamsOpenByUri) {
-    EXPECT_TRUE(fs::equivalent(filename_from_uri(uri_, nullptr), file_));
+    EXPECT_TRUE(
+        fs::equivalent(support::native(filename_from_uri(uri_, nullptr)), support::native(file_)));
     const auto create = [](const auto& uri) {
         return FileWriteStream::create(uri, create_always, share_none, flag_none);
     };
@@ -52,27 +53,21 @@ TEST_F(FileUtilitiesTest, RelativeReferencesStartInTheCurrentDirectory) {
     const fs::path sub = directory_.path() / "sub dir";
     fs::create_directory(sub);
     set_current_directory(sub.string(), nullptr);
-    const std::string uri = get_current_directory_as_uri().text();
-    const std::string current = get_current_directory(nullptr);
-    std::string above;
-    ErrorInfoPtr error;
-    const std::string below = filename_from_uri(uri_of("x/%3fy?query#f"), nullptr);
-    const std::string beside = filename_from_uri(uri_of("../x"), nullptr);
+    const auto current = get_current_directory_as_uri();
+    const auto below = filename_from_uri(uri_of("x/%3fy?query#f"), nullptr);
+    const auto beside = filename_from_uri(uri_of("../x"), nullptr);
+    std::string above = "x";
     for (std::size_t level = 0; level < 60; ++level) {
-        above += "../";
+        above.insert(0, "../");
     }
-    EXPECT_EQ(filename_from_uri(uri_of(above + "x"), &error), "");
+    check_failures({{[&](auto* e) { EXPECT_EQ(filename_from_uri(uri_of(above), e), ""); },
+                     "error.qnfile.filename.uri|qnfile::filename_from_uri()|Resolution of URI " +
+                         above + " against current directory (" + current.text() + ") failed"}});
     set_current_directory(before, nullptr);
-
-    const std::string separator(1, platform::preferred_separator);
-    EXPECT_TRUE(fs::equivalent(filename_from_uri(uri_of(uri), nullptr), sub));
-    EXPECT_EQ(below, filename_from_uri(uri_of(uri), nullptr) + "x" + separator + "?y");
-    EXPECT_EQ(fs::path(beside).parent_path(),
-              fs::path(below).parent_path().parent_path().parent_path());
-    expect_failure(
-        error, {"error.qnfile.filename.uri",
-                "Resolution of URI " + above + "x against current directory (" + uri + ") failed",
-                "qnfile::filename_from_uri()"});
+    const std::string directory = filename_from_uri(current, nullptr);
+    EXPECT_TRUE(fs::equivalent(fs::path(directory).parent_path(), sub));
+    EXPECT_EQ(below, directory + "x" + platform::preferred_separator + "?y");
+    EXPECT_EQ(fs::path(beside), fs::path(directory).parent_path().parent_path() / "x");
 }
 
 TEST_F(FileUtilitiesTest, PlacesOfThisProcess) {
@@ -81,8 +76,7 @@ TEST_F(FileUtilitiesTest, PlacesOfThisProcess) {
     EXPECT_TRUE(fs::exists(program));
     const std::string temporary = get_temp_directory();
     EXPECT_TRUE(fs::is_directory(temporary));
-    EXPECT_EQ(temporary.find('\\'), std::string::npos);
-    EXPECT_EQ(temporary.find('\0'), std::string::npos);
+    EXPECT_EQ(temporary.find_first_of(std::string("\\\0", 2)), std::string::npos);
 }
 
 TEST_F(FileUtilitiesTest, CopiesWholeFilesOrNone) {
@@ -112,25 +106,18 @@ TEST_F(FileUtilitiesTest, CopiesWholeFilesOrNone) {
 }
 
 TEST_F(FileUtilitiesTest, TimesAndSizes) {
-    struct Case {
-        std::int64_t set;
-        std::int64_t got; ///< to the 100 ns that every system keeps
-    };
-    const Case cases[] = {{0, 0},
-                          {1'600'000'000'123'456'789, 1'600'000'000'123'456'700},
-                          {-1, 0},
-                          {-1'000'000'000'050, -1'000'000'000'000}};
-    for (const Case& c : cases) {
+    const std::int64_t other = 1'500'000'000'000'000'000;
+    for (const std::int64_t time : {std::int64_t{0}, std::int64_t{1'600'000'000'123'456'789},
+                                    std::int64_t{-1}, std::int64_t{-1'000'000'000'050}}) {
         for (const std::string& path : {file_, directory_.str()}) {
-            const std::int64_t other = 1'500'000'000'000'000'000;
             std::int64_t accessed = 0;
             std::int64_t modified = 0;
-            set_file_timestamp(uri_from_filename(path), &other, &c.set, nullptr);
+            set_file_timestamp(uri_from_filename(path), &other, &time, nullptr);
             set_file_timestamp(path, nullptr, nullptr, nullptr);
             get_file_timestamp(uri_from_filename(path), nullptr, nullptr, nullptr);
             get_file_timestamp(path, &accessed, &modified, nullptr);
             EXPECT_EQ(accessed, other);
-            EXPECT_EQ(modified / 100 * 100, c.got) << c.set;
+            EXPECT_EQ(modified / 100, time / 100) << "to what every system keeps";
         }
     }
     EXPECT_EQ(query_file_size(file_, nullptr), 7U);
@@ -138,7 +125,9 @@ TEST_F(FileUtilitiesTest, TimesAndSizes) {
 }
 
 TEST_F(FileUtilitiesTest, WhatIsNoLinkResolvesToItself) {
-    EXPECT_TRUE(fs::equivalent(resolve_link(file_, nullptr), file_));
+    // Wine has a prefix of its own before the drive.
+    EXPECT_THAT(resolve_link(file_, nullptr),
+                ::testing::EndsWith(file_.substr(file_.find("orva-"))));
     EXPECT_EQ(resolve_link(uri_, nullptr), uri_);
     ErrorInfoPtr error;
     support::write_file(file_, "");
@@ -151,88 +140,68 @@ TEST_F(FileUtilitiesTest, WhatIsNoLinkResolvesToItself) {
     EXPECT_TRUE(error);
 }
 
-TEST_F(FileUtilitiesTest, EveryFailureByItsCodeMessagePlaceAndCause) {
+TEST_F(FileUtilitiesTest, EveryFailureByItsCodePlaceMessageAndCause) {
     const auto fail_next = [](Call call) {
         platform::testing::fail_next(call, platform::sharing_violation());
     };
     const std::string one = " (Path=\"" + missing_ + "\")";
     const std::string other = directory_.file("other");
-    constexpr const char* name_code = "error.qnfile.filename.uri";
-    constexpr const char* io_code = "error.qnfile.io";
-    constexpr const char* name_function = "qnfile::filename_from_uri()";
-    constexpr const char* set_function = "qnfile::set_file_timestamp()";
+    const std::string name = "error.qnfile.filename.uri|qnfile::filename_from_uri()|";
+    const std::string copy = "error.qnfile.io|qnfile::copy_file()|Could not copy file (PathSrc=\"";
+    const std::string set = "error.qnfile.io|qnfile::set_file_timestamp()|Could not ";
     std::int64_t time = 0;
-    struct Case {
-        std::function<void(ErrorInfoPtr*)> action;
-        ExpectedFailure expected;
-    };
-    const Case cases[] = {
-        {[&](auto* e) { filename_from_uri(uri_of("file:///a{b"), e); },
-         {name_code, "file:///a{b", name_function}},
-        {[&](auto* e) { query_file_size(qnuri::Uri(), e); }, {name_code, "", name_function}},
+    check_failures({
+        {[&](auto* e) { filename_from_uri(uri_of("file:///a{b"), e); }, name + "file:///a{b"},
+        {[&](auto* e) { query_file_size(qnuri::Uri(), e); }, name},
         {[&](auto* e) { delete_file(uri_of("http://host/x"), e); },
-         {name_code, "URI must have 'file:' scheme: http://host/x", name_function}},
+         name + "URI must have 'file:' scheme: http://host/x"},
         {[&](auto* e) { filename_from_uri(uri_of("file:"), e); },
-         {name_code, "URI has an invalid path for a 'file:' scheme URI: file:", name_function}},
+         name + "URI has an invalid path for a 'file:' scheme URI: file:"},
         {[&](auto* e) { copy_file(missing_, other, false, e); },
-         {io_code, "Could not copy file (PathSrc=\"" + missing_ + "\" PathDst=\"" + other + "\")",
-          "qnfile::copy_file()"}},
-        {[&](auto* e) { copy_file(file_, directory_.str(), true, e); },
-         {io_code,
-          "Could not copy file (PathSrc=\"" + file_ + "\" PathDst=\"" + directory_.str() + "\")",
-          "qnfile::copy_file()"}},
+         copy + missing_ + "\" PathDst=\"" + other + "\")"},
+        {[&](auto* e) { copy_file(file_, file_, true, e); },
+         copy + file_ + "\" PathDst=\"" + file_ + "\")"},
         {[&](auto* e) { delete_file(missing_, e); },
-         {io_code, "Could not delete file" + one, "qnfile::delete_file()"}},
+         "error.qnfile.io|qnfile::delete_file()|Could not delete file" + one},
         {[&](auto* e) { get_file_timestamp(missing_, &time, nullptr, e); },
-         {io_code, "Could not read file attributes" + one, "qnfile::get_file_timestamp()"}},
+         "error.qnfile.io|qnfile::get_file_timestamp()|Could not read file attributes" + one},
         {[&](auto* e) { set_file_timestamp(missing_, &time, nullptr, e); },
-         {io_code, "Could not open file to be modified" + one, set_function}},
+         set + "open file to be modified" + one},
         {[&](auto* e) {
              fail_next(Call::set_times);
              set_file_timestamp(file_, &time, nullptr, e);
          },
-         {io_code, "Could not set file time (Path=\"" + file_ + "\")", set_function}},
+         set + "set file time (Path=\"" + file_ + "\")"},
         {[&](auto* e) { query_file_size(missing_, e); },
-         {io_code, "Can't determine the size of file '" + missing_ + "'",
-          "qnfile::query_file_size()"}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.expected.message);
-        ErrorInfoPtr slot;
-        c.action(&slot);
-        expect_failure(slot, c.expected);
-        expect_failure(failure_of([&] { c.action(nullptr); }), c.expected);
-    }
+         "error.qnfile.io|qnfile::query_file_size()|Can't determine the size of file '" + missing_ +
+             "'"},
+    });
     ErrorInfoPtr error;
     delete_file(missing_, &error);
     const std::string* target = error->params().find("filePathDst");
     EXPECT_TRUE(target != nullptr && target->empty()) << "both are set";
 
-    // The two that raise the system's error as it is, and have no slot; and the open of a link.
-    const struct {
-        std::function<void()> action;
-        const char* function;
-    } bare[] = {
-        {[&] {
-             fail_next(Call::current_directory);
-             get_current_directory_as_uri();
-         },
-         "qnfile::get_current_directory_as_uri()"},
-        {[&] {
-             fail_next(Call::application_path);
-             get_application_filepath_as_uri();
-         },
-         "qnfile::get_application_filepath_as_uri()"},
-        {[&] { resolve_link(missing_, nullptr); }, "qnfile::resolve_link"},
+    // These raise the system's error as it is.
+    const std::function<void()> bare[] = {
+        [&] {
+            fail_next(Call::current_directory);
+            get_current_directory_as_uri();
+        },
+        [&] {
+            fail_next(Call::application_path);
+            get_application_filepath_as_uri();
+        },
+        [&] { resolve_link(missing_, nullptr); },
     };
-    for (const auto& c : bare) {
-        const auto info = failure_of(c.action);
-        EXPECT_EQ(info->location().function.view(), c.function);
-        EXPECT_FALSE(info->nested());
-        EXPECT_TRUE(qncore::ErrorCode("error.qncore").covers(info->code()));
+    std::string functions;
+    for (const auto& action : bare) {
+        const auto info = failure_of(action);
+        EXPECT_TRUE(qncore::ErrorCode("error.qncore").covers(info->code()) && !info->nested());
+        functions.append(info->location().function.view()).append(" ");
     }
-    const std::string zero("a\0b", 3);
-    EXPECT_THROW(query_file_size(zero, &error), qncore::ErrorException);
+    EXPECT_EQ(functions, "qnfile::get_current_directory_as_uri() "
+                         "qnfile::get_application_filepath_as_uri() qnfile::resolve_link ");
+    EXPECT_THROW(query_file_size({"a\0b", 3}, &error), qncore::ErrorException);
     EXPECT_THROW(delete_file(uri_of("file:///a%00b"), nullptr), qncore::ErrorException);
 }
 

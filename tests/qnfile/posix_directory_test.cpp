@@ -106,38 +106,48 @@ TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
     }
 }
 
-TEST_F(PosixDirectoryTest, TheRemovalOfALink) {
+TEST_F(PosixDirectoryTest, FailuresOfThisSystemAlone) {
     const std::string link = (tree_ / "link").string();
-    struct Case {
-        platform::Call call;
-        const char* message;
-    };
-    const Case cases[] = {
-        {platform::Call::remove_link, "Failed to remove reparse point. Path=\""},
-        {platform::Call::remove_linked_directory,
-         "Failed to remove directory after removing reparse point. Base path=\""},
-    };
-    for (const Case& c : cases) {
+    const std::string parent = (outside_ / "file/below").string();
+    const std::string gone = directory_.file("gone");
+    const std::string read_only = directory_.file("read_only");
+    ASSERT_EQ(::mkdir(read_only.c_str(), 0555), 0);
+    EXPECT_TRUE(is_accessible_directory(read_only, access_check_read, nullptr));
+    const fs::path before = fs::current_path();
+    fs::create_directory(gone);
+    set_current_directory(gone, nullptr);
+    remove(gone);
+    const auto remove_failing = [&](platform::Call call, ErrorInfoPtr* error) {
         fs::remove(link);
         fs::create_directory_symlink(outside_, link);
-        platform::testing::fail_next(c.call, platform::SystemError::posix(EIO));
-        expect_failure(failure_of([&] { impl::remove_win32_reparse_point(link, nullptr); }),
-                       {"error.qnfile.directory", c.message + link + "\"",
-                        "qnfile::impl::remove_win32_reparse_point()"});
-    }
+        platform::testing::fail_next(call, platform::SystemError::posix(EIO));
+        impl::remove_win32_reparse_point(link, error);
+    };
+    const std::string report =
+        "error.qnfile.directory|qnfile::impl::remove_win32_reparse_point()|Failed to remove ";
+    check_failures({
+        {[&](auto* e) { remove_failing(platform::Call::remove_link, e); },
+         report + "reparse point. Path=\"" + link + "\""},
+        {[&](auto* e) { remove_failing(platform::Call::remove_linked_directory, e); },
+         report + "directory after removing reparse point. Base path=\"" + link + "\""},
+        {[&](auto* e) { create_directory(parent + "/x", 7, e, true); },
+         "error.qnfile.directory.notFound|qnfile::impl::create_directory_recursive()|"
+         "Failed to get parent directory stats. Full path=\"" +
+             parent + "\""},
+        {[&](auto* e) { is_accessible_directory(read_only, access_check_write, e); },
+         "error.qnfile.directory.access.notWrite|qnfile::is_accessible_directory()|"
+         "Directory exists but is not write-accessible. Path: \"" +
+             read_only + "\"",
+         false, false},
+        {[](auto* e) { get_current_directory(e); },
+         "error.qnfile.directory|qnfile::get_current_directory()|"
+         "Failed to get current working directory. bufSize=260"},
+    });
+    fs::current_path(before);
     fs::create_directory_symlink(outside_, link);
     impl::remove_win32_reparse_point(link + "/", nullptr);
     EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
     EXPECT_TRUE(is_outside_whole());
-}
-
-TEST_F(PosixDirectoryTest, AParentThatCannotBeLookedAt) {
-    const std::string parent = (outside_ / "file/below").string();
-    ErrorInfoPtr error;
-    create_directory(parent + "/x", 7, &error, true);
-    expect_failure(error, {"error.qnfile.directory.notFound",
-                           "Failed to get parent directory stats. Full path=\"" + parent + "\"",
-                           "qnfile::impl::create_directory_recursive()"});
 }
 
 TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
@@ -155,19 +165,6 @@ TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
     }
     remove(name);
     EXPECT_FALSE(fs::exists(name));
-}
-
-TEST_F(PosixDirectoryTest, ACurrentDirectoryThatIsGone) {
-    const fs::path before = fs::current_path();
-    const std::string gone = directory_.file("gone");
-    fs::create_directory(gone);
-    set_current_directory(gone, nullptr);
-    remove(gone);
-    EXPECT_EQ(get_current_directory(&error_), "");
-    fs::current_path(before);
-    expect_failure(error_, {"error.qnfile.directory",
-                            "Failed to get current working directory. bufSize=260",
-                            "qnfile::get_current_directory()"});
 }
 
 } // namespace

@@ -39,13 +39,10 @@ class PosixFileUtilitiesTest : public ::testing::Test {
 };
 
 TEST(PosixFileNames, GoToUrisAndBack) {
-    const std::string names[] = {
-        "/",          "//",           "//host/share/x", "/C:/Dir",      "/c|/x",
-        "/a b/#1",    "/what?/x",     "/100%/%41",      "/back\\slash", "/\xFF\xFE/\xC3\xA9",
-        "/a/../b/./", "/localhost/x", "/\\\\?\\x",      "/a:b@c;d=e,f", "/\x01\n\x7F",
-        "relative/x", "x:y",          "a ?b",
-    };
-    for (const std::string& name : names) {
+    for (const std::string name :
+         {"/", "//", "//host/share/x", "/C:/Dir", "/c|/x", "/a b/#1", "/what?/x", "/100%/%41",
+          "/back\\slash", "/\xFF\xFE/\xC3\xA9", "/a/../b/./", "/localhost/x", "/\\\\?\\x",
+          "/a:b@c;d=e,f", "/\x01\n\x7F", "relative/x", "x:y", "a ?b"}) {
         SCOPED_TRACE(name);
         const auto uri = uri_from_filename(name);
         EXPECT_EQ(uri.flags(), 0U) << uri.text();
@@ -106,20 +103,17 @@ TEST(PosixPlaces, TheTemporaryDirectoryIsThatOfTheEnvironment) {
 }
 
 TEST_F(PosixFileUtilitiesTest, ACopyKeepsPermissionsAndTimes) {
-    struct Case {
-        mode_t mode;
-        mode_t kept;
-    };
-    for (const Case& c : {Case{0640, 0640}, Case{0444, 0444}, Case{04755, 0755}}) {
+    const std::int64_t accessed = 1'000'000'000'000'000'001;
+    const std::int64_t modified = 2'000'000'000'999'999'999;
+    for (const mode_t mode : {0640U, 0444U, 04755U}) {
         support::write_file(file_, "x");
-        ::chmod(file_.c_str(), c.mode);
-        const std::int64_t accessed = 1'000'000'000'000'000'001;
-        const std::int64_t modified = 2'000'000'000'999'999'999;
+        ::chmod(file_.c_str(), mode);
         set_file_timestamp(file_, &accessed, &modified, nullptr);
         copy_file(file_, target_, true, nullptr);
-        EXPECT_EQ(status_of(target_).st_mode & 07777U, c.kept);
-        EXPECT_EQ(status_of(target_).st_atim.tv_nsec, 1);
-        EXPECT_EQ(status_of(target_).st_mtim.tv_nsec, 999'999'999);
+        const struct stat copy = status_of(target_);
+        EXPECT_EQ(copy.st_mode & 07777U, mode & 0777U);
+        EXPECT_EQ(copy.st_atim.tv_nsec, 1);
+        EXPECT_EQ(copy.st_mtim.tv_nsec, 999'999'999);
         fs::remove(target_);
         fs::remove(file_);
     }
@@ -146,7 +140,6 @@ TEST_F(PosixFileUtilitiesTest, ACopyIsOfRegularFilesThatNobodyElseClaims) {
     };
     for (const auto& c : cases) {
         const auto info = failure_of([&] { copy_file(c.source, c.target, false, nullptr); });
-        ASSERT_TRUE(info);
         EXPECT_EQ(*info->nested()->params().find("number"), std::to_string(c.error))
             << c.source << " to " << c.target;
     }
@@ -223,14 +216,12 @@ TEST_F(PosixFileUtilitiesTest, ResolvedPathsHaveALimit) {
         ASSERT_EQ(path.size(), length);
         fs::create_directories(fs::path(path).parent_path());
         support::write_file(path, "x");
-        ErrorInfoPtr error;
-        EXPECT_EQ(resolve_link(path, &error), length < 260 ? path : "");
         if (length < 260) {
-            EXPECT_FALSE(error);
+            EXPECT_EQ(resolve_link(path, nullptr), path);
         } else {
-            expect_failure(error, {"error.qnfile.filename.uri",
-                                   "Path '" + path + "' too long: " + std::to_string(length + 1),
-                                   "qnfile::resolve_link"});
+            check_failures({{[&](auto* e) { EXPECT_EQ(resolve_link(path, e), ""); },
+                             "error.qnfile.filename.uri|qnfile::resolve_link|Path '" + path +
+                                 "' too long: " + std::to_string(length + 1)}});
         }
         fs::remove_all(fs::path(base) / std::string(100, 'x'));
     }

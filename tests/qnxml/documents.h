@@ -3,11 +3,13 @@
 #include <string>
 #include <string_view>
 
-#include "qncore/error_exception.h"
 #include "qnxml/reader.h"
 #include "tests/qnxml/tokenizers.h"
+#include "tests/support/failure.h"
 
 namespace qnxml_test {
+
+using support::error_of;
 
 /// A reader over a text.
 struct Document {
@@ -20,17 +22,6 @@ struct Document {
     qnxml::XmlReader reader;
 };
 
-/// The record of the ErrorException that the action throws; null when it throws none.
-template <class Action>
-qncore::ErrorInfoPtr error_of(Action action) {
-    try {
-        action();
-    } catch (const qncore::ErrorException& exception) {
-        return exception.info();
-    }
-    return {};
-}
-
 /// A message without the position before it.
 inline std::string without_position(const std::string& message) {
     return message.substr(message.find("]: ") + 3);
@@ -39,12 +30,12 @@ inline std::string without_position(const std::string& message) {
 /// What the action throws: code, function and message without the position, apart by blanks; empty
 /// when it throws nothing.
 template <class Action>
-std::string failure_of(Action action) {
-    const qncore::ErrorInfoPtr error = error_of(action);
-    return error ? std::string(error->code().path()) + " " +
-                       std::string(error->location().function.view()) + " " +
-                       without_position(error->text())
-                 : "";
+std::string failure_of(const Action& action) {
+    std::string text = support::failure_of(action);
+    if (const std::size_t position = text.find("[line "); position != std::string::npos) {
+        text.erase(position, text.find("]: ") + 3 - position);
+    }
+    return text;
 }
 
 /// The node on which the reader stands: its type, the name and the attributes of a tag, the value

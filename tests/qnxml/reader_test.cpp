@@ -213,6 +213,14 @@ TEST(Reader, RefusesTokensThatDoNotFit) {
     }
 }
 
+TEST(Reader, TakesAByteOrderMarkInPieces) {
+    using T = qnxml::XmlTokenType;
+    ScriptedTokenizer tokenizer(
+        {{T::CharData, "\xEF"}, {T::CharData, "\xBB\xBF\n"}, {T::DocumentEnd, ""}});
+    qnxml::XmlReader reader(&tokenizer);
+    EXPECT_FALSE(reader.read_next());
+}
+
 TEST(Reader, WalksTheChildrenOfAnElement) {
     Document document("<r> <s a='1'><deep><s/></deep>x</s><!-- --><e/>t<s/></r><z/>");
     qnxml::XmlReader& reader = document.reader;

@@ -3,10 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/program.h"
 #include "tests/support/process.h"
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const std::vector<std::string> arguments = platform::program_arguments(argc, argv);
     if (arguments.size() >= 2 && arguments[0] == support::child_argument) {
         return support::run_child(arguments[1], {arguments.begin() + 2, arguments.end()});
     }
