@@ -93,8 +93,8 @@ bool operator==(const DirectoryEntry& left, const DirectoryEntry& right) noexcep
 }
 
 std::strong_ordering operator<=>(const DirectoryEntry& left, const DirectoryEntry& right) noexcept {
-    const auto by_directory = left.directory() <=> right.directory();
-    return by_directory != 0 ? by_directory : left.name() <=> right.name();
+    return left.directory() == right.directory() ? left.name() <=> right.name()
+                                                 : left.directory() <=> right.directory();
 }
 
 } // namespace qnfile

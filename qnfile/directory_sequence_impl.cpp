@@ -47,13 +47,13 @@ DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const P
         return {};
     }
     while (sequence->must_enter(*iterator)) {
-        if (const auto child = sequence->enter(iterator, depth + 1, error)) {
+        if (auto child = sequence->enter(iterator, depth + 1, error)) {
             if (parentSequence) {
                 return child;
             }
             // An object of its own: the child refers to `sequence`, which must not refer back.
             auto walk = qncore::make_ref_counted<DirectorySequenceImplWin32>(basePath, options);
-            walk->first_child_ = child;
+            walk->first_child_ = std::move(child);
             return walk;
         }
         if (!iterator->advance(options, error)) {
