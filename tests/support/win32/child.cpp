@@ -1,8 +1,5 @@
 #include "tests/support/win32/child.h"
 
-#include <array>
-#include <memory>
-
 #include "platform/win32/wide.h"
 
 namespace support {
@@ -29,26 +26,15 @@ HANDLE start(const std::vector<std::string>& words, const StandardHandles& handl
     for (const std::string& word : words) {
         command_line += quoted(word) + L" ";
     }
-    std::array<HANDLE, 3> inherited{handles.input, handles.output, handles.error};
-    SIZE_T size = 0;
-    ::InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
-    const auto storage = std::make_unique<char[]>(size);
-    auto* list = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(storage.get());
-    ::InitializeProcThreadAttributeList(list, 1, 0, &size);
-    ::UpdateProcThreadAttribute(list, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, inherited.data(),
-                                sizeof inherited, nullptr, nullptr);
-    STARTUPINFOEXW info = {};
-    info.StartupInfo.cb = sizeof info;
-    info.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
-    info.StartupInfo.hStdInput = handles.input;
-    info.StartupInfo.hStdOutput = handles.output;
-    info.StartupInfo.hStdError = handles.error;
-    info.lpAttributeList = list;
+    STARTUPINFOW info = {};
+    info.cb = sizeof info;
+    info.dwFlags = STARTF_USESTDHANDLES;
+    info.hStdInput = handles.input;
+    info.hStdOutput = handles.output;
+    info.hStdError = handles.error;
     PROCESS_INFORMATION process = {};
-    const BOOL started = ::CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE,
-                                          EXTENDED_STARTUPINFO_PRESENT, nullptr, nullptr,
-                                          &info.StartupInfo, &process);
-    ::DeleteProcThreadAttributeList(list);
+    const BOOL started = ::CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, 0,
+                                          nullptr, nullptr, &info, &process);
     if (!started) {
         return nullptr;
     }

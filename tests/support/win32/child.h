@@ -14,7 +14,7 @@ struct StandardHandles {
     HANDLE error;
 };
 
-/// Starts a program that inherits the three handles and nothing else, and gives its process
+/// Starts a program that inherits these and all other inheritable handles, and gives its process
 /// handle; null when it cannot start.
 HANDLE start(const std::vector<std::string>& words, const StandardHandles& handles);
 

@@ -45,6 +45,9 @@ ChildProcess::ChildProcess(const std::string& function, const std::vector<std::s
     : process_(new Process) {
     const Pipe to_child = make_pipe();
     const Pipe from_child = make_pipe();
+    for (const HANDLE own : {to_child.writer, from_child.reader}) {
+        ::SetHandleInformation(own, HANDLE_FLAG_INHERIT, 0);
+    }
     std::vector<std::string> words{own_program(), child_argument, function};
     words.insert(words.end(), arguments.begin(), arguments.end());
     process_->handle =
