@@ -20,12 +20,12 @@ class Entries : public ProgramTest {
 TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
     for (const RoleCase& role : all_roles) {
         const Words trusted{"--trusted", std::string("/t&<>/") + role.name};
-        const Words words = set_words(role.name, std::string("/é\"'> /") + role.name);
+        const Words words = set_words(role.name, std::string("/é🔑\"'> /") + role.name);
         done((role.trusted ? words + trusted : words) + Words{"--password-stdin"}, role.name);
     }
     for (const RoleCase& role : all_roles) {
         const std::string name = role.name;
-        const std::string path = "/é\"'> /" + name;
+        const std::string path = "/é🔑\"'> /" + name;
         const Json server = role.by_server ? Json("srv01") : Json();
         const Json trusted = role.trusted ? Json("/t&<>/" + name) : Json();
         Json expected{{"role", name},

@@ -77,7 +77,7 @@ class OnTerminal {
         for (const auto& [name, value] : environment) {
             value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
         }
-        std::vector<std::string> words = Words{PROGRAM_FILE} + arguments;
+        std::vector<std::string> words = Words{program_file()} + arguments;
         std::vector<char*> pointers;
         pointers.reserve(words.size() + 1);
         for (std::string& word : words) {
@@ -166,7 +166,7 @@ TEST_F(Streams, ATerminalGetsColumns) {
 TEST_F(Streams, OutputThatCannotBeWrittenIsAFailure) {
     done(set_words("cluster", "/c"));
     const auto result = support::run(
-        {"/bin/sh", {"-c", "exec \"$0\" get cluster >/dev/full", PROGRAM_FILE}, environment, ""});
+        {"/bin/sh", {"-c", "exec \"$0\" get cluster >/dev/full", program_file()}, environment, ""});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "vdcertificates: cannot write to standard output\n");
 }

@@ -2,6 +2,7 @@
 
 #include "platform/machine.h"
 #include "platform/path.h"
+#include "platform/process_paths.h"
 #include "platform/testing/testing.h"
 
 namespace tools_test {
@@ -17,6 +18,11 @@ const std::vector<RoleCase> all_roles{
     {"media-retrieval-server", true, true},
     {"media-retrieval-client", true, true},
 };
+
+std::string program_file() {
+    const std::string own = *platform::application_path();
+    return own.substr(0, own.rfind(platform::preferred_separator) + 1) + PROGRAM_NAME;
+}
 
 Words operator+(Words words, const Words& more) {
     words.insert(words.end(), more.begin(), more.end());
@@ -45,7 +51,7 @@ ProgramTest::~ProgramTest() {
 }
 
 support::CommandResult ProgramTest::run(const Words& arguments, const std::string& input) {
-    return support::run({PROGRAM_FILE, arguments, environment, input});
+    return support::run({program_file(), arguments, environment, input});
 }
 
 std::string ProgramTest::done(const Words& arguments, const std::string& input) {

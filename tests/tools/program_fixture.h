@@ -9,6 +9,9 @@ namespace tools_test {
 
 using Words = std::vector<std::string>;
 
+/// The program that is tested; it lies beside its tests.
+std::string program_file();
+
 /// The program on a machine of the test's own, which has a profile and no setting.
 class ProgramTest : public testing::Test {
   public:
