@@ -32,7 +32,8 @@ void remove_all(const std::filesystem::path& path) {
     namespace fs = std::filesystem;
     const auto make_writable = [](const fs::path& one) {
         std::error_code ignored;
-        const auto links = fs::is_symlink(one, ignored) ? fs::perm_options::nofollow : fs::perm_options::add;
+        const auto links =
+            fs::is_symlink(one, ignored) ? fs::perm_options::nofollow : fs::perm_options::add;
         fs::permissions(one, fs::perms::owner_all, fs::perm_options::add | links, ignored);
     };
     std::error_code ignored;
