@@ -26,7 +26,6 @@ function(orva_test name)
   add_executable(test_${name} ${test_SOURCES})
   target_link_libraries(test_${name}
     PRIVATE ${test_LINK} orva_test_support)
-  target_precompile_headers(test_${name} REUSE_FROM orva_test_support)
   gtest_discover_tests(test_${name}
     TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()
