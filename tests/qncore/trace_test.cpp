@@ -1,4 +1,4 @@
-#include <regex>
+#include <algorithm>
 #include <stdexcept>
 #include <thread>
 
@@ -59,12 +59,16 @@ TEST(Trace, AMessageAtTheLevelIsWrittenAndOneAboveItEvaluatesNothing) {
 TEST(Trace, ALineHasItsFieldsAndStaysOneLine) {
     const TraceCapture capture("Test=81");
     QN_TRACE_WARNING(topic(), "f()", "a\nb\t{}\x7F", "\r\n\xC3\xA4");
-    const std::regex line("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\."
-                          "[0-9]{6}Z [0-9]+:[0-9]+ 21 Test f\\(\\) "
-                          "a\\\\nb\\\\x09\\\\x0d\\\\n\xC3\xA4\\\\x7f");
-    EXPECT_THAT(capture.lines(), ElementsAre(testing::Truly([&](const std::string& text) {
-                    return std::regex_match(text, line);
-                })));
+    const std::vector<std::string> lines = capture.lines();
+    ASSERT_EQ(lines.size(), 1U);
+    const std::string end = " 21 Test f() a\\nb\\x09\\x0d\\n\xC3\xA4\\x7f";
+    EXPECT_THAT(lines[0], EndsWith(end));
+    std::string start = lines[0].substr(0, lines[0].size() - end.size());
+    std::ranges::replace_if(
+        start, [](char c) { return c >= '0' && c <= '9'; }, '0');
+    const std::string time = "0000-00-00T00:00:00.000000Z ";
+    EXPECT_THAT(start, testing::StartsWith(time));
+    EXPECT_EQ(start.find_first_not_of("0:", time.size()), std::string::npos); // process:thread
 }
 
 TEST(Trace, ValuesTakeThePlaceholdersInTurn) {
