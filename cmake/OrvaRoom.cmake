@@ -27,5 +27,5 @@ function(orva_test name)
   target_link_libraries(test_${name}
     PRIVATE ${test_LINK} orva_test_support)
   gtest_discover_tests(test_${name}
-    TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
