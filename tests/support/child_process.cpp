@@ -4,6 +4,8 @@
 #include <iostream>
 #include <map>
 
+#include <gtest/gtest.h>
+
 #include "tests/support/process.h"
 
 namespace support {
@@ -27,6 +29,24 @@ void say(const std::string& line) {
 void wait_to_be_told() {
     std::string line;
     std::getline(std::cin, line);
+}
+
+void ChildProcess::wait_for(const std::string& line) {
+    for (std::string got = next_line(); got != line; got = next_line()) {
+        if (got.empty()) {
+            FAIL() << "the child ended without saying " << line;
+        }
+    }
+}
+
+std::string read_line(std::FILE* stream) {
+    std::string line;
+    for (int c = std::fgetc(stream); c != EOF && c != '\n'; c = std::fgetc(stream)) {
+        if (c != '\r') { // the end of a line on Windows has one
+            line += static_cast<char>(c);
+        }
+    }
+    return line;
 }
 
 int run_child(const std::string& function, const std::vector<std::string>& arguments) {

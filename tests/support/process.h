@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -10,5 +11,8 @@ inline constexpr const char* child_argument = "--run-child";
 
 /// Runs a registered function and gives the exit status.
 int run_child(const std::string& function, const std::vector<std::string>& arguments);
+
+/// The next line without its end; empty at the end of the stream.
+std::string read_line(std::FILE* stream);
 
 } // namespace support

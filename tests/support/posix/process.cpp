@@ -66,21 +66,8 @@ ChildProcess::~ChildProcess() {
     delete process_;
 }
 
-void ChildProcess::wait_for(const std::string& line) {
-    for (std::string got = next_line(); got != line; got = next_line()) {
-        if (got.empty()) {
-            FAIL() << "the child ended without saying " << line;
-        }
-    }
-}
-
 std::string ChildProcess::next_line() {
-    std::string line;
-    for (int c = std::fgetc(process_->output); c != EOF && c != '\n';
-         c = std::fgetc(process_->output)) {
-        line += static_cast<char>(c);
-    }
-    return line;
+    return read_line(process_->output);
 }
 
 void ChildProcess::tell() {
