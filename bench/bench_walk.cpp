@@ -1,12 +1,18 @@
 // Recursive walks with statistics over 100,000 files: ours, fts(3), and the standard library's
-// iterator with lstat(2). Each walk adds up the sizes; `heap` is the most that it held at a time.
+// iterator with lstat(2), in turn. Each walk adds up the sizes. The counters are medians of
+// milliseconds of processor time, and the most heap that a walk held at a time.
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
+#include <span>
 #include <string>
+#include <vector>
 
 #include <fts.h>
 #include <malloc.h>
@@ -73,22 +79,42 @@ struct Sum {
     }
 };
 
-template <class Look>
-Sum walk_ours(const std::string& root, const Look& look) {
+/// The most heap that is held at a time, looked at with every 16th file.
+class HeapMeter {
+  public:
+    void look() {
+        if (seen_++ % 16 == 0) {
+            most_ = std::max<std::size_t>(most_, ::mallinfo2().uordblks);
+        }
+    }
+    double bytes() const noexcept { return static_cast<double>(most_ - before_); }
+
+  private:
+    std::size_t before_ = ::mallinfo2().uordblks;
+    std::size_t most_ = before_;
+    std::uint64_t seen_ = 0;
+};
+
+void look(HeapMeter* meter) {
+    if (meter != nullptr) {
+        meter->look();
+    }
+}
+
+Sum walk_ours(const std::string& root, HeapMeter* meter) {
     constexpr std::int64_t second = 1'000'000'000;
     Sum sum;
     const qnfile::DirectorySequence entries(root.data(), root.size(), "**", 2, true);
     for (const qnfile::DirectoryEntry& entry : entries) {
         if (entry.is_file()) {
             sum.add(entry.size(), entry.modified() / second);
-            look();
+            look(meter);
         }
     }
     return sum;
 }
 
-template <class Look>
-Sum walk_fts(const std::string& root, const Look& look) {
+Sum walk_fts(const std::string& root, HeapMeter* meter) {
     Sum sum;
     std::string path = root;
     const std::array<char*, 2> paths{path.data(), nullptr};
@@ -97,65 +123,83 @@ Sum walk_fts(const std::string& root, const Look& look) {
         if (entry->fts_info == FTS_F) {
             sum.add(static_cast<std::uint64_t>(entry->fts_statp->st_size),
                     entry->fts_statp->st_mtim.tv_sec);
-            look();
+            look(meter);
         }
     }
     ::fts_close(walk);
     return sum;
 }
 
-template <class Look>
-Sum walk_standard(const std::string& root, const Look& look) {
+Sum walk_standard(const std::string& root, HeapMeter* meter) {
     Sum sum;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
         struct stat status = {};
         if (::lstat(entry.path().c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
             sum.add(static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec);
-            look();
+            look(meter);
         }
     }
     return sum;
 }
 
-template <class Walk>
-void run(benchmark::State& state, const Walk& walk) {
+double processor_time() {
+    timespec time = {};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// One way to walk, and its milliseconds of each turn.
+struct Walk {
+    std::string name;
+    Sum (*walk)(const std::string& root, HeapMeter* meter);
+    std::vector<double> times = {};
+};
+
+/// A turn is one walk of each kind, begun by another kind each time. `x/y` is the median of the
+/// quotients of the turns.
+void walks(benchmark::State& state) {
     const std::string root = tree_of(state.range(0)).root().string();
-    const std::size_t before = ::mallinfo2().uordblks;
-    std::size_t most = before;
-    std::uint64_t seen = 0;
-    const Sum first = walk(root, [&] {
-        if (seen++ % 16 == 0) {
-            most = std::max<std::size_t>(most, ::mallinfo2().uordblks);
+    std::array<Walk, 3> kinds{{{"ours", walk_ours}, {"fts", walk_fts}, {"std", walk_standard}}};
+    for (const Walk& kind : kinds) {
+        HeapMeter meter;
+        if (kind.walk(root, &meter).files != file_count) {
+            state.SkipWithError("not all files were seen");
         }
-    });
-    if (first.files != file_count) {
-        state.SkipWithError("not all files were seen");
+        state.counters[kind.name + " heap"] = meter.bytes();
     }
+    std::size_t first = 0;
     for ([[maybe_unused]] auto turn : state) {
-        benchmark::DoNotOptimize(walk(root, [] {}));
+        ++first;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            Walk& kind = kinds[(first + i) % kinds.size()];
+            const double start = processor_time();
+            benchmark::DoNotOptimize(kind.walk(root, nullptr));
+            kind.times.push_back(processor_time() - start);
+        }
     }
-    state.counters["heap"] = static_cast<double>(most - before);
+    for (const Walk& kind : kinds) {
+        state.counters[kind.name] = median(kind.times);
+    }
+    for (const Walk& kind : std::span(kinds).subspan(1)) {
+        std::vector<double> quotients;
+        std::ranges::transform(kinds[0].times, kind.times, std::back_inserter(quotients),
+                               std::divides());
+        state.counters["ours/" + kind.name] = median(quotients);
+    }
 }
 
-void ours(benchmark::State& state) {
-    run(state, [](const std::string& root, const auto& look) { return walk_ours(root, look); });
-}
-
-void fts(benchmark::State& state) {
-    run(state, [](const std::string& root, const auto& look) { return walk_fts(root, look); });
-}
-
-void standard(benchmark::State& state) {
-    run(state, [](const std::string& root, const auto& look) { return walk_standard(root, look); });
-}
-
-void trees(benchmark::internal::Benchmark* bench) {
-    bench->ArgName("directories")->Arg(1000)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
-}
-
-BENCHMARK(ours)->Apply(trees);
-BENCHMARK(fts)->Apply(trees);
-BENCHMARK(standard)->Apply(trees);
+BENCHMARK(walks)
+    ->ArgName("directories")
+    ->Arg(1000)
+    ->Arg(1)
+    ->Iterations(60)
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -62,10 +62,10 @@ class DirectoryReader {
     // Of the entry that the reader stands on; the views hold until it moves.
 
     /// UTF-8 on Windows, plain bytes on Linux.
-    std::string_view name() const noexcept;
+    std::string_view name() const noexcept { return name_; }
     std::basic_string_view<NameUnit> native_name() const noexcept;
     /// A directory, or a link to one.
-    bool is_directory() const noexcept;
+    bool is_directory() const noexcept { return is_directory_; }
     /// All about the entry. What the system no longer tells, because the entry is gone or may not
     /// be looked at, is zero; the type bits hold even so.
     FileStatus status() const;
@@ -73,6 +73,8 @@ class DirectoryReader {
   private:
     struct State;
     std::unique_ptr<State> state_;
+    std::string_view name_;
+    bool is_directory_ = false;
 };
 
 } // namespace platform

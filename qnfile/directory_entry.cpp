@@ -20,16 +20,6 @@ bool has_slash_before_drive(std::string_view path) noexcept {
 
 } // namespace
 
-DirectoryEntry::DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept
-    : impl_(std::move(impl)) {}
-
-DirectoryEntry::DirectoryEntry() noexcept = default;
-DirectoryEntry::DirectoryEntry(const DirectoryEntry&) noexcept = default;
-DirectoryEntry::DirectoryEntry(DirectoryEntry&&) noexcept = default;
-DirectoryEntry& DirectoryEntry::operator=(const DirectoryEntry&) noexcept = default;
-DirectoryEntry& DirectoryEntry::operator=(DirectoryEntry&&) noexcept = default;
-DirectoryEntry::~DirectoryEntry() = default;
-
 DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
                                                      qncore::ErrorInfoPtr* error) {
     return DirectoryEntry(impl::DirectoryEntryImplWin32::create_from_full_path(path, error));
@@ -39,10 +29,6 @@ DirectoryEntry DirectoryEntry::create_from_full_path(const qnuri::UriReference& 
                                                      qncore::ErrorInfoPtr* error) {
     const std::string path = percent_decode(uri.path().view());
     return create_from_full_path(has_slash_before_drive(path) ? path.substr(1) : path, error);
-}
-
-const std::string& DirectoryEntry::name() const noexcept {
-    return impl_->name();
 }
 
 const std::string& DirectoryEntry::directory() const noexcept {

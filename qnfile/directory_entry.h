@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "qncore/error_info.h"
 #include "qncore/ref_counted.h"
@@ -13,8 +14,22 @@
 namespace qnfile {
 
 namespace impl {
-class DirectoryEntryImpl;
-}
+
+/// What an entry is told by everywhere.
+class DirectoryEntryImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
+  public:
+    explicit DirectoryEntryImpl(std::string name)
+        : name_(std::move(name)) {}
+
+    const std::string& name() const noexcept { return name_; }
+
+  protected:
+    ~DirectoryEntryImpl() override = default;
+
+    std::string name_;
+};
+
+} // namespace impl
 
 /// Bits of DirectoryEntry::type(): a link has its bit beside that of a file or of a directory.
 /// On Linux a symbolic link to a directory is a directory, any other one a file.
@@ -34,13 +49,9 @@ enum DirectoryEntryAccess : std::uint32_t {
 /// (false as a bool) has nothing of this to give.
 class DirectoryEntry {
   public:
-    DirectoryEntry() noexcept;
-    explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept;
-    DirectoryEntry(const DirectoryEntry&) noexcept;
-    DirectoryEntry(DirectoryEntry&&) noexcept;
-    DirectoryEntry& operator=(const DirectoryEntry&) noexcept;
-    DirectoryEntry& operator=(DirectoryEntry&&) noexcept;
-    ~DirectoryEntry();
+    DirectoryEntry() noexcept = default;
+    explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept
+        : impl_(std::move(impl)) {}
 
     /// Looks at one path; a single separator at its end does not count. Reports
     /// error.qnfile.directory.notFound and gives an empty entry when the system does not know it.
@@ -53,7 +64,7 @@ class DirectoryEntry {
     explicit operator bool() const noexcept { return static_cast<bool>(impl_); }
 
     /// UTF-8, or on Linux the bytes as they are, without a directory.
-    const std::string& name() const noexcept;
+    const std::string& name() const noexcept { return impl_->name(); }
     /// The directory with `/` as separator, one at its end, too.
     const std::string& directory() const noexcept;
     std::string full_path() const;

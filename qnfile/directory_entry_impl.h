@@ -3,22 +3,10 @@
 #include <cstdint>
 #include <string>
 
+#include "qnfile/directory_entry.h"
 #include "qnfile/directory_sequence_impl.h"
 
 namespace qnfile::impl {
-
-class DirectoryEntryImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
-  public:
-    explicit DirectoryEntryImpl(std::string name)
-        : name_(std::move(name)) {}
-
-    const std::string& name() const noexcept { return name_; }
-
-  protected:
-    ~DirectoryEntryImpl() override = default;
-
-    std::string name_;
-};
 
 class DirectoryEntryImplWin32;
 using DirectoryEntryPtr = qncore::RefCountPtr<DirectoryEntryImplWin32>;

@@ -54,13 +54,6 @@ impl::DirectorySequencePtr open(const std::string& basePath, const PathPattern& 
 
 } // namespace
 
-DirectorySequence::DirectorySequence() noexcept = default;
-DirectorySequence::DirectorySequence(const DirectorySequence&) noexcept = default;
-DirectorySequence::DirectorySequence(DirectorySequence&&) noexcept = default;
-DirectorySequence& DirectorySequence::operator=(const DirectorySequence&) noexcept = default;
-DirectorySequence& DirectorySequence::operator=(DirectorySequence&&) noexcept = default;
-DirectorySequence::~DirectorySequence() = default;
-
 DirectorySequence::DirectorySequence(const char* path, std::size_t pathLength, const char* pattern,
                                      std::size_t patternLength, bool caseSensitive,
                                      ErrorInfoPtr* error) {
@@ -103,20 +96,6 @@ DirectorySequence::DirectoryIterator DirectorySequence::end() const noexcept {
 }
 
 using Iterator = DirectorySequence::DirectoryIterator;
-
-Iterator::DirectoryIterator() noexcept = default;
-Iterator::DirectoryIterator(const DirectoryIterator&) noexcept = default;
-Iterator::DirectoryIterator(DirectoryIterator&&) noexcept = default;
-Iterator& Iterator::operator=(const DirectoryIterator&) noexcept = default;
-Iterator& Iterator::operator=(DirectoryIterator&&) noexcept = default;
-Iterator::~DirectoryIterator() = default;
-
-Iterator::DirectoryIterator(const DirectoryEntry& entry) noexcept
-    : entry_(entry.impl_) {}
-
-DirectoryEntry Iterator::operator*() const noexcept {
-    return DirectoryEntry(entry_);
-}
 
 void Iterator::increment(ErrorInfoPtr* error) {
     if (!entry_) {

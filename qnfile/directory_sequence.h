@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "qncore/error_info.h"
 #include "qncore/ref_counted.h"
@@ -11,8 +12,24 @@
 namespace qnfile {
 
 namespace impl {
-class DirectorySequenceImpl;
-}
+
+/// A directory as its entries know it.
+class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
+  public:
+    explicit DirectorySequenceImpl(std::string basePath)
+        : base_path_(std::move(basePath)) {}
+
+    /// With `/` as separator, one at the end, too.
+    const std::string& base_path() const noexcept { return base_path_; }
+
+  protected:
+    ~DirectorySequenceImpl() override = default;
+
+  private:
+    std::string base_path_;
+};
+
+} // namespace impl
 
 /// The entries of a directory tree that match a path pattern (see path_pattern.h), as a container
 /// that reads while it is walked. "." and ".." are entries like others, and so is what is hidden.
@@ -30,7 +47,7 @@ class DirectorySequence {
     using const_iterator = DirectoryIterator;
     using value_type = DirectoryEntry;
 
-    DirectorySequence() noexcept;
+    DirectorySequence() noexcept = default;
     /// Builds the walk and goes to the first match; empty on failure, and, without an error, when
     /// nothing matches or the first match lies more than 100 levels down. An empty path is "./";
     /// `\` counts as `/` in path and pattern on Windows.
@@ -40,11 +57,6 @@ class DirectorySequence {
     /// All entries of one directory.
     DirectorySequence(const char* path, std::size_t pathLength,
                       qncore::ErrorInfoPtr* error = nullptr);
-    DirectorySequence(const DirectorySequence&) noexcept;
-    DirectorySequence(DirectorySequence&&) noexcept;
-    DirectorySequence& operator=(const DirectorySequence&) noexcept;
-    DirectorySequence& operator=(DirectorySequence&&) noexcept;
-    ~DirectorySequence();
 
     /// As the constructors; what was held stays when they throw.
     void assign(const char* path, std::size_t pathLength, const char* pattern,
@@ -78,16 +90,12 @@ class DirectorySequence::DirectoryIterator {
     using reference = DirectoryEntry;
 
     /// The end.
-    DirectoryIterator() noexcept;
+    DirectoryIterator() noexcept = default;
     /// The place of an entry; one from a full path goes on among its siblings.
-    explicit DirectoryIterator(const DirectoryEntry& entry) noexcept;
-    DirectoryIterator(const DirectoryIterator&) noexcept;
-    DirectoryIterator(DirectoryIterator&&) noexcept;
-    DirectoryIterator& operator=(const DirectoryIterator&) noexcept;
-    DirectoryIterator& operator=(DirectoryIterator&&) noexcept;
-    ~DirectoryIterator();
+    explicit DirectoryIterator(const DirectoryEntry& entry) noexcept
+        : entry_(entry.impl_) {}
 
-    DirectoryEntry operator*() const noexcept;
+    DirectoryEntry operator*() const noexcept { return DirectoryEntry(entry_); }
 
     /// To the next entry or the end; moving the end is an error.qnfile.directory.iterator. A
     /// directory that cannot be entered is passed over when there is a slot. After a throw the next

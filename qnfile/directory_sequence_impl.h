@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "qnfile/directory_iterator_impl.h"
+#include "qnfile/directory_sequence.h"
 
 namespace qnfile::impl {
 
@@ -14,22 +15,6 @@ std::uint32_t hash_of(std::string_view text) noexcept;
 
 /// The path with `/` for every separator of the system.
 std::string with_slashes(std::string path);
-
-/// A directory as its entries know it.
-class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
-  public:
-    explicit DirectorySequenceImpl(std::string basePath)
-        : base_path_(std::move(basePath)) {}
-
-    /// With `/` as separator, one at the end, too.
-    const std::string& base_path() const noexcept { return base_path_; }
-
-  protected:
-    ~DirectorySequenceImpl() override = default;
-
-  private:
-    std::string base_path_;
-};
 
 class DirectorySequenceImplWin32;
 using DirectorySequencePtr = qncore::RefCountPtr<DirectorySequenceImplWin32>;

@@ -188,7 +188,7 @@ BasicPathPattern<Unit> BasicPathPattern<Unit>::next_segment() const {
 }
 
 template <class Unit>
-bool BasicPathPattern<Unit>::matches(View name) const {
+bool BasicPathPattern<Unit>::matches_segment(View name) const {
     const View wanted = segment();
     switch (kind_) {
     case pattern_prefix:

@@ -51,13 +51,14 @@ class BasicPathPattern {
     BasicPathPattern next_segment() const;
 
     /// Tests one name against the first segment.
-    bool matches(View name) const;
+    bool matches(View name) const { return kind_ == pattern_any || matches_segment(name); }
     bool matches(const Unit* name, std::size_t length) const { return matches({name, length}); }
 
   private:
     static PathPatternKind kind_of(View segment) noexcept;
     View segment() const noexcept { return View(pattern_).substr(0, segment_length_); }
     bool equal(View name, View literal) const noexcept;
+    bool matches_segment(View name) const;
     bool matches_alternatives(View name) const;
 
     PathPatternKind kind_ = pattern_any;

@@ -76,14 +76,12 @@ struct DirectoryReader::State {
         , parent(above) {}
 
     bool is_same_directory(const struct stat& other) const;
-    Result<bool> step();
+    Result<bool> step(DirectoryReader& reader);
 
     Descriptor descriptor;
     const DirectoryReader* parent;
     const dirent64* entry = nullptr;
-    std::string_view name;
     bool is_link = false;
-    bool is_directory = false;
     std::size_t position = 0; ///< of the entry behind this one
     std::size_t filled = 0;
     alignas(dirent64) char buffer[32768]; // NOLINT: the kernel fills it before it is read
@@ -95,7 +93,8 @@ bool DirectoryReader::State::is_same_directory(const struct stat& other) const {
            own.st_ino == other.st_ino;
 }
 
-Result<bool> DirectoryReader::State::step() {
+/// Comes to the next entry, on which the reader then stands.
+Result<bool> DirectoryReader::State::step(DirectoryReader& reader) {
     if (position == filled) {
         const ssize_t count = ::getdents64(descriptor.get(), buffer, sizeof(buffer));
         if (count < 0 && errno != ENOENT) { // a directory removed meanwhile has no more entries
@@ -109,17 +108,17 @@ Result<bool> DirectoryReader::State::step() {
     }
     entry = reinterpret_cast<const dirent64*>(buffer + position);
     position += entry->d_reclen;
-    name = entry->d_name;
+    reader.name_ = entry->d_name;
     is_link = entry->d_type == DT_LNK;
-    is_directory = entry->d_type == DT_DIR;
+    reader.is_directory_ = entry->d_type == DT_DIR;
     if (entry->d_type == DT_UNKNOWN) {
         struct statx answer; // the kernel fills it
         const bool known = look_at(descriptor.get(), entry->d_name, answer);
         is_link = known && S_ISLNK(answer.stx_mode);
-        is_directory = known && S_ISDIR(answer.stx_mode);
+        reader.is_directory_ = known && S_ISDIR(answer.stx_mode);
     }
     if (is_link) {
-        is_directory = leads_to_directory(descriptor.get(), entry->d_name);
+        reader.is_directory_ = leads_to_directory(descriptor.get(), entry->d_name);
     }
     return true;
 }
@@ -152,7 +151,7 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
             }
         }
     }
-    const Result<bool> found = state_->step();
+    const Result<bool> found = state_->step(*this);
     if (!found) {
         state_.reset();
     }
@@ -163,7 +162,7 @@ Result<bool> DirectoryReader::next() {
     if (take_failure(Call::read_directory)) {
         return seams().failure;
     }
-    return state_->step();
+    return state_->step(*this);
 }
 
 SystemError DirectoryReader::close() {
@@ -179,25 +178,17 @@ const void* DirectoryReader::handle() const noexcept {
     return reinterpret_cast<const void*>(number); // NOLINT(performance-no-int-to-ptr): only shown
 }
 
-std::string_view DirectoryReader::name() const noexcept {
-    return state_->name;
-}
-
 std::basic_string_view<NameUnit> DirectoryReader::native_name() const noexcept {
-    return name();
-}
-
-bool DirectoryReader::is_directory() const noexcept {
-    return state_->is_directory;
+    return name_;
 }
 
 FileStatus DirectoryReader::status() const {
     FileStatus status;
-    status.is_directory = state_->is_directory;
+    status.is_directory = is_directory_;
     status.is_link = state_->is_link;
     struct statx answer; // the kernel fills it
     if (look_at(state_->descriptor.get(), state_->entry->d_name, answer)) {
-        fill(status, answer, state_->name);
+        fill(status, answer, name_);
     }
     return status;
 }

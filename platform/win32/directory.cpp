@@ -42,6 +42,13 @@ Result<FileStatus> file_status(const std::string& path) {
 }
 
 struct DirectoryReader::State {
+    /// Lets the reader stand on the entry that the system gave.
+    void show(DirectoryReader& reader) {
+        name = narrow(data.cFileName);
+        reader.name_ = name;
+        reader.is_directory_ = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    }
+
     HANDLE handle = INVALID_HANDLE_VALUE;
     WIN32_FIND_DATAW data = {};
     std::string name;
@@ -64,8 +71,8 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
     if (state->handle == INVALID_HANDLE_VALUE) {
         return last_error();
     }
-    state->name = narrow(state->data.cFileName);
     state_ = std::move(state);
+    state_->show(*this);
     return true;
 }
 
@@ -80,7 +87,7 @@ Result<bool> DirectoryReader::next() {
         }
         return SystemError::windows(error);
     }
-    state_->name = narrow(state_->data.cFileName);
+    state_->show(*this);
     return true;
 }
 
@@ -96,16 +103,8 @@ const void* DirectoryReader::handle() const noexcept {
     return is_open() ? state_->handle : INVALID_HANDLE_VALUE;
 }
 
-std::string_view DirectoryReader::name() const noexcept {
-    return state_->name;
-}
-
 std::basic_string_view<NameUnit> DirectoryReader::native_name() const noexcept {
     return static_cast<const wchar_t*>(state_->data.cFileName);
-}
-
-bool DirectoryReader::is_directory() const noexcept {
-    return (state_->data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 FileStatus DirectoryReader::status() const {
