@@ -176,6 +176,13 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
              directory + "\"",
          false, false},
     });
+    // The two texts of a directory that is not removed differ in the names of their parameters.
+    ErrorInfoPtr alone;
+    remove_directory(directory, &alone);
+    EXPECT_EQ(*alone->params().find("basePath"), directory);
+    ErrorInfoPtr in_tree;
+    remove_directory(directory, remove_empty_only, &in_tree);
+    EXPECT_EQ(*in_tree->params().find("path"), directory);
     EXPECT_THROW(create_directory({"a\0b", 3}, mode, nullptr, true), qncore::ErrorException);
     EXPECT_THROW(remove_directory({"a\0b", 3}, recursive, nullptr), qncore::ErrorException);
 }

@@ -26,6 +26,13 @@ inline qncore::ErrorInfoPtr failure_of(
     return info;
 }
 
+/// What lies beneath a report: the system and its number, as "errno 2" or "windows 2".
+inline std::string cause_of(const std::function<void()>& action) {
+    const qncore::ErrorInfoPtr cause = failure_of(action)->nested();
+    return std::string(cause->code().path()).substr(std::string("error.qncore.").size()) + " " +
+           *cause->params().find("number");
+}
+
 /// An action and what it has to report: code, function and text with "|" between them. The cause,
 /// where there is one, is the system's, told at the same place.
 struct FailureCase {

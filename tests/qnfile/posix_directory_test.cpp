@@ -4,6 +4,10 @@
 
 #include "platform/testing/testing.h"
 #include "qnfile/directory.h"
+#include "qnfile/directory_sequence.h"
+#include "qnfile/file_stream.h"
+#include "qnfile/file_utilities.h"
+#include "qnfile/read_stream_view.h"
 #include "tests/qnfile/expected_failure.h"
 #include "tests/support/temporary_directory.h"
 
@@ -148,6 +152,38 @@ TEST_F(PosixDirectoryTest, FailuresOfThisSystemAlone) {
     impl::remove_win32_reparse_point(link + "/", nullptr);
     EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
     EXPECT_TRUE(is_outside_whole());
+}
+
+TEST_F(PosixDirectoryTest, CausesAreTheSystems) {
+    const std::string missing = directory_.file("missing");
+    const std::string file = (outside_ / "file").string();
+    const auto view = FileReadStreamView::create(file, share_read_write, flag_none);
+    fs::resize_file(file, 0);
+    char byte = 0;
+    const auto tree = [&](int flags, int depth_left) {
+        impl::remove_directory_tree(tree_.string(), static_cast<DirectoryRemoveFlags>(flags),
+                                    depth_left, nullptr);
+    };
+    const struct {
+        std::function<void()> action;
+        const char* cause;
+    } cases[] = {
+        {[&] { DirectorySequence(missing.data(), missing.size()); }, "errno 2"},
+        {[&] { DirectoryEntry::create_from_full_path(missing); }, "errno 2"},
+        {[&] { create_directory(outside_.string(), 0, nullptr, true); }, "errno 17"},
+        {[&] { create_directory(file + "/x/y", 0, nullptr, true); }, "errno 20"},
+        {[&] { impl::create_directory_recursive(missing + "/x", 0, nullptr, -1); }, "errno 7"},
+        {[&] { tree(remove_recursive, -1); }, "errno 7"},
+        {[&] { tree(remove_empty_only, 0); }, "errno 39"},
+        {[&] { remove_directory(file, nullptr); }, "errno 20"},
+        {[&] { set_current_directory(missing, nullptr); }, "errno 2"},
+        {[&] { delete_file(missing, nullptr); }, "errno 2"},
+        {[&] { query_file_size(missing, nullptr); }, "errno 2"},
+        {[&] { view->read(&byte, 1); }, "errno 61"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(cause_of(c.action), c.cause);
+    }
 }
 
 TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {

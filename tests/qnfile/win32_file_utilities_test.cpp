@@ -1,5 +1,7 @@
 #include "qnfile/directory.h"
+#include "qnfile/file_stream.h"
 #include "qnfile/file_utilities.h"
+#include "qnfile/read_stream_view.h"
 #include "qnuri/parse.h"
 #include "tests/qnfile/expected_failure.h"
 #include "tests/support/temporary_directory.h"
@@ -37,19 +39,23 @@ TEST(WindowsFiles, CausesAreWindowsErrors) {
     const std::string missing = directory.file("missing");
     const std::string file = directory.file("file");
     support::write_file(file, "content");
+    const auto view = FileReadStreamView::create(file, share_read_write, flag_none);
+    std::filesystem::resize_file(file, 0);
+    char byte = 0;
     const struct {
         std::function<void()> action;
-        const char* number;
+        const char* cause;
     } cases[] = {
-        {[&] { delete_file(missing, nullptr); }, "2"},
-        {[&] { copy_file(file, file, true, nullptr); }, "80"},
-        {[&] { create_directory(directory.str(), 0, nullptr, true); }, "183"},
-        {[&] { query_file_size(missing, nullptr); }, "2"}, // an errno
-        {[&] { remove_directory(file, nullptr); }, "267"},
+        {[&] { delete_file(missing, nullptr); }, "windows 2"},
+        {[&] { copy_file(file, file, true, nullptr); }, "windows 80"},
+        {[&] { create_directory(directory.str(), 0, nullptr, true); }, "windows 183"},
+        {[&] { query_file_size(missing, nullptr); }, "errno 2"},
+        {[&] { remove_directory(file, nullptr); }, "windows 267"},
+        {[&] { impl::create_directory_recursive(missing + "/a", 0, nullptr, -1); }, "errno 7"},
+        {[&] { view->read(&byte, 1); }, "windows 38"},
     };
     for (const auto& c : cases) {
-        const auto info = failure_of(c.action);
-        EXPECT_EQ(*info->nested()->params().find("number"), c.number) << info->text();
+        EXPECT_EQ(cause_of(c.action), c.cause);
     }
     const std::string parent = directory.file("a|b");
     check_failures({{[&](auto* e) { create_directory(parent + "\\x", 0, e, true); },
