@@ -9,6 +9,7 @@
 #include "tools/vdcertificates/key_files.h"
 #include "tools/vdcertificates/open_store.h"
 #include "tools/vdcertificates/root_element.h"
+#include "tools/vdcertificates/text_checks.h"
 
 namespace tool {
 namespace {
@@ -132,15 +133,6 @@ void check_place(const Entry& entry, Findings& findings) {
                          (entry.by_server ? "under a server" : "outside of all servers") +
                          ", where nobody looks for it");
     }
-}
-
-std::string folded(std::string text) {
-    for (char& character : text) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return text;
 }
 
 /// Searches take the first server whose name is equal but for case, and there the first entry.

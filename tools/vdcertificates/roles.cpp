@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/vdcertificates/text_checks.h"
+
 namespace tool {
 namespace {
 
@@ -14,13 +16,6 @@ struct Visitor : Shapes... {
 };
 template <class... Shapes>
 Visitor(Shapes...) -> Visitor<Shapes...>;
-
-bool equal_nocase(std::string_view first, std::string_view second) {
-    const auto lower = [](char character) {
-        return character >= 'A' && character <= 'Z' ? character - 'A' + 'a' : character;
-    };
-    return std::ranges::equal(first, second, {}, lower, lower);
-}
 
 } // namespace
 
@@ -60,8 +55,8 @@ const Role* find_role(std::string_view name) {
 }
 
 const Role* find_role_by_element(std::string_view element) {
-    const auto found = std::ranges::find_if(
-        roles(), [&](const Role& role) { return equal_nocase(role.element, element); });
+    const auto found = std::ranges::find(roles(), folded(std::string(element)),
+                                         [](const Role& role) { return folded(role.element); });
     return found != roles().end() ? &*found : nullptr;
 }
 

@@ -96,4 +96,13 @@ std::string printable(std::string_view text) {
     return line;
 }
 
+std::string folded(std::string text) {
+    for (char& character : text) {
+        if (character >= 'A' && character <= 'Z') {
+            character = static_cast<char>(character - 'A' + 'a');
+        }
+    }
+    return text;
+}
+
 } // namespace tool

@@ -26,4 +26,7 @@ void check_searched_name(const std::string& subject, std::string_view name);
 /// The text on one line of a terminal: control characters become `\x1b` and the like.
 std::string printable(std::string_view text);
 
+/// A to Z in lower case, without which names are compared in the file.
+std::string folded(std::string text);
+
 } // namespace tool
