@@ -28,10 +28,11 @@ enum class Call : std::uint8_t {
     copy,
     set_times,
     remove_file,
-    remove_link,
+    remove_link, ///< of any directory: Wine has no links that could be removed
     remove_linked_directory,
     current_directory,
     application_path,
+    path_of_file, ///< on Windows: the path has as many units as may be, and does not fit
 };
 
 struct Seams {

@@ -75,17 +75,16 @@ LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
     if (::fstat(link.get(), &status) != 0) {
         return {Step::read, SystemError::posix(errno)};
     }
-    if (!S_ISLNK(status.st_mode)) {
-        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() says
-    }
     if (take_failure(Call::remove_link)) {
         return {Step::remove, seams().failure};
     }
-    if (const SystemError error = unlink(place, 0)) {
-        return {Step::remove, error};
+    if (take_failure(Call::remove_linked_directory)) {
+        return {Step::remove_directory, seams().failure};
     }
-    return {Step::remove_directory,
-            take_failure(Call::remove_linked_directory) ? seams().failure : SystemError()};
+    if (!S_ISLNK(status.st_mode)) {
+        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() says
+    }
+    return {Step::remove, unlink(place, 0)};
 }
 
 } // namespace platform

@@ -151,6 +151,9 @@ Result<FileHandle> open_link_target(const std::string& path) {
 }
 
 FilePath path_of_file(FileHandle file, std::size_t capacity) {
+    if (take_failure(Call::path_of_file)) {
+        return {{}, capacity, seams().failure};
+    }
     const auto device = device_path(reinterpret_cast<HANDLE>(file), capacity);
     if (!device) {
         return no_path(device.error());

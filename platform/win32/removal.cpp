@@ -25,14 +25,17 @@ void tell_hook(const std::string& path) {
 
 /// Makes the directory that the handle is of an ordinary one.
 LinkRemoval remove_reparse_point(HANDLE handle) {
+    if (take_failure(Call::remove_link)) {
+        return {Step::remove, seams().failure};
+    }
+    if (take_failure(Call::remove_linked_directory)) {
+        return {Step::remove_directory, seams().failure};
+    }
     std::array<unsigned char, MAXIMUM_REPARSE_DATA_BUFFER_SIZE> data{};
     DWORD returned = 0;
     if (!::DeviceIoControl(handle, FSCTL_GET_REPARSE_POINT, nullptr, 0, data.data(),
                            static_cast<DWORD>(data.size()), &returned, nullptr)) {
         return {Step::read, last_error()};
-    }
-    if (take_failure(Call::remove_link)) {
-        return {Step::remove, seams().failure};
     }
     REPARSE_GUID_DATA_BUFFER request = {};
     request.ReparseTag = IO_REPARSE_TAG_MOUNT_POINT; // required, whatever the point really is
@@ -77,9 +80,6 @@ LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
     ::CloseHandle(handle);
     if (removal.error) {
         return removal;
-    }
-    if (take_failure(Call::remove_linked_directory)) {
-        return {Step::remove_directory, seams().failure};
     }
     return {Step::remove_directory,
             ::RemoveDirectoryW(name.c_str()) ? SystemError() : last_error()};

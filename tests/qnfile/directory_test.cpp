@@ -154,6 +154,16 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
          link + "open file for reparse point removal. Path=\"" + missing_ + "\""},
         {[&](auto* e) { impl::remove_win32_reparse_point(directory, e); },
          link + "get reparse point data. Path=\"" + directory + "\""},
+        {[&](auto* e) {
+             fail_next(Call::remove_link);
+             impl::remove_win32_reparse_point(directory, e);
+         },
+         link + "remove reparse point. Path=\"" + directory + "\""},
+        {[&](auto* e) {
+             fail_next(Call::remove_linked_directory);
+             impl::remove_win32_reparse_point(directory, e);
+         },
+         link + "remove directory after removing reparse point. Base path=\"" + directory + "\""},
         {[&](auto* e) { set_current_directory(missing_, e); },
          code + "|qnfile::set_current_directory()|Failed to set current directory. Base path=\"" +
              missing_ + "\""},

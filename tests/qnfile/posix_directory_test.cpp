@@ -121,19 +121,7 @@ TEST_F(PosixDirectoryTest, FailuresOfThisSystemAlone) {
     fs::create_directory(gone);
     set_current_directory(gone, nullptr);
     remove(gone);
-    const auto remove_failing = [&](platform::Call call, ErrorInfoPtr* error) {
-        fs::remove(link);
-        fs::create_directory_symlink(outside_, link);
-        platform::testing::fail_next(call, platform::SystemError::posix(EIO));
-        impl::remove_win32_reparse_point(link, error);
-    };
-    const std::string report =
-        "error.qnfile.directory|qnfile::impl::remove_win32_reparse_point()|Failed to remove ";
     check_failures({
-        {[&](auto* e) { remove_failing(platform::Call::remove_link, e); },
-         report + "reparse point. Path=\"" + link + "\""},
-        {[&](auto* e) { remove_failing(platform::Call::remove_linked_directory, e); },
-         report + "directory after removing reparse point. Base path=\"" + link + "\""},
         {[&](auto* e) { create_directory(parent + "/x", 7, e, true); },
          "error.qnfile.directory.notFound|qnfile::impl::create_directory_recursive()|"
          "Failed to get parent directory stats. Full path=\"" +

@@ -1,3 +1,6 @@
+#include <filesystem>
+
+#include "platform/testing/testing.h"
 #include "qnfile/directory.h"
 #include "qnfile/file_stream.h"
 #include "qnfile/file_utilities.h"
@@ -5,6 +8,7 @@
 #include "qnuri/parse.h"
 #include "tests/qnfile/expected_failure.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/win32/wine.h"
 
 // File names as Windows has them.
 namespace qnfile {
@@ -58,10 +62,29 @@ TEST(WindowsFiles, CausesAreWindowsErrors) {
         EXPECT_EQ(cause_of(c.action), c.cause);
     }
     const std::string parent = directory.file("a|b");
-    check_failures({{[&](auto* e) { create_directory(parent + "\\x", 0, e, true); },
-                     "error.qnfile.directory.notFound|qnfile::impl::create_directory_recursive()|"
-                     "Failed to get parent directory stats. Full path=\"" +
-                         parent + "\""}});
+    const std::filesystem::path own = directory.path() / "read_only";
+    std::filesystem::create_directory(own);
+    std::filesystem::permissions(own, std::filesystem::perms::owner_read);
+    // Wine sets no attribute of a directory, but shows it where the host's own bits say so.
+    const std::string read_only = support::is_wine() ? "Z:\\proc" : own.string();
+    check_failures({
+        {[&](auto* e) { create_directory(parent + "\\x", 0, e, true); },
+         "error.qnfile.directory.notFound|qnfile::impl::create_directory_recursive()|"
+         "Failed to get parent directory stats. Full path=\"" +
+             parent + "\""},
+        {[&](auto* e) { is_accessible_directory(read_only, access_check_write, e); },
+         "error.qnfile.directory.access.notWrite|qnfile::is_accessible_directory()|"
+         "Directory exists but is not write-accessible. Path: \"" +
+             read_only + "\"",
+         false, false},
+        {[&](auto* e) {
+             platform::testing::fail_next(platform::Call::path_of_file,
+                                          platform::SystemError::windows(8));
+             EXPECT_EQ(resolve_link(file, e), "");
+         },
+         "error.qnfile.filename.uri|qnfile::resolve_link|Path '" + file + "' too long: 260"},
+    });
+    std::filesystem::permissions(own, std::filesystem::perms::all);
 }
 
 TEST(WindowsFiles, TheLargestTimeIsMoreThanItsNanoseconds) {
