@@ -115,6 +115,7 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
     const std::string deep = nested(54);
     const auto slashed = [](const std::string& path) { return fs::path(path).generic_string(); };
     const std::string no_such = directory_.file("no/such");
+    const std::string odd = platform::paths_have_drives ? directory_.file("a|b") : file_ + "/below";
     fs::create_directories(deep);
     support::write_file(deep + "/file", "x");
     const auto fail_next = [](Call call) {
@@ -131,6 +132,11 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
              "\" Access mode=7"},
         {[&](auto* e) { create_directory(no_such, mode, e, false); },
          code + create + ". Base path=\"" + no_such + "\" Access mode=7))"},
+        {[&](auto* e) { create_directory(odd + "/x", mode, e, true); },
+         code +
+             ".notFound|qnfile::impl::create_directory_recursive()|"
+             "Failed to get parent directory stats. Full path=\"" +
+             odd + "\""},
         {[&](auto* e) { impl::create_directory_recursive(no_such, mode, e, -1); },
          code + "|qnfile::impl::create_directory_recursive()|Recursive parent directory limit "
                 "reached."},
