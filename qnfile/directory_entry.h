@@ -15,7 +15,7 @@ namespace qnfile {
 
 namespace impl {
 
-/// What an entry is told by everywhere.
+/// What an entry has on every system.
 class DirectoryEntryImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     explicit DirectoryEntryImpl(std::string name)

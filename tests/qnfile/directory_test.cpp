@@ -30,6 +30,16 @@ class DirectoryTest : public ::testing::Test {
         return path;
     }
 
+    /// A directory with no permission to write. Wine does not let a directory have that, but shows
+    /// the bits of its host's.
+    std::string read_only() const {
+        const std::string path = directory_.file("read_only");
+        fs::create_directory(path);
+        fs::permissions(path, fs::perms::owner_read);
+        const auto left = fs::status(path).permissions() & fs::perms::owner_write;
+        return left == fs::perms::none ? path : "Z:\\proc";
+    }
+
     support::TemporaryDirectory directory_;
     std::string file_ = directory_.file("file");
     std::string missing_ = directory_.file("missing");
@@ -107,6 +117,7 @@ TEST_F(DirectoryTest, CurrentDirectory) {
 
 TEST_F(DirectoryTest, AccessibleIsAQuestion) {
     EXPECT_TRUE(is_accessible_directory(directory_.str(), access_check_write, nullptr));
+    EXPECT_TRUE(is_accessible_directory(read_only(), access_check_read, nullptr));
     EXPECT_FALSE(is_accessible_directory(missing_, {}, nullptr)) << "and never throws";
 }
 
@@ -115,6 +126,7 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
     const std::string deep = nested(54);
     const auto slashed = [](const std::string& path) { return fs::path(path).generic_string(); };
     const std::string no_such = directory_.file("no/such");
+    const std::string read_only = this->read_only();
     const std::string odd = platform::paths_have_drives ? directory_.file("a|b") : file_ + "/below";
     fs::create_directories(deep);
     support::write_file(deep + "/file", "x");
@@ -186,6 +198,10 @@ TEST_F(DirectoryTest, EveryFailureByItsCodePlaceMessageAndCause) {
         {[&](auto* e) { is_accessible_directory(file_, access_check_write, e); },
          code + ".notDirectory" + accessible +
              "File system object exists but is not a directory. Path: \"" + file_ + "\"",
+         false, false},
+        {[&](auto* e) { is_accessible_directory(read_only, access_check_write, e); },
+         code + ".access.notWrite" + accessible +
+             "Directory exists but is not write-accessible. Path: \"" + read_only + "\"",
          false, false},
         {[&](auto* e) { is_accessible_directory(directory, access_check_hidden, e); },
          code + ".access.notHidden" + accessible + "Directory exists but is not hidden. Path: \"" +

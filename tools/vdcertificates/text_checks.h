@@ -26,7 +26,7 @@ void check_searched_name(const std::string& subject, std::string_view name);
 /// The text on one line of a terminal: control characters become `\x1b` and the like.
 std::string printable(std::string_view text);
 
-/// A to Z in lower case, without which names are compared in the file.
+/// The text with A to Z in lower case: names in the file are compared without regard to that.
 std::string folded(std::string text);
 
 } // namespace tool
