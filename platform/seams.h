@@ -34,6 +34,8 @@ enum class Call : std::uint8_t {
     unlock_mutex,
     computer_name,
     machine_setting,
+    start_name_service,
+    host_name,
     copy,
     set_times,
     remove_file,

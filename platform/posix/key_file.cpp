@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
@@ -16,18 +17,14 @@ constexpr mode_t owner_only = 0600;
 constexpr mode_t owner_and_reading_group = 0640;
 constexpr mode_t all_write_bits = 0222;
 
-} // namespace
-
-Result<FileHandle> open_key_file(const std::string& path) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+SystemError create_key_file(const std::string& path) {
     const Result<bool> shared = is_shared_by_group(path);
-    if (!shared) {
-        return shared.error();
-    }
-    const Result<int> opened = open_or_create(path, *shared ? owner_and_reading_group : owner_only,
-                                              [&] { return open_admissible(path, O_RDWR); });
+    return shared ? create_with_mode(path, *shared ? owner_and_reading_group : owner_only)
+                  : shared.error();
+}
+
+Result<FileHandle> open_existing_key_file(const std::string& path) {
+    const Result<int> opened = open_admissible(path, O_RDWR);
     if (!opened) {
         return opened.error();
     }
@@ -37,6 +34,26 @@ Result<FileHandle> open_key_file(const std::string& path) {
         return refusal;
     }
     return FileHandle{file.release()};
+}
+
+} // namespace
+
+Result<FileHandle> open_key_file(const std::string& path) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
+    const Result<FileHandle> opened = open_existing_key_file(path);
+    if (!opened.error().is_not_found()) {
+        return opened;
+    }
+    if (const SystemError error = create_key_file(path)) {
+        return error;
+    }
+    const Result<FileHandle> made = open_existing_key_file(path);
+    if (!made) {
+        ::unlink(path.c_str());
+    }
+    return made;
 }
 
 SystemError set_key_file_writable(const std::string& path, bool writable) {

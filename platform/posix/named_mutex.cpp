@@ -1,39 +1,84 @@
 #include "platform/named_mutex.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <list>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include <ace/OS_NS_Thread.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/lock_file.h"
+#include "platform/posix/opening.h"
 #include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
 namespace {
 
-/// One mutex as this process sees it: the threads exclude each other by ACE's mutex, and the thread
-/// that has it excludes other processes by a flock() of the lock file.
+constexpr const char* lock_directories[] = {"/run/lock", "/var/tmp", "/tmp"};
+constexpr mode_t sticky_for_all = S_ISVTX | S_IWOTH;
+constexpr mode_t readable_for_all = 0444; // all that a flock() needs
+
+Result<int> open_existing(const std::string& path) {
+    constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK;
+    Descriptor file(retry([&] { return ::open(path.c_str(), flags); }));
+    struct stat status = {};
+    if (file.get() < 0 || ::fstat(file.get(), &status) != 0) {
+        return last_error();
+    }
+    return S_ISREG(status.st_mode) ? Result<int>(file.release()) : SystemError::posix(EINVAL);
+}
+
+/// Opens a lock file. It is opened before it is created, since a sticky directory may refuse to
+/// create what another account made.
+Result<int> open_lock_file(const std::string& path, bool mayCreate) {
+    for (;;) {
+        const Result<int> opened = open_existing(path);
+        if (!opened.error().is_not_found() || !mayCreate) {
+            return opened;
+        }
+        const SystemError error = create_with_mode(path, readable_for_all);
+        if (error && !error.is_already_exists()) {
+            return error;
+        }
+    }
+}
+
+/// True if the path still names the open file.
+Result<bool> is_named(int descriptor, const std::string& path) {
+    struct stat opened = {};
+    struct stat named = {};
+    if (::fstat(descriptor, &opened) != 0 || ::lstat(path.c_str(), &named) != 0) {
+        const SystemError error = last_error();
+        return error.is_not_found() ? Result<bool>(false) : error;
+    }
+    return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+/// A mutex as this process sees it: its threads exclude each other by ACE's mutex, and the thread
+/// that has that excludes other processes by a flock() of the lock file.
 struct LockFile {
     explicit LockFile(std::string file)
         : path(std::move(file)) {
         reset();
     }
 
-    /// As a process has it that holds nothing.
+    /// Makes it that of a process that holds nothing.
     void reset() {
         ACE_OS::thread_mutex_init(&mutex, PTHREAD_MUTEX_RECURSIVE);
         holds = 0;
         descriptor = -1;
     }
+    void unlock() { ACE_OS::thread_mutex_unlock(&mutex); }
 
     const std::string path;
     ACE_thread_mutex_t mutex;
@@ -41,11 +86,9 @@ struct LockFile {
     int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
 
-std::atomic<int> g_highest_descriptor{-1};
-
 /// All mutexes that this process has used. Never destroyed: static objects may release a mutex at
-/// the very end. Its guard is held while a descriptor changes, and by fork(), so that a child knows
-/// and closes each descriptor that it has inherited; else it would hold its parent's locks.
+/// the very end. fork() waits for the guard, so that a child knows each descriptor that it has
+/// inherited and closes it; it would keep its parent's lock alive.
 class LockFiles {
   public:
     static LockFiles& instance() {
@@ -55,29 +98,28 @@ class LockFiles {
 
     LockFile& find(const std::string& path) {
         const std::lock_guard guard(guard_);
-        for (LockFile& file : files_) {
-            if (file.path == path) {
-                return file;
-            }
-        }
-        return files_.emplace_back(path);
+        const auto found = std::ranges::find(files_, path, &LockFile::path);
+        return found != files_.end() ? *found : files_.emplace_back(path);
     }
 
     SystemError open(LockFile& file) {
         const std::lock_guard guard(guard_);
-        const Result<int> opened = open_lock_file(file.path);
+        const Result<int> opened = open_lock_file(file.path, true);
         file.descriptor = opened ? *opened : -1;
-        note_highest();
         return opened.error();
     }
 
-    /// Unlocked before it is closed: a child that another thread forks may have a copy.
+    /// Unlocks before it closes: a child that another thread is forking may have a copy.
     void close(LockFile& file) {
         const std::lock_guard guard(guard_);
         ::flock(file.descriptor, LOCK_UN);
-        ::close(file.descriptor);
-        file.descriptor = -1;
-        note_highest();
+        ::close(std::exchange(file.descriptor, -1));
+    }
+
+    int highest_descriptor() {
+        const std::lock_guard guard(guard_);
+        const auto highest = std::ranges::max_element(files_, {}, &LockFile::descriptor);
+        return highest != files_.end() ? highest->descriptor : -1;
     }
 
   private:
@@ -88,36 +130,22 @@ class LockFiles {
         }
     }
 
+    /// In a child, which unlocks nothing: the locks are its parent's.
     void start_anew() {
         for (LockFile& file : files_) {
-            if (file.descriptor >= 0) {
-                ::close(file.descriptor); // without unlocking: the lock is the parent's
-            }
+            ::close(file.descriptor);
             file.reset();
         }
-        note_highest();
         guard_.unlock();
-    }
-
-    void note_highest() {
-        int highest = -1;
-        for (const LockFile& file : files_) {
-            highest = std::max(highest, file.descriptor);
-        }
-        g_highest_descriptor = highest;
     }
 
     std::mutex guard_;
     std::list<LockFile> files_;
 };
 
-LockFile& file_of(void* state) {
-    return *static_cast<LockFile*>(state);
-}
-
 /// Excludes the other processes. A file that was removed or exchanged before it was locked excludes
 /// nobody, so the one that has the name now is locked instead.
-SystemError lock_file(LockFile& file) {
+SystemError exclude_processes(LockFile& file) {
     for (;;) {
         if (const SystemError error = LockFiles::instance().open(file)) {
             return error;
@@ -134,67 +162,81 @@ SystemError lock_file(LockFile& file) {
     }
 }
 
+/// Looks up a mutex whose lock file can be opened. Each lock opens the file anew.
+SystemError attach(const std::string& name, bool mayCreate, void*& state) {
+    const auto path = lock_file_path(name);
+    const auto opened = path ? open_lock_file(*path, mayCreate) : path.error();
+    const Descriptor file(opened ? *opened : -1);
+    if (opened) {
+        state = &LockFiles::instance().find(*path);
+    }
+    return opened.error();
+}
+
 } // namespace
 
+Result<std::string> lock_file_path(const std::string& mutexName) {
+    for (const char* directory : lock_directories) {
+        struct stat status = {};
+        if (::stat(directory, &status) != 0) {
+            if (!last_error().is_not_found()) {
+                return last_error(); // in the next directory it would be another mutex
+            }
+        } else if ((status.st_mode & sticky_for_all) == sticky_for_all) {
+            return std::string(directory) + '/' + mutexName.substr(mutexName.rfind('\\') + 1) +
+                   seams().mutex_name_suffix;
+        }
+    }
+    return SystemError::posix(ENOENT);
+}
+
 int highest_lock_descriptor() noexcept {
-    return g_highest_descriptor;
+    return LockFiles::instance().highest_descriptor();
 }
 
 SystemError NamedMutex::create(const std::string& name) {
     if (take_failure(Call::create_mutex)) {
         return seams().failure;
     }
-    const auto path = lock_file_path(name);
-    const auto opened = path ? open_lock_file(*path) : path.error();
-    if (opened) {
-        ::close(*opened); // it is opened anew for each lock
-        state_ = &LockFiles::instance().find(*path);
-    }
-    return opened.error();
+    return attach(name, true, state_);
 }
 
 SystemError NamedMutex::open_limited(const std::string& name) {
-    const auto path = lock_file_path(name);
-    const auto opened = path ? open_existing_lock_file(*path) : path.error();
-    if (opened) {
-        ::close(*opened);
-        state_ = &LockFiles::instance().find(*path);
-    }
-    return opened.error();
+    return attach(name, false, state_);
 }
 
 SystemError NamedMutex::lock() {
     if (take_failure(Call::lock_mutex)) {
         return seams().failure;
     }
-    LockFile& file = file_of(state_);
+    LockFile& file = *static_cast<LockFile*>(state_);
     if (ACE_OS::thread_mutex_lock(&file.mutex) != 0) {
         return last_error();
     }
-    const SystemError error = file.holds == 0 ? lock_file(file) : SystemError();
-    if (error) {
-        ACE_OS::thread_mutex_unlock(&file.mutex);
-        return error;
+    std::unique_lock threads(file, std::adopt_lock);
+    const SystemError error = file.holds == 0 ? exclude_processes(file) : SystemError();
+    if (!error) {
+        ++file.holds;
+        threads.release();
     }
-    ++file.holds;
-    return {};
+    return error;
 }
 
 SystemError NamedMutex::unlock() {
     const bool fails = take_failure(Call::unlock_mutex);
-    LockFile& file = file_of(state_);
+    LockFile& file = *static_cast<LockFile*>(state_);
     if (ACE_OS::thread_mutex_trylock(&file.mutex) != 0) {
         return SystemError::posix(EPERM); // another thread has it
     }
-    const bool held = file.holds != 0;
-    if (held) {
-        if (--file.holds == 0) {
-            LockFiles::instance().close(file);
-        }
-        ACE_OS::thread_mutex_unlock(&file.mutex);
+    const std::unique_lock tried(file, std::adopt_lock);
+    if (file.holds == 0) {
+        return SystemError::posix(EPERM);
     }
-    ACE_OS::thread_mutex_unlock(&file.mutex);
-    return fails ? seams().failure : held ? SystemError() : SystemError::posix(EPERM);
+    if (--file.holds == 0) {
+        LockFiles::instance().close(file);
+    }
+    file.unlock(); // what lock() left locked
+    return fails ? seams().failure : SystemError();
 }
 
 SystemError NamedMutex::close() {

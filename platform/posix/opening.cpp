@@ -66,6 +66,7 @@ Result<int> open_admissible(const std::string& path, int flags) {
     if (file.get() > highest) {
         return file.release();
     }
+    // Moved before it has any lock.
     const int higher = ::fcntl(file.get(), F_DUPFD_CLOEXEC, highest + 1);
     return higher < 0 ? Result<int>(last_error()) : higher;
 }

@@ -17,21 +17,6 @@ Result<int> open_admissible(const std::string& path, int flags);
 /// is_already_exists() if the name is taken; a failure leaves no file behind.
 SystemError create_with_mode(const std::string& path, mode_t mode);
 
-/// Opens a file by the function `open`, after creating it with a mode if it is missing.
-template <class Open>
-Result<int> open_or_create(const std::string& path, mode_t mode, const Open& open) {
-    constexpr int most_attempts = 3; // others may create and remove the file at the same time
-    Result<int> opened = open();
-    for (int i = 0; i < most_attempts && opened.error().is_not_found(); ++i) {
-        const SystemError error = create_with_mode(path, mode);
-        if (error && !error.is_already_exists()) {
-            return error;
-        }
-        opened = open();
-    }
-    return opened;
-}
-
 /// True if a file's directory has the set-group-id bit, by which accounts share its files.
 Result<bool> is_shared_by_group(const std::string& path);
 

@@ -90,6 +90,9 @@ void allow_removal(std::FILE* file) noexcept {
     sharing.release(); // the descriptor's now
     ::_dup2(descriptor, ::_fileno(file));
     ::_close(descriptor);
+    // Required after _dup2(), whose copy child processes would inherit.
+    ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(file))),
+                           HANDLE_FLAG_INHERIT, 0);
 }
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 
@@ -38,14 +39,13 @@ SystemError NamedMutex::create(const std::string& name) {
 
 SystemError NamedMutex::open_limited(const std::string& name) {
     // ACE always asks for all rights, so its object is put together here.
-    const HANDLE handle =
-        ::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str());
-    if (handle == nullptr) {
+    Handle handle(::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str()));
+    if (!handle) {
         return last_error();
     }
     auto mutex = std::make_unique<ACE_mutex_t>();
     mutex->type_ = USYNC_PROCESS;
-    mutex->proc_mutex_ = handle;
+    mutex->proc_mutex_ = handle.release();
     state_ = mutex.release();
     return {};
 }
