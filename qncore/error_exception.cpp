@@ -3,6 +3,18 @@
 #include "qncore/trace_message.h"
 
 namespace qncore {
+namespace {
+
+/// Renders the chain of causes only as it is inserted, where a failure stays in the trace.
+struct Chain {
+    const ErrorInfo& info;
+
+    friend std::ostream& operator<<(std::ostream& stream, const Chain& chain) {
+        return stream << chain.info.chain_text();
+    }
+};
+
+} // namespace
 
 ErrorException::~ErrorException() = default;
 
@@ -20,7 +32,7 @@ bool ErrorException::matches(const ErrorCode& code) const noexcept {
 
 void ErrorException::throw_error(const ErrorInfoPtr& info) {
     QN_TRACE_ERROR(qntrace::get_system_topic_handle(), info->location().function.view().data(),
-                   "Error Message: {} [{}]", info->chain_text(), info->code().path());
+                   "Error Message: {} [{}]", Chain{*info}, info->code().path());
     throw ErrorException(info);
 }
 
