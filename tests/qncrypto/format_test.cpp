@@ -3,7 +3,7 @@
 #include <openssl/err.h>
 #include <openssl/pem.h>
 
-#include "qncore/error_info.h"
+#include "qncore/errors.h"
 #include "tests/qncrypto/bare_openssl.h"
 
 namespace qncrypto {
