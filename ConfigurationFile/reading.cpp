@@ -1,5 +1,6 @@
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/password_cipher.h"
+#include "qncertificates/patient_open.h"
 #include "qnfile/file_stream.h"
 #include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
@@ -75,9 +76,11 @@ void ConfigurationFileAccess::read(ConfigurationFile& file, const std::string& n
     nodes.notifiers.clear();
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    qnxml::XmlStreamTokenizer tokenizer(
-        qnuri::UriReference(), first_line, buffer_size,
-        qnfile::FileReadStream::create(path, qnfile::share_none, qnfile::flag_sequential_scan));
+    const auto stream = qncertificates::open_patiently([&] {
+        return qnfile::FileReadStream::create(path, qnfile::share_none,
+                                              qnfile::flag_sequential_scan);
+    });
+    qnxml::XmlStreamTokenizer tokenizer(qnuri::UriReference(), first_line, buffer_size, stream);
     qnxml::XmlReader reader(&tokenizer, nullptr);
 
     reader.next_element();
