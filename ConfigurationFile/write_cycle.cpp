@@ -18,7 +18,7 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
     std::array<ConfigurationFileNodes, sections.size()> nodes;
     try {
         for (std::size_t i = 0; i < sections.size(); ++i) {
-            read(file, sections[i]->name, nodes[i], cipher);
+            read_section(file, sections[i]->name, nodes[i], keeps_all, cipher);
         }
     } catch (const qncore::ErrorException& exception) {
         if (stopsAtSharingViolation && exception.matches(error::sharing_violation)) {
