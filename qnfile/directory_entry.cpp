@@ -7,10 +7,7 @@
 namespace qnfile {
 namespace {
 
-const impl::DirectoryEntryImplWin32&
-system_side(const qncore::RefCountPtr<impl::DirectoryEntryImpl>& impl) noexcept {
-    return static_cast<const impl::DirectoryEntryImplWin32&>(*impl);
-}
+using impl::system_side;
 
 /// True for the form `/x:/` on a system that has drives.
 bool has_slash_before_drive(std::string_view path) noexcept {

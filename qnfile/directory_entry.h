@@ -96,7 +96,7 @@ class DirectoryEntry {
                                             const DirectoryEntry& right) noexcept;
 
   private:
-    friend class DirectorySequence;
+    friend class DirectorySequence; // and its iterator
 
     qncore::RefCountPtr<impl::DirectoryEntryImpl> impl_;
 };
