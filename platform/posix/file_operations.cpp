@@ -58,13 +58,19 @@ Result<FileHandle> open_link_target(const std::string& path) {
 }
 
 FilePath path_of_file(FileHandle file, std::size_t capacity) {
+    if (take_failure(Call::path_of_file)) {
+        return {{}, 0, seams().failure};
+    }
     const auto descriptor = static_cast<int>(file);
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0) {
         return {{}, 0, SystemError::posix(errno)};
     }
-    if (status.st_size == 0 || status.st_nlink == 0) {
-        return {{}, 0, SystemError::posix(EINVAL)};
+    if (status.st_size == 0) {
+        return {}; // required: an empty file has no path
+    }
+    if (status.st_nlink == 0) {
+        return {{}, 0, SystemError::posix(ENOENT)};
     }
     Result<std::string> path = text_of_link(link_of_descriptor(descriptor));
     if (!path) {
