@@ -13,6 +13,7 @@
 namespace platform {
 namespace {
 
+constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr std::size_t largest_range = std::size_t{1} << 30;
 constexpr std::size_t block_size = std::size_t{1} << 16;
 
@@ -32,9 +33,21 @@ SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat&
     return take_share_locks(file, access, sharing);
 }
 
-int open_target(const std::string& path, bool failIfExists) {
-    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    return ::open(path.c_str(), flags | (failIfExists ? O_EXCL : 0), S_IRUSR | S_IWUSR);
+/// The file to copy into.
+struct Target {
+    Descriptor file;
+    bool is_new; ///< made by this call
+};
+
+Target open_target(const std::string& path, bool failIfExists) {
+    constexpr int flags = O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    const int existing = failIfExists ? -1 : ::open(path.c_str(), flags);
+    if (existing >= 0 || (!failIfExists && errno != ENOENT)) {
+        return {Descriptor(existing), false};
+    }
+    const int made =
+        ::open(path.c_str(), flags | O_CREAT | (failIfExists ? O_EXCL : 0), S_IRUSR | S_IWUSR);
+    return {Descriptor(made), made >= 0};
 }
 
 bool write_whole(int target, const char* bytes, std::size_t count) {
@@ -49,10 +62,13 @@ bool write_whole(int target, const char* bytes, std::size_t count) {
     return true;
 }
 
-/// The file system's own copy as far as it goes, then the rest block by block. So whatever stops
-/// the first, and be it a file whose size the system does not tell, ends well or in the error of
-/// a plain read or write.
+/// Replaces the content: by the file system's own copy as far as that goes, then block by block. So
+/// whatever stops the former, such as a file whose size the system does not know, ends well or in
+/// the error of a plain read or write.
 SystemError copy_content(int source, int target) {
+    if (::ftruncate(target, 0) != 0) {
+        return last_error();
+    }
     while (::copy_file_range(source, nullptr, target, nullptr, largest_range, 0) > 0) {
     }
     std::array<char, block_size> block{};
@@ -69,7 +85,6 @@ SystemError copy_content(int source, int target) {
 }
 
 void keep_permissions_and_times(const struct stat& source, int target) {
-    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
     const std::array<timespec, 2> times{source.st_atim, source.st_mtim};
     ::fchmod(target, source.st_mode & permissions);
     ::futimens(target, times.data());
@@ -91,23 +106,24 @@ SystemError copy_file(const std::string& source, const std::string& target, bool
             admit(from.get(), FileAccess::read, FileSharing::read_write, fromStatus)) {
         return error;
     }
-    const Descriptor to(open_target(target, failIfExists));
+    const Target to = open_target(target, failIfExists);
     struct stat toStatus = {};
-    if (const auto error = admit(to.get(), FileAccess::write, FileSharing::none, toStatus)) {
+    if (const auto error = admit(to.file.get(), FileAccess::write, FileSharing::none, toStatus)) {
+        if (to.is_new && !error.is_sharing_violation()) { // else another opener has it by now
+            discard(to.file.get());
+        }
         return error;
     }
     if (fromStatus.st_dev == toStatus.st_dev && fromStatus.st_ino == toStatus.st_ino) {
         return sharing_violation();
     }
-    SystemError error = ::ftruncate(to.get(), 0) == 0 ? SystemError() : last_error();
-    if (!error) {
-        error = copy_content(from.get(), to.get());
-    }
-    if (error) {
-        discard(to.get());
+    // Nobody reads from the copy what the source's mode keeps from him.
+    ::fchmod(to.file.get(), toStatus.st_mode & fromStatus.st_mode & permissions);
+    if (const auto error = copy_content(from.get(), to.file.get())) {
+        discard(to.file.get());
         return error;
     }
-    keep_permissions_and_times(fromStatus, to.get());
+    keep_permissions_and_times(fromStatus, to.file.get());
     return {};
 }
 

@@ -19,7 +19,7 @@ struct Place {
     std::string name;
 };
 
-/// A separator at the end would make the system follow a link.
+/// With a separator at its end the system would follow a link.
 std::string without_trailing_separators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     return last == std::string::npos ? path : path.substr(0, last + 1);
@@ -29,10 +29,9 @@ Place place_of(FileHandle anchor, const std::string& path) {
     if (seams().before_removal) {
         seams().before_removal(path);
     }
-    const std::string name = without_trailing_separators(path);
     return anchor == invalid_file
-               ? Place{AT_FDCWD, name}
-               : Place{static_cast<int>(anchor), name.substr(name.rfind('/') + 1)};
+               ? Place{AT_FDCWD, path}
+               : Place{static_cast<int>(anchor), path.substr(path.rfind('/') + 1)};
 }
 
 SystemError unlink(const Place& place, int flags) {
@@ -43,7 +42,7 @@ SystemError unlink(const Place& place, int flags) {
 } // namespace
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
-    const Place place = place_of(directory_, path);
+    const Place place = place_of(directory_, without_trailing_separators(path));
     const int directory =
         ::openat(place.directory, place.name.c_str(),
                  O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW));
@@ -65,7 +64,7 @@ SystemError RemovalAnchor::remove_directory(const std::string& path) const {
 }
 
 LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
-    const Place place = place_of(directory_, path);
+    const Place place = place_of(directory_, without_trailing_separators(path));
     const Descriptor link(
         ::openat(place.directory, place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (link.get() < 0) {
