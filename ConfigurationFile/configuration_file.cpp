@@ -2,7 +2,7 @@
 
 #include "ConfigurationFile/trace_topic.h"
 #include "VDCertificatesFileUtilities/file_utilities.h"
-#include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "platform/path.h"
 #include "qncertificates/certificate_keys.h"
 #include "qncertificates/errors.h"

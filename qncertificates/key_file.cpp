@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "qncertificates/errors.h"
 #include "qncore/error_composer.h"
 #include "qncore/safe_cast.h"

@@ -1,140 +1,204 @@
 #include "platform/named_mutex.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <list>
 #include <mutex>
-#include <pthread.h>
-#include <sys/stat.h>
-#include <utility>
+#include <new>
 
-#include "platform/posix/descriptor.h"
-#include "platform/posix/mutex_object.h"
+#include <ace/OS_NS_Thread.h>
+#include <pthread.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "platform/posix/last_error.h"
+#include "platform/posix/lock_file.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
 namespace {
 
-SystemError last_error() {
-    return SystemError::posix(errno);
-}
+/// One mutex as this process sees it: the threads exclude each other by ACE's mutex, and the thread
+/// that has it excludes other processes by a flock() of the lock file.
+struct LockFile {
+    explicit LockFile(std::string file)
+        : path(std::move(file)) {
+        reset();
+    }
 
-/// The one mapping of a mutex in this process. The list of robust mutexes that a thread holds
-/// leads through the mapping that it locked by, so it must not go before the lock does, also when
-/// the same thread holds the mutex by another object.
-struct MappedMutex {
-    SharedMutex* shared = nullptr;
-    dev_t device = 0;
-    ino_t inode = 0;
-    int users = 0;             ///< NamedMutex objects
-    std::atomic<int> holds{0}; ///< locks not yet released
+    /// As a process has it that holds nothing.
+    void reset() {
+        ACE_OS::thread_mutex_init(&mutex, PTHREAD_MUTEX_RECURSIVE);
+        holds = 0;
+        descriptor = -1;
+    }
+
+    const std::string path;
+    ACE_thread_mutex_t mutex;
+    int holds;      ///< locks of the thread that has the mutex
+    int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
 
-class MappedMutexes {
+std::atomic<int> g_highest_descriptor{-1};
+
+/// All mutexes that this process has used. Never destroyed: static objects may release a mutex at
+/// the very end. Its guard is held while a descriptor changes, and by fork(), so that a child knows
+/// and closes each descriptor that it has inherited; else it would hold its parent's locks.
+class LockFiles {
   public:
-    Result<MappedMutex*> attach(int descriptor) {
-        struct stat status = {};
-        if (::fstat(descriptor, &status) != 0) {
-            return last_error();
-        }
-        const std::lock_guard guard(mutex_);
-        for (MappedMutex& mapped : mapped_) {
-            if (mapped.device == status.st_dev && mapped.inode == status.st_ino) {
-                ++mapped.users;
-                return &mapped;
+    static LockFiles& instance() {
+        static LockFiles& files = *new LockFiles;
+        return files;
+    }
+
+    LockFile& find(const std::string& path) {
+        const std::lock_guard guard(guard_);
+        for (LockFile& file : files_) {
+            if (file.path == path) {
+                return file;
             }
         }
-        const auto shared = map_mutex_object(descriptor);
-        if (!shared) {
-            return shared.error();
-        }
-        MappedMutex& mapped = mapped_.emplace_back();
-        mapped.shared = *shared;
-        mapped.device = status.st_dev;
-        mapped.inode = status.st_ino;
-        mapped.users = 1;
-        return &mapped;
+        return files_.emplace_back(path);
     }
 
-    void detach(MappedMutex* mapped) {
-        const std::lock_guard guard(mutex_);
-        if (--mapped->users == 0 && mapped->holds == 0) {
-            unmap_mutex_object(mapped->shared);
-            mapped_.remove_if([&](const MappedMutex& one) { return &one == mapped; });
-        }
+    SystemError open(LockFile& file) {
+        const std::lock_guard guard(guard_);
+        const Result<int> opened = open_lock_file(file.path);
+        file.descriptor = opened ? *opened : -1;
+        note_highest();
+        return opened.error();
     }
 
-    /// Never destroyed: static objects may let go of a mutex at the very end.
-    static MappedMutexes& instance() {
-        static MappedMutexes& mutexes = *new MappedMutexes;
-        return mutexes;
+    /// Unlocked before it is closed: a child that another thread forks may have a copy.
+    void close(LockFile& file) {
+        const std::lock_guard guard(guard_);
+        ::flock(file.descriptor, LOCK_UN);
+        ::close(file.descriptor);
+        file.descriptor = -1;
+        note_highest();
     }
 
   private:
-    std::mutex mutex_;
-    std::list<MappedMutex> mapped_;
+    LockFiles() {
+        if (::pthread_atfork([] { instance().guard_.lock(); }, [] { instance().guard_.unlock(); },
+                             [] { instance().start_anew(); }) != 0) {
+            throw std::bad_alloc(); // its only failure
+        }
+    }
+
+    void start_anew() {
+        for (LockFile& file : files_) {
+            if (file.descriptor >= 0) {
+                ::close(file.descriptor); // without unlocking: the lock is the parent's
+            }
+            file.reset();
+        }
+        note_highest();
+        guard_.unlock();
+    }
+
+    void note_highest() {
+        int highest = -1;
+        for (const LockFile& file : files_) {
+            highest = std::max(highest, file.descriptor);
+        }
+        g_highest_descriptor = highest;
+    }
+
+    std::mutex guard_;
+    std::list<LockFile> files_;
 };
 
-MappedMutex& mapped(void* state) {
-    return *static_cast<MappedMutex*>(state);
+LockFile& file_of(void* state) {
+    return *static_cast<LockFile*>(state);
+}
+
+/// Excludes the other processes. A file that was removed or exchanged before it was locked excludes
+/// nobody, so the one that has the name now is locked instead.
+SystemError lock_file(LockFile& file) {
+    for (;;) {
+        if (const SystemError error = LockFiles::instance().open(file)) {
+            return error;
+        }
+        const bool locked = retry([&] { return ::flock(file.descriptor, LOCK_EX); }) == 0;
+        const Result<bool> named = locked ? is_named(file.descriptor, file.path) : last_error();
+        if (named && *named) {
+            return {};
+        }
+        LockFiles::instance().close(file);
+        if (!named) {
+            return named.error();
+        }
+    }
 }
 
 } // namespace
+
+int highest_lock_descriptor() noexcept {
+    return g_highest_descriptor;
+}
 
 SystemError NamedMutex::create(const std::string& name) {
     if (take_failure(Call::create_mutex)) {
         return seams().failure;
     }
-    SystemError error = open_limited(name);
-    // Opened before it is created: a sticky directory may refuse to create what another made.
-    if (!error.is_not_found()) {
-        return error;
+    const auto path = lock_file_path(name);
+    const auto opened = path ? open_lock_file(*path) : path.error();
+    if (opened) {
+        ::close(*opened); // it is opened anew for each lock
+        state_ = &LockFiles::instance().find(*path);
     }
-    error = create_mutex_object(mutex_object_name(name));
-    return error ? error : open_limited(name);
+    return opened.error();
 }
 
 SystemError NamedMutex::open_limited(const std::string& name) {
-    const auto opened = open_mutex_object(mutex_object_name(name));
-    if (!opened) {
-        return opened.error();
+    const auto path = lock_file_path(name);
+    const auto opened = path ? open_existing_lock_file(*path) : path.error();
+    if (opened) {
+        ::close(*opened);
+        state_ = &LockFiles::instance().find(*path);
     }
-    const Descriptor descriptor(*opened);
-    const auto attached = MappedMutexes::instance().attach(descriptor.get());
-    state_ = attached ? *attached : nullptr;
-    return attached.error();
+    return opened.error();
 }
 
 SystemError NamedMutex::lock() {
-    MappedMutex& own = mapped(state_);
-    if (ACE_OS::mutex_lock(&own.shared->mutex) != 0) {
-        if (errno != EOWNERDEAD) {
-            return last_error();
-        }
-        // The holder died. It changed nothing but the file, which the next reader judges itself.
-        const int error = ::pthread_mutex_consistent(&own.shared->mutex);
-        if (error != 0) {
-            return SystemError::posix(error);
-        }
+    if (take_failure(Call::lock_mutex)) {
+        return seams().failure;
     }
-    ++own.holds;
+    LockFile& file = file_of(state_);
+    if (ACE_OS::thread_mutex_lock(&file.mutex) != 0) {
+        return last_error();
+    }
+    const SystemError error = file.holds == 0 ? lock_file(file) : SystemError();
+    if (error) {
+        ACE_OS::thread_mutex_unlock(&file.mutex);
+        return error;
+    }
+    ++file.holds;
     return {};
 }
 
 SystemError NamedMutex::unlock() {
-    MappedMutex& own = mapped(state_);
-    if (ACE_OS::mutex_unlock(&own.shared->mutex) != 0) {
-        return last_error();
+    const bool fails = take_failure(Call::unlock_mutex);
+    LockFile& file = file_of(state_);
+    if (ACE_OS::thread_mutex_trylock(&file.mutex) != 0) {
+        return SystemError::posix(EPERM); // another thread has it
     }
-    --own.holds;
-    return {};
+    const bool held = file.holds != 0;
+    if (held) {
+        if (--file.holds == 0) {
+            LockFiles::instance().close(file);
+        }
+        ACE_OS::thread_mutex_unlock(&file.mutex);
+    }
+    ACE_OS::thread_mutex_unlock(&file.mutex);
+    return fails ? seams().failure : held ? SystemError() : SystemError::posix(EPERM);
 }
 
 SystemError NamedMutex::close() {
-    // Other processes use the mutex itself, so it is never destroyed.
-    if (void* state = std::exchange(state_, nullptr)) {
-        MappedMutexes::instance().detach(static_cast<MappedMutex*>(state));
-    }
+    state_ = nullptr;
     return {};
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/seams.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 
 namespace platform {
@@ -50,11 +51,16 @@ SystemError NamedMutex::open_limited(const std::string& name) {
 }
 
 SystemError NamedMutex::lock() {
+    if (take_failure(Call::lock_mutex)) {
+        return seams().failure;
+    }
     return ACE_OS::mutex_lock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
 }
 
 SystemError NamedMutex::unlock() {
-    return ACE_OS::mutex_unlock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
+    const bool fails = take_failure(Call::unlock_mutex);
+    const bool unlocked = ACE_OS::mutex_unlock(&mutex_of(state_)) == 0;
+    return fails ? seams().failure : unlocked ? SystemError() : ace_error();
 }
 
 SystemError NamedMutex::close() {

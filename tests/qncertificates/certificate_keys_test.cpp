@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "platform/system_error.h"
 #include "platform/testing/testing.h"
 #include "qncertificates/certificate_keys.h"

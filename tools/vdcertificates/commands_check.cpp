@@ -5,6 +5,7 @@
 
 #include "platform/file.h"
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "tools/vdcertificates/commands.h"
 #include "tools/vdcertificates/key_files.h"
 #include "tools/vdcertificates/open_store.h"

@@ -18,7 +18,8 @@ std::string presence(const std::string& path) {
 
 /// Which rule gave the root directory.
 std::string root_rule(const std::string& root) {
-    std::string setting = platform::machine_root_directory().value_or("");
+    const auto machine = platform::machine_root_directory();
+    std::string setting = machine ? machine->value_or("") : "";
     if (setting.ends_with(platform::preferred_separator)) {
         setting.pop_back();
     }

@@ -10,6 +10,7 @@
 
 #include "platform/environment.h"
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 
 namespace tool {
 namespace {

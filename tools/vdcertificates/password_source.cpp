@@ -72,9 +72,7 @@ Secret read_password_file(const std::string& name) {
         return UsageError("cannot read the password file " + name + ": " +
                           platform::describe(error));
     };
-    const auto handle = platform::open_file(name, platform::FileAccess::read,
-                                            platform::FileDisposition::open_existing,
-                                            platform::FileSharing::read_write, {});
+    const auto handle = platform::open_input(name); // also the pipe of a process substitution
     if (!handle) {
         throw refuse(handle.error());
     }
