@@ -90,10 +90,10 @@ void get_file_timestamp(const std::string& path, std::int64_t* accessed, std::in
         return;
     }
     if (accessed != nullptr) {
-        *accessed = (*status).accessed;
+        *accessed = status->accessed;
     }
     if (modified != nullptr) {
-        *modified = (*status).modified;
+        *modified = status->modified;
     }
 }
 

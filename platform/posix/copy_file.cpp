@@ -6,7 +6,9 @@
 
 #include "platform/file_operations.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/link_text.h"
+#include "platform/posix/retry.h"
 #include "platform/posix/share_locks.h"
 #include "platform/seams.h"
 
@@ -17,13 +19,18 @@ constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr std::size_t largest_range = std::size_t{1} << 30;
 constexpr std::size_t block_size = std::size_t{1} << 16;
 
-SystemError last_error() {
-    return SystemError::posix(errno);
+int open_now(const std::string& path, int flags) {
+    return retry([&] {
+        return ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, S_IRUSR | S_IWUSR);
+    });
 }
 
-/// Looks at an opened file and takes its share locks. O_NONBLOCK let the open of a pipe return, and
-/// means nothing to the regular files that are let through.
+/// Looks at an opened file and takes its share locks. O_NONBLOCK lets the open of a FIFO return,
+/// and has no effect on the regular files that are admitted.
 SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat& status) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
     if (file < 0 || ::fstat(file, &status) != 0) {
         return last_error();
     }
@@ -40,19 +47,17 @@ struct Target {
 };
 
 Target open_target(const std::string& path, bool failIfExists) {
-    constexpr int flags = O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    const int existing = failIfExists ? -1 : ::open(path.c_str(), flags);
+    const int existing = failIfExists ? -1 : open_now(path, O_WRONLY);
     if (existing >= 0 || (!failIfExists && errno != ENOENT)) {
         return {Descriptor(existing), false};
     }
-    const int made =
-        ::open(path.c_str(), flags | O_CREAT | (failIfExists ? O_EXCL : 0), S_IRUSR | S_IWUSR);
+    const int made = open_now(path, O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : 0));
     return {Descriptor(made), made >= 0};
 }
 
 bool write_whole(int target, const char* bytes, std::size_t count) {
     while (count != 0) {
-        const ssize_t written = ::write(target, bytes, count);
+        const ssize_t written = retry([&] { return ::write(target, bytes, count); });
         if (written < 0) {
             return false;
         }
@@ -66,14 +71,14 @@ bool write_whole(int target, const char* bytes, std::size_t count) {
 /// whatever stops the former, such as a file whose size the system does not know, ends well or in
 /// the error of a plain read or write.
 SystemError copy_content(int source, int target) {
-    if (::ftruncate(target, 0) != 0) {
+    if (retry([&] { return ::ftruncate(target, 0); }) != 0) {
         return last_error();
     }
     while (::copy_file_range(source, nullptr, target, nullptr, largest_range, 0) > 0) {
     }
     std::array<char, block_size> block{};
     ssize_t count = 0;
-    while ((count = ::read(source, block.data(), block.size())) > 0) {
+    while ((count = retry([&] { return ::read(source, block.data(), block.size()); })) > 0) {
         if (!write_whole(target, block.data(), static_cast<std::size_t>(count))) {
             return last_error();
         }
@@ -100,7 +105,7 @@ void discard(int target) {
 } // namespace
 
 SystemError copy_file(const std::string& source, const std::string& target, bool failIfExists) {
-    const Descriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    const Descriptor from(open_now(source, O_RDONLY));
     struct stat fromStatus = {};
     if (const auto error =
             admit(from.get(), FileAccess::read, FileSharing::read_write, fromStatus)) {

@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
@@ -18,10 +20,6 @@ namespace {
 constexpr unsigned int all_write_bits = 0222;
 constexpr unsigned int looked_at =
     STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_ATIME | STATX_MTIME | STATX_CTIME | STATX_BTIME;
-
-SystemError last_error() {
-    return SystemError::posix(errno);
-}
 
 bool is_dot_or_dots(std::string_view name) {
     return name == "." || name == "..";
@@ -122,7 +120,8 @@ Result<bool> DirectoryReader::State::step() {
 
 /// Reads the next entries; false when there are none.
 Result<bool> DirectoryReader::State::fill_buffer() {
-    const ssize_t count = ::getdents64(descriptor.get(), buffer, sizeof(buffer));
+    const ssize_t count =
+        retry([&] { return ::getdents64(descriptor.get(), buffer, sizeof(buffer)); });
     if (count < 0 && errno != ENOENT) { // a directory that has been removed has no more entries
         return last_error();
     }
@@ -161,9 +160,11 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     const State* const above = parent != nullptr ? parent->state_.get() : nullptr;
     // An entry that was no link when it was listed is not followed if it has become one.
-    Descriptor opened(above != nullptr ? ::openat(above->descriptor.get(), above->entry->d_name,
-                                                  above->is_link ? flags : flags | O_NOFOLLOW)
-                                       : ::open(path.c_str(), flags));
+    Descriptor opened(retry([&] {
+        return above != nullptr ? ::openat(above->descriptor.get(), above->entry->d_name,
+                                           above->is_link ? flags : flags | O_NOFOLLOW)
+                                : ::open(path.c_str(), flags);
+    }));
     if (opened.get() < 0) {
         return last_error();
     }

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
@@ -35,19 +37,19 @@ Place place_of(FileHandle anchor, const std::string& path) {
 }
 
 SystemError unlink(const Place& place, int flags) {
-    return ::unlinkat(place.directory, place.name.c_str(), flags) == 0 ? SystemError()
-                                                                       : SystemError::posix(errno);
+    const bool done = ::unlinkat(place.directory, place.name.c_str(), flags) == 0;
+    return done ? SystemError() : last_error();
 }
 
 } // namespace
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
     const Place place = place_of(directory_, without_trailing_separators(path));
+    const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW);
     const int directory =
-        ::openat(place.directory, place.name.c_str(),
-                 O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW));
+        retry([&] { return ::openat(place.directory, place.name.c_str(), flags); });
     if (directory < 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     return RemovalAnchor(FileHandle{directory});
 }
@@ -65,14 +67,15 @@ SystemError RemovalAnchor::remove_directory(const std::string& path) const {
 
 LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
     const Place place = place_of(directory_, without_trailing_separators(path));
+    constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor link(
-        ::openat(place.directory, place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        retry([&] { return ::openat(place.directory, place.name.c_str(), flags); }));
     if (link.get() < 0) {
-        return {Step::open, SystemError::posix(errno)};
+        return {Step::open, last_error()};
     }
     struct stat status = {};
     if (::fstat(link.get(), &status) != 0) {
-        return {Step::read, SystemError::posix(errno)};
+        return {Step::read, last_error()};
     }
     if (take_failure(Call::remove_link)) {
         return {Step::remove, seams().failure};
