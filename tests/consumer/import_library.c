@@ -1,5 +1,5 @@
-/* A program without a runtime, to be linked by any linker with the import library for C: ends with 0
-   when the library was loaded and answered. */
+/* A program without a runtime, to be linked by any linker with the import library for C: ends with
+   0 when the library was loaded and answered. */
 #include <ConfigurationFile/flat_functions.h>
 
 __declspec(dllimport) void __stdcall ExitProcess(unsigned int status);
