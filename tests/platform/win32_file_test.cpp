@@ -73,18 +73,5 @@ TEST_F(WindowsFileTest, TheProbeDoesNotShareDeletion) {
     ::CloseHandle(deleter);
 }
 
-TEST_F(WindowsFileTest, AStreamCanBeMadeToAllowItsRemoval) {
-    const std::string name = directory.file("trace");
-    std::FILE* stream = ::_wfopen(wide(name).c_str(), L"wb");
-    ASSERT_NE(stream, nullptr);
-    allow_removal(stream);
-    std::fputs("text", stream);
-    std::fflush(stream);
-    EXPECT_EQ(support::read_file(name), "text");
-    remove_file(name.c_str());
-    EXPECT_EQ(std::fclose(stream), 0);
-    EXPECT_FALSE(exists(name));
-}
-
 } // namespace
 } // namespace platform
