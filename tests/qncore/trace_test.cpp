@@ -170,6 +170,7 @@ TEST(Trace, TheFileIsMadeByTheFirstLineKeptByTheNextAndTurnsOverWhenFull) {
     EXPECT_FALSE(std::filesystem::exists(older(".4")));
     EXPECT_EQ(support::ChildProcess("has_file_open", {capture.file()}).wait(), 0);
     std::filesystem::remove(support::native(capture.file())); // open as it is
+    reload_configuration();                                   // Windows removes it with the close
     EXPECT_FALSE(std::filesystem::exists(capture.file()));
 }
 

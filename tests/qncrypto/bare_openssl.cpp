@@ -1,8 +1,11 @@
 #include "tests/qncrypto/bare_openssl.h"
 
+#include <cstdlib>
 #include <map>
+#include <utility>
 
 #include <gtest/gtest.h>
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 
 namespace qncrypto::test {
@@ -84,28 +87,21 @@ Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, con
     return output;
 }
 
-qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function) {
-    try {
-        function();
-    } catch (const qncore::ErrorException& exception) {
-        return exception.info();
-    }
-    return {};
-}
-
-void expect_error(const qncore::ErrorInfoPtr& info, const qncore::ErrorCode& code,
-                  const std::string& text, const std::string& function, bool from_openssl) {
-    ASSERT_TRUE(info) << "no error: " << text;
-    EXPECT_EQ(info->code().path(), code.path()) << text;
-    EXPECT_EQ(info->text(), text);
-    EXPECT_EQ(info->location().function.view(), function) << text;
-    ASSERT_EQ(static_cast<bool>(info->nested()), from_openssl) << info->chain_text();
-    if (from_openssl) {
-        EXPECT_EQ(info->nested()->code().path(), error::qncrypto_openssl.path()) << text;
-    }
-}
-
 namespace {
+
+int g_failing = 0; // counts down to the allocation that fails
+
+bool fails_now() {
+    return g_failing > 0 && --g_failing == 0;
+}
+
+// Before OpenSSL's first allocation, or it refuses.
+const int g_replaced = CRYPTO_set_mem_functions(
+    [](std::size_t size, const char*, int) { return fails_now() ? nullptr : std::malloc(size); },
+    [](void* block, std::size_t size, const char*, int) {
+        return fails_now() ? nullptr : std::realloc(block, size);
+    },
+    [](void* block, const char*, int) { std::free(block); });
 
 int fail() {
     ERR_raise(ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
@@ -118,15 +114,18 @@ int fail_transform(int, const unsigned char*, unsigned char*, RSA*, int) {
 
 } // namespace
 
+bool with_failing_openssl_allocation(int number, const std::function<void()>& action) {
+    EXPECT_EQ(g_replaced, 1);
+    g_failing = number;
+    action();
+    return std::exchange(g_failing, 0) == 0;
+}
+
 FailingOpenssl::FailingOpenssl()
     : before_(RSA_get_default_method())
     , failing_(RSA_meth_dup(before_)) {
     RSA_meth_set_priv_enc(failing_, fail_transform);
-    RSA_meth_set_priv_dec(failing_, fail_transform);
-    RSA_meth_set_pub_enc(failing_, fail_transform);
     RSA_meth_set_pub_dec(failing_, fail_transform);
-    RSA_meth_set_sign(failing_, [](int, const unsigned char*, unsigned int, unsigned char*,
-                                   unsigned int*, const RSA*) { return fail(); });
     RSA_meth_set_verify(failing_, [](int, const unsigned char*, unsigned int, const unsigned char*,
                                      unsigned int, const RSA*) { return fail(); });
     RSA_meth_set_keygen(failing_, [](RSA*, int, BIGNUM*, BN_GENCB*) { return fail(); });

@@ -8,8 +8,6 @@
 #include <openssl/evp.h>
 #include <openssl/rsa.h>
 
-#include "qncore/error_exception.h"
-#include "qncrypto/errors.h"
 #include "qncrypto/rsa.h"
 
 // Keys for tests, and OpenSSL's own calls to hold the room against.
@@ -47,14 +45,15 @@ EvpContext evp_context(const Pkey& key, int (*init)(EVP_PKEY_CTX*), int padding,
                        const EVP_MD* digest = nullptr);
 Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, const Bytes& input);
 
-/// What the function throws.
-qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function);
+/// The cause of a failure of OpenSSL, for tables of failures.
+inline constexpr const char* openssl = "error.qncrypto.openssl";
 
-/// The record has that code, text and function, and a cause from OpenSSL or none.
-void expect_error(const qncore::ErrorInfoPtr& info, const qncore::ErrorCode& code,
-                  const std::string& text, const std::string& function, bool from_openssl);
+/// Runs the action with the `number`-th allocation of OpenSSL (from 1 on) failing; false when it
+/// makes fewer.
+bool with_failing_openssl_allocation(int number, const std::function<void()>& action);
 
-/// While it lives, each new RSA object answers every operation with -1 and an OpenSSL error.
+/// While it lives, each new RSA object answers its private encryption, public decryption,
+/// verification and key generation with -1 and an OpenSSL error.
 class FailingOpenssl {
   public:
     FailingOpenssl();
