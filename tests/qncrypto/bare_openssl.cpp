@@ -15,12 +15,6 @@ Rsa KeyPair::rsa() const {
     return {d2i_RSAPrivateKey(nullptr, &position, static_cast<long>(private_key.size())), RSA_free};
 }
 
-Pkey KeyPair::pkey() const {
-    Pkey key(EVP_PKEY_new(), EVP_PKEY_free);
-    EVP_PKEY_assign(key.get(), EVP_PKEY_RSA, rsa().release());
-    return key;
-}
-
 const KeyPair& key_pair(unsigned int bits) {
     static std::map<unsigned int, KeyPair> pairs;
     const auto [place, made] = pairs.try_emplace(bits);
@@ -52,39 +46,6 @@ Bytes some_bytes(std::size_t count) {
         bytes[i] = static_cast<unsigned char>(i * 7 + 1);
     }
     return bytes;
-}
-
-const EVP_MD* evp_digest(HashAlgorithm hash) {
-    const EVP_MD* const digests[] = {EVP_md5(),    EVP_sha1(),   EVP_sha224(),
-                                     EVP_sha256(), EVP_sha384(), EVP_sha512()};
-    return digests[static_cast<std::size_t>(hash)];
-}
-
-Bytes digest_of(HashAlgorithm hash, const std::string& text) {
-    Bytes digest(EVP_MAX_MD_SIZE);
-    unsigned int size = 0;
-    EVP_Digest(text.data(), text.size(), digest.data(), &size, evp_digest(hash), nullptr);
-    digest.resize(size);
-    return digest;
-}
-
-EvpContext evp_context(const Pkey& key, int (*init)(EVP_PKEY_CTX*), int padding,
-                       const EVP_MD* digest) {
-    EvpContext context(EVP_PKEY_CTX_new(key.get(), nullptr), EVP_PKEY_CTX_free);
-    init(context.get());
-    EVP_PKEY_CTX_set_rsa_padding(context.get(), padding);
-    if (digest != nullptr) {
-        EVP_PKEY_CTX_set_signature_md(context.get(), digest);
-    }
-    return context;
-}
-
-Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, const Bytes& input) {
-    Bytes output(1024);
-    std::size_t size = output.size();
-    EXPECT_EQ(run(context.get(), output.data(), &size, input.data(), input.size()), 1);
-    output.resize(size);
-    return output;
 }
 
 namespace {

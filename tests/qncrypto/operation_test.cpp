@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <new>
 #include <thread>
 
@@ -22,10 +23,6 @@ const std::string unknown_padding_report =
     "padding.unknown|qncrypto::throw_unknown_rsa_padding()|Unknown RSA padding enum value: 4";
 constexpr auto unknown_padding = static_cast<RsaPadding>(4);
 constexpr auto unknown_hash = static_cast<HashAlgorithm>(6);
-constexpr HashAlgorithm all_hashes[] = {HashAlgorithm::md5,    HashAlgorithm::sha1,
-                                        HashAlgorithm::sha224, HashAlgorithm::sha256,
-                                        HashAlgorithm::sha384, HashAlgorithm::sha512};
-
 class Operations : public testing::Test {
   protected:
     Operations() { ERR_clear_error(); }
@@ -36,58 +33,35 @@ class Operations : public testing::Test {
     const std::size_t modulus = private_context.modulus_size();
 };
 
-TEST_F(Operations, PrivateBlocksAreThoseOfOpenssl) {
+TEST_F(Operations, BlocksAreThoseOfOpenssl) {
     const Rsa rsa = pair.rsa();
-    struct Case {
-        RsaPadding padding;
-        int openssl;
-        std::size_t size;
-    };
-    const Case cases[] = {{RsaPadding::pkcs1, RSA_PKCS1_PADDING, 0},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 1},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117},
-                          {RsaPadding::none, RSA_NO_PADDING, 128}};
-    for (const Case& test : cases) {
-        const Bytes data = some_bytes(test.size);
-        Bytes expected(modulus);
-        RSA_private_encrypt(static_cast<int>(test.size), data.data(), expected.data(), rsa.get(),
-                            test.openssl);
-        Key cipher;
-        EXPECT_EQ(private_context.encrypt(data.data(), test.size, &cipher, test.padding), 128);
-        EXPECT_EQ(bytes_of(cipher), expected) << test.size;
+    Bytes foreign(modulus);
+    const std::tuple<RsaPadding, int, int, std::size_t> cases[] = {
+        {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 0, 11},
+        {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117, 11},
+        {RsaPadding::none, RSA_NO_PADDING, 128, 0},
+        {RsaPadding::oaep, RSA_PKCS1_OAEP_PADDING, 86, 42}};
+    for (const auto& [padding, number, size, taken] : cases) {
+        SCOPED_TRACE(number);
+        const Bytes data = some_bytes(static_cast<std::size_t>(size));
+        EXPECT_EQ(RsaContext::padding_size(padding, nullptr), taken);
+        EXPECT_EQ(public_context.max_data_size(padding), modulus - taken);
+        Key block;
         Key plain;
-        EXPECT_EQ(public_context.decrypt(cipher.data(), 128, &plain, test.padding, nullptr),
-                  static_cast<std::int64_t>(test.size));
-        EXPECT_EQ(bytes_of(plain), data) << test.size;
-    }
-}
-
-TEST_F(Operations, PublicBlocksAreReadByOpensslAndBack) {
-    const Pkey pkey = pair.pkey();
-    struct Case {
-        RsaPadding padding;
-        int openssl;
-        std::size_t most;
-    };
-    const Case cases[] = {{RsaPadding::none, RSA_NO_PADDING, 128},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117},
-                          {RsaPadding::oaep, RSA_PKCS1_OAEP_PADDING, 86}};
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.openssl);
-        EXPECT_EQ(public_context.max_data_size(test.padding), test.most);
-        EXPECT_EQ(RsaContext::padding_size(test.padding, nullptr), modulus - test.most);
-        const Bytes data = some_bytes(test.most);
-        Key cipher;
-        EXPECT_EQ(public_context.encrypt(data.data(), data.size(), &cipher, test.padding), 128);
-
-        EXPECT_EQ(by_openssl(evp_context(pkey, EVP_PKEY_decrypt_init, test.openssl),
-                             EVP_PKEY_decrypt, bytes_of(cipher)),
-                  data);
-        const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_encrypt_init, test.openssl),
-                                         EVP_PKEY_encrypt, data);
-        Key ours;
-        private_context.decrypt(foreign.data(), foreign.size(), &ours, test.padding, nullptr);
-        EXPECT_EQ(bytes_of(ours), data);
+        EXPECT_EQ(public_context.encrypt(data.data(), data.size(), &block, padding), 128);
+        EXPECT_EQ(RSA_private_decrypt(128, block.data(), foreign.data(), rsa.get(), number), size);
+        EXPECT_TRUE(std::equal(data.begin(), data.end(), foreign.begin()));
+        RSA_public_encrypt(size, data.data(), foreign.data(), rsa.get(), number);
+        EXPECT_EQ(private_context.decrypt(foreign.data(), modulus, &plain, padding, nullptr), size);
+        EXPECT_EQ(bytes_of(plain), data);
+        if (padding != RsaPadding::oaep) {
+            RSA_private_encrypt(size, data.data(), foreign.data(), rsa.get(), number);
+            EXPECT_EQ(private_context.encrypt(data.data(), data.size(), &block, padding), 128);
+            EXPECT_EQ(bytes_of(block), foreign);
+            EXPECT_EQ(public_context.decrypt(block.data(), modulus, &plain, padding, nullptr),
+                      size);
+            EXPECT_EQ(bytes_of(plain), data);
+        }
     }
 }
 
@@ -251,38 +225,50 @@ TEST_F(Operations, AFailedDecryptionWithASlotAssignsItsNegativeCount) {
 
 TEST_F(Operations, SignaturesAreThoseOfOpenssl) {
     const KeyPair& large = key_pair(1536);
+    const Rsa rsa = large.rsa();
     const auto signer = large.private_context();
     const auto verifier = large.public_context();
-    const Pkey pkey = large.pkey();
-    const std::string text = "what is signed";
-    for (const RsaPadding padding : {RsaPadding::pkcs1, RsaPadding::pss}) {
-        const int openssl = padding == RsaPadding::pss ? RSA_PKCS1_PSS_PADDING : RSA_PKCS1_PADDING;
-        for (const HashAlgorithm hash : all_hashes) {
-            SCOPED_TRACE(static_cast<int>(hash) * 10 + openssl);
-            const Bytes digest = digest_of(hash, text);
-            Key signature;
-            EXPECT_EQ(signer.sign(digest.data(), &signature, hash, padding, nullptr), 192);
-            const EVP_MD* const md = evp_digest(hash);
-            EXPECT_EQ(EVP_PKEY_verify(evp_context(pkey, EVP_PKEY_verify_init, openssl, md).get(),
-                                      signature.data(), signature.size(), digest.data(),
-                                      digest.size()),
-                      1);
-            const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_sign_init, openssl, md),
-                                             EVP_PKEY_sign, digest);
-            EXPECT_TRUE(
-                verifier.verify(foreign.data(), 192, digest.data(), hash, padding, nullptr));
-
+    const EVP_MD* (*const digests[])() = {EVP_md5,    EVP_sha1,   EVP_sha224,
+                                          EVP_sha256, EVP_sha384, EVP_sha512};
+    for (std::uint32_t number = 0; number < std::size(digests); ++number) {
+        SCOPED_TRACE(number);
+        const EVP_MD* const md = digests[number]();
+        const auto size = static_cast<unsigned int>(EVP_MD_size(md));
+        const auto hash = static_cast<HashAlgorithm>(number);
+        const Bytes digest = some_bytes(size);
+        const Bytes other(size, 7);
+        Bytes block(192);
+        Bytes foreign(192);
+        Key signature;
+        unsigned int length = 0;
+        const auto expect_verified_alone = [&](RsaPadding padding) {
             ErrorInfoPtr slot;
-            const Bytes other = digest_of(hash, "something else");
-            EXPECT_FALSE(verifier.verify(foreign.data(), 192, other.data(), hash, padding, &slot));
+            const unsigned char* const bytes = foreign.data();
+            EXPECT_TRUE(verifier.verify(bytes, 192, digest.data(), hash, padding, &slot));
+            EXPECT_FALSE(verifier.verify(bytes, 192, other.data(), hash, padding, &slot));
             EXPECT_FALSE(slot);
             EXPECT_EQ(ERR_peek_error(), 0U);
-        }
+        };
+        RSA_sign(EVP_MD_type(md), digest.data(), size, foreign.data(), &length, rsa.get());
+        EXPECT_EQ(signer.sign(digest.data(), &signature, hash, RsaPadding::pkcs1, nullptr), 192);
+        EXPECT_EQ(bytes_of(signature), foreign);
+        expect_verified_alone(RsaPadding::pkcs1);
+
+        // A salt of the digest's size; ours is the longest.
+        RSA_padding_add_PKCS1_PSS(rsa.get(), block.data(), digest.data(), md,
+                                  RSA_PSS_SALTLEN_DIGEST);
+        RSA_private_encrypt(192, block.data(), foreign.data(), rsa.get(), RSA_NO_PADDING);
+        expect_verified_alone(RsaPadding::pss);
+        EXPECT_EQ(signer.sign(digest.data(), &signature, hash, RsaPadding::pss, nullptr), 192);
+        RSA_public_decrypt(192, signature.data(), block.data(), rsa.get(), RSA_NO_PADDING);
+        EXPECT_EQ(
+            RSA_verify_PKCS1_PSS(rsa.get(), digest.data(), md, block.data(), RSA_PSS_SALTLEN_MAX),
+            1);
     }
 }
 
 TEST_F(Operations, SigningAndVerifyingAreRefused) {
-    const Bytes digest = digest_of(HashAlgorithm::sha256, "x");
+    const Bytes digest = some_bytes(32);
     const std::string unknown = codes + "signature.hash|qncrypto::throw_unknown_hash_algorithm()|"
                                         "Unknown hash algorithm enum value: 6";
     const std::tuple<std::size_t, HashAlgorithm, RsaPadding, std::string> cases[] = {
@@ -313,7 +299,7 @@ TEST_F(Operations, SigningAndVerifyingAreRefused) {
 TEST_F(Operations, ADigestTooLongForTheKeyPassesWithoutARecord) {
     const KeyPair& small = key_pair(512);
     const auto signer = small.private_context();
-    const Bytes digest = digest_of(HashAlgorithm::sha512, "x");
+    const Bytes digest = some_bytes(64);
     ErrorInfoPtr slot;
     Key signature(3);
     EXPECT_EQ(
@@ -359,7 +345,7 @@ TEST_F(Operations, AnswersOfOpensslBelowZeroAreFailures) {
 }
 
 TEST_F(Operations, NoFailedAllocationOfOpensslGivesAWrongAnswer) {
-    const Bytes digest = digest_of(HashAlgorithm::sha256, "x");
+    const Bytes digest = some_bytes(32);
     const Key password(digest.data(), 8);
     const std::string pem = RsaContext::public_key_as_pem(pair.public_key);
     const std::string pkcs8 =
@@ -369,37 +355,32 @@ TEST_F(Operations, NoFailedAllocationOfOpensslGivesAWrongAnswer) {
                          nullptr);
     Key cipher;
     pair.private_context().encrypt(digest.data(), 32, &cipher, RsaPadding::pkcs1);
+    const auto* const text = pem.data();
+    using Context = RsaContext;
+    Key out;
     const std::function<bool()> actions[] = {
+        [&] { return Context::public_key_from_private_key(pair.private_key) == pair.public_key; },
+        [&] { return Context::public_key_from_pem(text, pem.size(), nullptr) == pair.public_key; },
         [&] {
-            return RsaContext::public_key_from_private_key(pair.private_key) == pair.public_key;
+            return Context::private_key_from_pkcs8_pem(pkcs8.data(), pkcs8.size(), password,
+                                                       nullptr) == pair.private_key;
         },
         [&] {
-            return RsaContext::public_key_from_pem(pem.data(), pem.size(), nullptr) ==
-                   pair.public_key;
-        },
-        [&] {
-            return RsaContext::private_key_from_pkcs8_pem(pkcs8.data(), pkcs8.size(), password,
-                                                          nullptr) == pair.private_key;
-        },
-        [&] {
-            return !RsaContext::private_key_as_pkcs8_pem(pair.private_key, password, "aes-128-cbc")
+            return !Context::private_key_as_pkcs8_pem(pair.private_key, password, "aria256")
                         .empty();
         },
         [&] {
-            Key out;
             pair.private_context().encrypt(digest.data(), 32, &out, RsaPadding::pkcs1);
             return out == cipher;
         },
         [&] {
-            Key out;
             pair.public_context().decrypt(cipher.data(), 128, &out, RsaPadding::pkcs1, nullptr);
             return bytes_of(out) == digest;
         },
-        [&] {
-            Key out; // a failed signature is empty
-            pair.private_context().sign(digest.data(), &out, HashAlgorithm::sha256,
-                                        RsaPadding::pkcs1, nullptr);
-            return out.empty() || out == signature;
+        [&] { // a failed signature is empty
+            const auto size = pair.private_context().sign(
+                digest.data(), &out, HashAlgorithm::sha256, RsaPadding::pkcs1, nullptr);
+            return size == 0 || out == signature;
         },
         [&] { // what does not match never does
             return !pair.public_context().verify(cipher.data(), 128, digest.data(),
