@@ -28,7 +28,7 @@ class TraceTopic {
     void set_trace_level(char level) noexcept { level_.store(level, std::memory_order_relaxed); }
 
   private:
-    static constexpr char unconfigured = -1;
+    static constexpr auto unconfigured = static_cast<char>(-1);
 
     char configure() const noexcept;
 

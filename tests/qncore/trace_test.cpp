@@ -170,17 +170,19 @@ TEST(Trace, TheFileIsMadeByTheFirstLineKeptByTheNextAndTurnsOverWhenFull) {
     EXPECT_FALSE(std::filesystem::exists(older(".4")));
     EXPECT_EQ(support::ChildProcess("has_file_open", {capture.file()}).wait(), 0);
     std::filesystem::remove(support::native(capture.file())); // open as it is
+    reload_configuration();                                   // Windows removes it with the close
     EXPECT_FALSE(std::filesystem::exists(capture.file()));
 }
 
 TEST(Trace, NoFailedAllocationReachesTheCaller) {
     const TraceCapture capture("Test=81");
+    intTopicHdl* const handle = topic();
     bool failed = true;
     for (std::size_t number = 1; failed; ++number) {
         reload_configuration();
-        failed = support::with_failing_allocation(number, [] {
-            QN_TRACE_FUNCTION(topic(), "f()");
-            QN_TRACE_NOTE(topic(), "f()", "{} a text longer than any string's own room {}",
+        failed = support::with_failing_allocation(number, [handle] {
+            QN_TRACE_FUNCTION(handle, "f()");
+            QN_TRACE_NOTE(handle, "f()", "{} a text longer than any string's own room {}",
                           std::string_view(long_text), 2);
         });
     }
