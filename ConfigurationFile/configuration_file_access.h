@@ -1,10 +1,13 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "ConfigurationFile/configuration_file.h"
 
 namespace vdcertificates {
+
+class PasswordCipher;
 
 /// Reaches the private operations of ConfigurationFile, which report by exception: for the bodies
 /// that a family shares, for the suite's own tools and for the tests.
@@ -28,6 +31,11 @@ struct ConfigurationFileAccess {
         &ConfigurationFile::get_media_retrieval_certificate_information,
         &ConfigurationFile::set_media_retrieval_certificate_information};
 
+    /// In the order of the file.
+    static inline const std::array<const Section*, 3> sections{&notifiers, &devices,
+                                                               &media_retrieval};
+    using Document = std::array<const ConfigurationFileNodes*, 3>;
+
     static ConfigurationFileNodes read(ConfigurationFile& file, const Section& section) {
         ConfigurationFileNodes nodes;
         (file.*section.read)(nodes);
@@ -43,13 +51,22 @@ struct ConfigurationFileAccess {
         file.set_certificate_information(newNodes, existingNodes, section, text);
         return text;
     }
-    static std::string encipher(ConfigurationFile& file, const std::string& password) {
-        return file.encipher_password(password);
-    }
-    static std::string decipher(ConfigurationFile& file, std::string& cipherText) {
-        return file.decipher_password(cipherText);
-    }
     static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
+
+    /// Replaces the content of the file by exactly these sections, in one write. Nothing is read:
+    /// the caller holds the machine-wide lock from its own reading until this returns. Throws; a
+    /// failure before the write leaves the file as it was, a failed write leaves it cut.
+    VDCERTIFICATES_API static void replace(ConfigurationFile& file,
+                                           const ConfigurationFileNodes& notifierNodes,
+                                           const ConfigurationFileNodes& deviceNodes,
+                                           const ConfigurationFileNodes& mediaRetrievalNodes);
+
+    /// The body of all reads, in reading.cpp.
+    static void read(ConfigurationFile& file, const std::string& nodeName,
+                     ConfigurationFileNodes& nodes, PasswordCipher& cipher);
+
+    /// The write half of a change.
+    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
 
     /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
     /// name; a sharing violation ends the change when `stopsAtSharingViolation`.
