@@ -89,7 +89,6 @@ struct SecretPrompt::State {
     bool silence() const {
         termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        silent.c_lflag |= ECHONL;
         return ::tcsetattr(descriptor, TCSAFLUSH, &silent) == 0;
     }
 
@@ -168,9 +167,13 @@ std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
     write_all(state_->descriptor, prompt);
     for (;;) {
         char character = 0;
-        if (!state_->wait(prompt) || ::read(state_->descriptor, &character, 1) != 1) {
+        const bool has_ended =
+            !state_->wait(prompt) || ::read(state_->descriptor, &character, 1) != 1;
+        if (has_ended || character == '\n') {
+            write_all(state_->descriptor, "\n"); // which was not echoed either
+        }
+        if (has_ended) {
             secure_zero(secret->data(), secret->size());
-            write_all(state_->descriptor, "\n");
             return std::nullopt;
         }
         if (character == '\n') {
