@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 
 #include "ConfigurationFile/configuration_file.h"
@@ -61,9 +62,17 @@ struct ConfigurationFileAccess {
                                            const ConfigurationFileNodes& deviceNodes,
                                            const ConfigurationFileNodes& mediaRetrievalNodes);
 
-    /// The body of all reads, in reading.cpp.
-    static void read(ConfigurationFile& file, const std::string& nodeName,
-                     ConfigurationFileNodes& nodes, PasswordCipher& cipher);
+    /// Says whether a read keeps the entries of a server, or, for null, those that stand directly
+    /// in the section. What is not kept is read and deciphered all the same.
+    using Filter = std::function<bool(const std::string* server)>;
+    static bool keeps_all(const std::string*) { return true; }
+
+    /// The body of all reads, in reading.cpp; the second form has a cipher of its own.
+    static void read_section(ConfigurationFile& file, const std::string& nodeName,
+                             ConfigurationFileNodes& nodes, const Filter& keeps,
+                             PasswordCipher& cipher);
+    static void read_section(ConfigurationFile& file, const std::string& nodeName,
+                             ConfigurationFileNodes& nodes, const Filter& keeps);
 
     /// The write half of a change.
     static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);

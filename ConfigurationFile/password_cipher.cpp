@@ -10,16 +10,28 @@ namespace vdcertificates {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
+using qncertificates::CertificateKeys;
 using qncrypto::Key;
 
 const unsigned char* bytes_of(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
+/// The stored form of a cipher block.
+std::string text_of(const Bytes& block) {
+    Bytes pem;
+    qncertificates::convert_DER_to_PEM(block, pem);
+    std::string text(pem.begin(), pem.end());
+    qncrypto::cleanse(pem);
+    return text;
+}
+
 /// The context of a key, made at its first use.
 template <class Context>
-const Context& context_of(std::optional<Context>& context, const Key& key) {
+const Context& context_of(std::optional<Context>& context, const CertificateKeys& keys,
+                          Key (CertificateKeys::*get_key)() const) {
     if (!context) {
+        const Key key = (keys.*get_key)();
         context.emplace(key.data(), key.size());
     }
     return *context;
@@ -39,25 +51,26 @@ std::string PasswordCipher::encipher(const std::string& password) {
     }
     Key cipher;
     // Required: through the private key, so that it is the public key that recovers it.
-    context_of(private_context_, keys_.get_private_key())
+    context_of(private_context_, keys_, &CertificateKeys::get_private_key)
         .encrypt(clear.data(), clear.size(), &cipher, qncrypto::RsaPadding::pkcs1);
-    Bytes pem;
-    qncertificates::convert_DER_to_PEM(Bytes(cipher.data(), cipher.data() + cipher.size()), pem);
-    std::string text(pem.begin(), pem.end());
-    qncrypto::cleanse(pem);
-    return text;
+    return text_of(Bytes(cipher.data(), cipher.data() + cipher.size()));
 }
 
 std::string PasswordCipher::decipher(std::string& cipherText) {
-    const Bytes pem(cipherText.begin(), cipherText.end());
     Bytes block;
-    qncertificates::convert_PEM_to_DER(pem, block);
+    qncertificates::convert_PEM_to_DER(Bytes(cipherText.begin(), cipherText.end()), block);
+    // Padding of block type 1 has no random part (RFC 8017, section 9.2): the block is the one
+    // that enciphering the password again would give, and so is its text if it has our form.
+    const bool can_be_kept = memory_ == Memory::texts && text_of(block) == cipherText;
     qncrypto::cleanse(cipherText);
-    Key plain;
-    context_of(public_context_, keys_.get_public_key())
-        .decrypt(block.data(), block.size(), &plain, qncrypto::RsaPadding::pkcs1, nullptr);
+    Key clear;
+    context_of(public_context_, keys_, &CertificateKeys::get_public_key)
+        .decrypt(block.data(), block.size(), &clear, qncrypto::RsaPadding::pkcs1, nullptr);
+    if (can_be_kept) {
+        texts_.try_emplace(clear, text_of(block));
+    }
     qncrypto::cleanse(block);
-    return {reinterpret_cast<const char*>(plain.data()), plain.size()};
+    return {reinterpret_cast<const char*>(clear.data()), clear.size()};
 }
 
 std::string ConfigurationFile::encipher_password(const std::string& password) {

@@ -1,5 +1,6 @@
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/password_cipher.h"
+#include "qncertificates/patient_open.h"
 #include "qnfile/file_stream.h"
 #include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
@@ -51,33 +52,42 @@ CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
     return node;
 }
 
-void read_section(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
-                  PasswordCipher& cipher) {
+void read_entries(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
+                  PasswordCipher& cipher, const ConfigurationFileAccess::Filter& keeps) {
     for_each_child(reader, section, [&](const Element& child) {
         if (child->qualified_name() != "Notifier") {
-            nodes.certificates.push_back(read_entry(reader, child, cipher));
+            CertificateNode node = read_entry(reader, child, cipher);
+            if (keeps(nullptr)) {
+                nodes.certificates.push_back(std::move(node));
+            }
             return;
         }
         const auto* attribute = child->find_attribute("Name");
         const std::string key = attribute != nullptr ? attribute->value() : qncore::g_emptyString;
+        const bool kept = keeps(&key);
         for_each_child(reader, child, [&](const Element& entry) {
             CertificateNode node = read_entry(reader, entry, cipher); // may throw: no empty key then
-            nodes.notifiers[key].push_back(std::move(node));
+            if (kept) {
+                nodes.notifiers[key].push_back(std::move(node));
+            }
         });
     });
 }
 
 } // namespace
 
-void ConfigurationFileAccess::read(ConfigurationFile& file, const std::string& nodeName,
-                                   ConfigurationFileNodes& nodes, PasswordCipher& cipher) {
+void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::string& nodeName,
+                                           ConfigurationFileNodes& nodes, const Filter& keeps,
+                                           PasswordCipher& cipher) {
     nodes.certificates.clear();
     nodes.notifiers.clear();
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    qnxml::XmlStreamTokenizer tokenizer(
-        qnuri::UriReference(), first_line, buffer_size,
-        qnfile::FileReadStream::create(path, qnfile::share_none, qnfile::flag_sequential_scan));
+    const auto stream = qncertificates::open_patiently([&] {
+        return qnfile::FileReadStream::create(path, qnfile::share_none,
+                                              qnfile::flag_sequential_scan);
+    });
+    qnxml::XmlStreamTokenizer tokenizer(qnuri::UriReference(), first_line, buffer_size, stream);
     qnxml::XmlReader reader(&tokenizer, nullptr);
 
     reader.next_element();
@@ -87,15 +97,21 @@ void ConfigurationFileAccess::read(ConfigurationFile& file, const std::string& n
     }
     for_each_child(reader, reader.current_element(), [&](const Element& section) {
         if (section->qualified_name() == nodeName) {
-            read_section(reader, section, nodes, cipher);
+            read_entries(reader, section, nodes, cipher, keeps);
         }
     });
 }
 
+void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::string& nodeName,
+                                           ConfigurationFileNodes& nodes, const Filter& keeps) {
+    PasswordCipher cipher(*file.m_certificateKeys, PasswordCipher::Memory::none);
+    read_section(file, nodeName, nodes, keeps, cipher);
+}
+
 void ConfigurationFile::get_certificate_information(ConfigurationFileNodes& nodes,
                                                     const std::string& nodeName) {
-    PasswordCipher cipher(*m_certificateKeys, PasswordCipher::Memory::none);
-    ConfigurationFileAccess::read(*this, nodeName, nodes, cipher);
+    ConfigurationFileAccess::read_section(*this, nodeName, nodes,
+                                          ConfigurationFileAccess::keeps_all);
 }
 
 void ConfigurationFile::get_subsystems_certificate_information(ConfigurationFileNodes& nodes) {

@@ -3,6 +3,7 @@
 #include "ConfigurationFile/merge.h"
 #include "ConfigurationFile/password_cipher.h"
 #include "ConfigurationFile/trace_topic.h"
+#include "qncertificates/patient_open.h"
 #include "qncore/error_exception.h"
 #include "qnfile/file_stream.h"
 
@@ -17,7 +18,7 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
     std::array<ConfigurationFileNodes, sections.size()> nodes;
     try {
         for (std::size_t i = 0; i < sections.size(); ++i) {
-            read(file, sections[i]->name, nodes[i], cipher);
+            read_section(file, sections[i]->name, nodes[i], keeps_all, cipher);
         }
     } catch (const qncore::ErrorException& exception) {
         if (stopsAtSharingViolation && exception.matches(error::sharing_violation)) {
@@ -58,9 +59,11 @@ void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nod
 
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
-                                    qnfile::flag_write_through)
-        ->write(text.c_str(), text.size());
+    const auto stream = qncertificates::open_patiently([&] {
+        return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
+                                               qnfile::flag_write_through);
+    });
+    stream->write(text.c_str(), text.size());
 }
 
 void ConfigurationFile::set_subsystems_certificate_information(

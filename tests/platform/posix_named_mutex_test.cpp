@@ -1,9 +1,6 @@
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/posix/mutex_object.h"
 #include "tests/platform/mutex_fixture.h"
 #include "tests/support/account.h"
 #include "tests/support/child_process.h"
@@ -40,31 +37,12 @@ TEST_F(MutexTest, AnotherAccountWaitsAndReleases) {
     EXPECT_FALSE(mutex.close());
 }
 
-TEST_F(MutexTest, AForeignObjectIsAnError) {
-    for (const std::size_t size : {std::size_t{0}, std::size_t{7}, sizeof(SharedMutex),
-                                   sizeof(SharedMutex) + 1, std::size_t{1} << 20}) {
-        SCOPED_TRACE(size);
-        const std::string object = mutex_object_name(name);
-        const int descriptor = ::shm_open(object.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
-        ASSERT_GE(descriptor, 0);
-        ASSERT_EQ(::ftruncate(descriptor, static_cast<off_t>(size)), 0);
-        ::close(descriptor);
-        NamedMutex mutex;
-        EXPECT_EQ(mutex.create(name), SystemError::posix(EINVAL));
-        EXPECT_EQ(mutex.open_limited(name), SystemError::posix(EINVAL));
-        testing::remove_named_mutex(name);
-    }
-    NamedMutex mutex;
-    EXPECT_TRUE(mutex.open_limited(name).is_not_found());
-}
-
 TEST_F(MutexTest, ANameThatCanBeNoObjectIsAnError) {
     NamedMutex mutex;
     EXPECT_TRUE(mutex.create("Global\\a/b"));
     EXPECT_TRUE(mutex.create(std::string(300, 'x')));
 }
 
-/// The list of the robust mutexes that a thread holds leads through the mappings of all of them.
 TEST_F(MutexTest, AHeldMutexMayBeClosed) {
     const std::string other_name = "Global\\{orva-other-test}";
     NamedMutex other;

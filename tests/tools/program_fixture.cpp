@@ -107,7 +107,7 @@ Words ProgramTest::set_words(const std::string& role, const std::string& prefix)
 }
 
 std::string ProgramTest::in_root(const std::string& suffix) const {
-    return root() + platform::preferred_separator + platform::computer_name() + suffix;
+    return root() + platform::preferred_separator + *platform::computer_name() + suffix;
 }
 
 } // namespace tools_test

@@ -9,6 +9,7 @@
 #include <openssl/pem.h>
 
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "platform/permissions.h"
 #include "tools/vdcertificates/input.h"
 #include "tools/vdcertificates/openssl_handles.h"

@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "platform/permissions.h"
 #include "qncore/string_conversion.h"
 #include "tools/vdcertificates/certificate_files.h"

@@ -1,12 +1,9 @@
 #include "tools/vdcertificates/input.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <system_error>
 
+#include "platform/file.h"
 #include "tools/vdcertificates/exit_status.h"
-#include "tools/vdcertificates/native_path.h"
 
 namespace tool {
 namespace {
@@ -20,7 +17,8 @@ Secret read_all(std::size_t limit, const Read& read) {
     std::size_t used = 0;
     for (;;) {
         text.resize(std::min(used + piece, limit));
-        const std::size_t count = read(text.data() + used, text.text().size() - used);
+        const std::size_t room = text.text().size() - used;
+        const std::size_t count = room == 0 ? 0 : read(text.data() + used, room);
         used += count;
         if (count == 0) {
             text.resize(used);
@@ -29,12 +27,23 @@ Secret read_all(std::size_t limit, const Read& read) {
     }
 }
 
+/// An open file for a scope.
+struct OpenFile {
+    explicit OpenFile(platform::FileHandle opened) noexcept
+        : handle(opened) {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile() { platform::close_file(handle); }
+
+    platform::FileHandle handle;
+};
+
 } // namespace
 
 Secret read_standard_input(std::size_t limit) {
     std::setvbuf(stdin, nullptr, _IONBF, 0); // so that no other buffer gets a password
     Secret text = read_all(limit, [](char* place, std::size_t size) {
-        return size == 0 ? 0 : std::fread(place, 1, size, stdin);
+        return std::fread(place, 1, size, stdin);
     });
     if (std::ferror(stdin) != 0) {
         throw UsageError("standard input cannot be read");
@@ -43,24 +52,21 @@ Secret read_standard_input(std::size_t limit) {
 }
 
 Secret read_file(const std::string& path, std::size_t limit) {
-    const auto refuse = [&]() {
-        return UsageError("cannot read the file '" + path +
-                          "': " + std::generic_category().message(errno));
+    const auto refuse = [&](platform::SystemError error) {
+        return UsageError("cannot read the file '" + path + "': " + platform::describe(error));
     };
-    std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    errno = 0;
-    file.open(native_path(path), std::ios::binary);
-    if (!file) {
-        throw refuse();
+    const auto handle = platform::open_input(path);
+    if (!handle) {
+        throw refuse(handle.error());
     }
-    return read_all(limit, [&](char* place, std::size_t size) {
-        const std::streamsize count =
-            size == 0 ? 0 : file.rdbuf()->sgetn(place, static_cast<std::streamsize>(size));
-        if (count == 0 && errno != 0) {
-            throw refuse();
+    const OpenFile file(*handle);
+    return read_all(limit, [&](char* place, std::size_t size) -> std::size_t {
+        const auto count =
+            platform::read_file(file.handle, place, static_cast<std::uint32_t>(size));
+        if (!count) {
+            throw refuse(count.error());
         }
-        return static_cast<std::size_t>(count);
+        return *count;
     });
 }
 

@@ -65,6 +65,15 @@ KeyFiles key_files() {
             prefix + ConfigurationFile::sm_machinePrivateKeyFilePath};
 }
 
+std::string machine_setting() {
+    const auto found = platform::machine_root_directory();
+    std::string setting = found && *found ? **found : std::string();
+    if (setting.ends_with(platform::preferred_separator)) {
+        setting.pop_back();
+    }
+    return setting;
+}
+
 std::string named_file() {
     return platform::environment_variable(variable.c_str()).value_or("");
 }
@@ -130,10 +139,7 @@ void Store::find_file() {
     } else if (missing && !platform::check_existence(named)) {
         made_.push_back("made the empty file " + named);
     }
-    std::string setting = platform::machine_root_directory().value_or("");
-    if (setting.ends_with(platform::preferred_separator)) {
-        setting.pop_back();
-    }
+    const std::string setting = machine_setting();
     if (!setting.empty() && setting != keys_.directory) {
         warnings_.push_back("the directory " + setting + ", which the machine's setting in " +
                             platform::machine_setting_source() +

@@ -18,6 +18,10 @@ struct KeyFiles {
 };
 KeyFiles key_files();
 
+/// The directory that the machine's setting names, without a separator at its end; empty when there
+/// is none.
+std::string machine_setting();
+
 /// What ORVA_Certificates holds; empty when it is not set.
 std::string named_file();
 

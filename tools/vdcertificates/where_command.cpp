@@ -15,14 +15,10 @@ constexpr std::size_t name_width = 16; ///< of the longest one, and two blanks
 
 /// Which rule gave the root directory.
 std::string root_rule(const std::string& root) {
-    std::string setting = platform::machine_root_directory().value_or("");
-    if (setting.ends_with(platform::preferred_separator)) {
-        setting.pop_back();
-    }
     if (root.empty()) {
         return "neither the machine's setting nor a user's profile names a directory";
     }
-    return root == setting ? "the machine's setting in " + platform::machine_setting_source()
+    return root == machine_setting() ? "the machine's setting in " + platform::machine_setting_source()
                            : "the user's profile";
 }
 
