@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 #include "platform/system_error.h"
@@ -30,8 +29,5 @@ SystemError probe_write_access(const std::string& path);
 
 /// Removes a file if it can. May be called by a handler of signals.
 void remove_file(const char* path) noexcept;
-
-/// Lets others remove or rename a file while it is open in this stream, as Linux always does.
-void allow_removal(std::FILE* file) noexcept;
 
 } // namespace platform

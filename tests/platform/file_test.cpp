@@ -90,17 +90,6 @@ TEST_F(FileTest, ShareModesInOneProcessAndBetweenTwo) {
     EXPECT_TRUE(reader_alone.open(name_)) << "nothing is left";
 }
 
-TEST_F(FileTest, OneOfManyOpenersIsEnoughToRefuse) {
-    const Opener reader{FileAccess::read, FileSharing::read_write};
-    const OpenFile readers[] = {reader.open(name_), reader.open(name_), reader.open(name_)};
-    const Opener denies_writing{FileAccess::read, FileSharing::read};
-    {
-        const OpenFile other = writer.open(name_);
-        EXPECT_FALSE(denies_writing.open(name_));
-    }
-    EXPECT_TRUE(denies_writing.open(name_)) << "the writer has gone";
-}
-
 TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
     for (const auto disposition :
          {FileDisposition::create_always, FileDisposition::truncate_existing}) {
