@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include <gmock/gmock.h>
 
 #include "platform/file.h"
@@ -71,6 +69,19 @@ TEST_F(WindowsFileTest, TheProbeDoesNotShareDeletion) {
     EXPECT_TRUE(stream) << "an open of the library's own shares it";
     close_file(*stream);
     ::CloseHandle(deleter);
+}
+
+TEST_F(WindowsFileTest, ATransferOfAnOverlappedHandleIsWaitedFor) {
+    const std::string name = directory.file("file");
+    support::write_file(name, "content");
+    const auto file = open_file(name, FileAccess::read, FileDisposition::open_existing,
+                                FileSharing::read_write, {.overlapped = true});
+    ASSERT_TRUE(file);
+    char text[8] = {};
+    EXPECT_EQ(*read_file_at(*file, 3, text, 7), 4U);
+    EXPECT_STREQ(text, "tent");
+    EXPECT_EQ(read_file_at(*file, 7, text, 7).error(), SystemError::windows(ERROR_HANDLE_EOF));
+    close_file(*file);
 }
 
 } // namespace
