@@ -1,7 +1,7 @@
 // Makes each platform call and each allocation of first use, of a getter and of setters fail once,
 // and looks at what the caller, the key files and the configuration file see of it.
 #include <cerrno>
-#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <new>
 
@@ -9,44 +9,42 @@
 
 #include "platform/testing/testing.h"
 #include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/allocations.h"
 #include "tests/support/trace_capture.h"
 
 namespace {
 
-long allocations = 0; ///< of this program and of OpenSSL, since failing_allocation was set
-long failing_allocation = 0;
+// OpenSSL takes its memory by `new`, so that its allocations count, too; a block begins with its
+// size. This comes before its first allocation: later it takes no other functions.
+constexpr std::size_t header = 16;
 
-void* allocate(std::size_t size) noexcept {
-    return ++allocations == failing_allocation ? nullptr : std::malloc(size);
+void* take(std::size_t size, const char* /*file*/, int /*line*/) {
+    void* const block = ::operator new(size + header, std::nothrow);
+    if (block == nullptr) {
+        return nullptr;
+    }
+    std::memcpy(block, &size, sizeof size);
+    return static_cast<char*>(block) + header;
 }
 
-void* allocate_or_throw(std::size_t size) {
-    void* const block = allocate(size);
-    return block != nullptr ? block : throw std::bad_alloc();
+void give_back(void* bytes, const char* /*file*/, int /*line*/) {
+    ::operator delete(bytes != nullptr ? static_cast<char*>(bytes) - header : nullptr);
 }
 
-// Before OpenSSL's first allocation: it takes no other functions after that.
-const int openssl_counts = CRYPTO_set_mem_functions(
-    [](std::size_t size, const char*, int) { return allocate(size); },
-    [](void* block, std::size_t size, const char*, int) {
-        return ++allocations == failing_allocation ? nullptr : std::realloc(block, size);
-    },
-    [](void* block, const char*, int) { std::free(block); });
+void* take_anew(void* bytes, std::size_t size, const char* file, int line) {
+    void* const other = take(size, file, line);
+    if (bytes != nullptr && other != nullptr) {
+        std::size_t old_size = 0;
+        std::memcpy(&old_size, static_cast<char*>(bytes) - header, sizeof old_size);
+        std::memcpy(other, bytes, std::min(size, old_size));
+        give_back(bytes, file, line);
+    }
+    return other;
+}
+
+const int openssl_counts = CRYPTO_set_mem_functions(take, take_anew, give_back);
 
 } // namespace
-
-// clang-format off
-void* operator new(std::size_t size) { return allocate_or_throw(size); }
-void* operator new[](std::size_t size) { return allocate_or_throw(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
-void operator delete[](void* block, const std::nothrow_t&) noexcept { std::free(block); }
-// clang-format on
 
 namespace store_test {
 namespace {
@@ -214,20 +212,14 @@ TEST_F(FaultsTest, EachAllocation) {
     ASSERT_EQ(openssl_counts, 1);
     for (const Scene& scene : scenes) {
         const std::vector<std::string> allowed = outcomes(scene);
-        long number = 0;
-        long made = 0;
-        do {
-            ++number;
+        bool failed = true;
+        for (std::size_t number = 1; failed; ++number) {
             SCOPED_TRACE(std::string(scene.name) + ", allocation " + std::to_string(number));
             prepare(scene, befores.back());
-            allocations = 0;
-            failing_allocation = number;
-            const Answer answer = run(scene);
-            failing_allocation = 0;
-            made = allocations;
+            Answer answer{};
+            failed = support::with_failing_allocation(number, [&] { answer = run(scene); });
             check(scene, answer, true, allowed);
-        } while (made >= number);
-        std::printf("%s %ld\n", scene.name, number);
+        }
     }
 }
 
