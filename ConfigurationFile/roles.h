@@ -6,7 +6,7 @@
 
 namespace vdcertificates {
 
-/// One certificate role: where its entry stands and how its accessors trace.
+/// One certificate role: where its entry is in the file, and how its accessors trace.
 struct Role {
     const std::string& element; ///< name of its entry
     const ConfigurationFileAccess::Section& section;
@@ -32,7 +32,7 @@ extern const Role media_retrieval_client;
 
 } // namespace roles
 
-/// What a getter fills; `trusted_path` is null for roles without one.
+/// The outputs of a getter; `trusted_path` is null for roles without one.
 struct RoleOutputs {
     std::string& public_key;
     std::string& private_key;
