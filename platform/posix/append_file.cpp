@@ -1,35 +1,28 @@
 #include "platform/append_file.h"
 
 #include <algorithm>
-#include <cerrno>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include "platform/posix/descriptor.h"
+#include "platform/posix/opening.h"
+#include "platform/posix/retry.h"
 
 namespace platform {
 
 Result<AppendFile> AppendFile::open(const std::string& name) {
-    // Without O_NONBLOCK the open of a FIFO waits for a reader.
-    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-    Descriptor descriptor(::open(name.c_str(), flags, 0666));
-    struct stat status {};
-    if (descriptor.get() < 0 || ::fstat(descriptor.get(), &status) != 0) {
-        return SystemError::posix(errno);
+    const Result<int> opened = open_admissible(name, O_WRONLY | O_APPEND | O_CREAT);
+    if (!opened) {
+        return opened.error();
     }
-    if (!S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode)) {
-        return SystemError::posix(EINVAL);
-    }
-    return AppendFile(descriptor.release());
+    return AppendFile(*opened);
 }
 
 std::size_t AppendFile::append(std::string_view text) noexcept {
-    ssize_t written = -1;
-    do {
-        written = ::write(static_cast<int>(file_), text.data(), text.size());
-    } while (written < 0 && errno == EINTR);
+    const ssize_t written =
+        retry([&] { return ::write(static_cast<int>(file_), text.data(), text.size()); });
     return static_cast<std::size_t>(std::max<ssize_t>(written, 0));
 }
 

@@ -1,5 +1,7 @@
 #include "platform/append_file.h"
 
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -42,13 +44,12 @@ std::uint64_t AppendFile::size() const noexcept {
 }
 
 bool AppendFile::is_named(const std::string& name) const {
-    const HANDLE other = ::CreateFileW(wide(name).c_str(), FILE_READ_ATTRIBUTES, share_all, nullptr,
-                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const Handle other(::CreateFileW(wide(name).c_str(), FILE_READ_ATTRIBUTES, share_all, nullptr,
+                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     BY_HANDLE_FILE_INFORMATION own = {};
     BY_HANDLE_FILE_INFORMATION named = {};
     const bool known = ::GetFileInformationByHandle(handle_of(file_), &own) &&
-                       ::GetFileInformationByHandle(other, &named);
-    close_file(reinterpret_cast<FileHandle>(other));
+                       ::GetFileInformationByHandle(other.get(), &named);
     return known && own.dwVolumeSerialNumber == named.dwVolumeSerialNumber &&
            own.nFileIndexHigh == named.nFileIndexHigh && own.nFileIndexLow == named.nFileIndexLow;
 }
