@@ -52,7 +52,8 @@ struct FailureCase {
     std::function<void(Slot)> action;
     bool has_slot;
     std::string report; ///< "code|function", or "code|function|text" where the text matters
-    /// Code of the nested record, "system" or "errno 2" or "windows 2" for the system's; empty: none.
+    /// Code of the nested record, "system" or "errno 2" or "windows 2" for the system's; empty:
+    /// none.
     std::string cause;
 };
 
@@ -66,8 +67,8 @@ inline void check_failure(const qncore::ErrorInfoPtr& info, const FailureCase& e
     std::string cause = nested ? std::string(nested->code().path()) : "";
     if (cause == "error.qncore.errno" || cause == "error.qncore.windows") {
         EXPECT_EQ(nested->location().function.view(), function);
-        const std::string number = cause.substr(cause.rfind('.') + 1) + " " +
-                                   *nested->params().find("number");
+        const std::string number =
+            cause.substr(cause.rfind('.') + 1) + " " + *nested->params().find("number");
         cause = expected.cause == cause || expected.cause == number ? expected.cause : "system";
     }
     EXPECT_EQ(cause, expected.cause) << info->chain_text();
