@@ -199,7 +199,6 @@ TEST_F(FailuresTest, OfWalks) {
 }
 
 TEST_F(FailuresTest, OfDirectories) {
-    const std::string deep = path("deep/") + std::string(2 * 53, '/');
     fs::create_directories(dir_ + "/sub");
     support::write_file(dir_ + "/sub/file", "x");
     const std::string no_such = missing_ + "/such";
@@ -353,23 +352,25 @@ TEST_F(FailuresTest, OfFileUtilities) {
 }
 
 TEST_F(FailuresTest, OfTheSystemAlone) {
-    const std::pair<std::function<void()>, const char*> cases[] = {
-        {[] { get_current_directory_as_uri(); }, "qnfile::get_current_directory_as_uri()"},
-        {[] { get_application_filepath_as_uri(); }, "qnfile::get_application_filepath_as_uri()"},
-        {[&] { resolve_link(missing_, nullptr); }, "qnfile::resolve_link"},
-        {[&] { resolve_link(dir_, nullptr); }, "qnfile::resolve_link"},
+    fs::create_directory(dir_);
+    const auto while_failing = [](Call call, const auto& action) {
+        return [call, action] {
+            fail_next(call);
+            action();
+        };
     };
-    for (const auto& [action, function] : cases) {
-        fail_next(Call::current_directory);
-        if (function != cases[0].second) {
-            fail_next(Call::application_path);
-        }
-        const auto error = error_of(action);
-        ASSERT_TRUE(error) << function;
-        EXPECT_EQ(error->location().function.view(), function);
+    support::check_failures({
+        {while_failing(Call::current_directory, get_current_directory_as_uri),
+         "error.qncore.errno|qnfile::get_current_directory_as_uri()"},
+        {while_failing(Call::application_path, get_application_filepath_as_uri),
+         "error.qncore.errno|qnfile::get_application_filepath_as_uri()"},
+    });
+    for (const std::string& path : {missing_, dir_}) {
+        const auto error = error_of([&] { resolve_link(path, nullptr); });
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->location().function.view(), "qnfile::resolve_link");
         EXPECT_TRUE(qncore::ErrorCode("error.qncore").covers(error->code()) && !error->nested());
     }
-    fail_next(Call::none);
 }
 
 TEST_F(FailuresTest, NamesWithAZeroAreRefusedBeforeAnythingIsDone) {
