@@ -19,6 +19,7 @@ int descriptor(FileHandle handle) {
 FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
     std::vector<std::string> texts = words;
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
