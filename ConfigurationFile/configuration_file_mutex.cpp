@@ -1,6 +1,7 @@
 #include "ConfigurationFile/configuration_file_mutex.h"
 
 #include "ConfigurationFile/trace_topic.h"
+#include "platform/system_error.h"
 #include "qncertificates/errors.h"
 #include "qncore/error_composer.h"
 

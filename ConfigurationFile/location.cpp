@@ -13,6 +13,7 @@
 #include "platform/machine.h"
 #include "platform/path.h"
 #include "qncertificates/errors.h"
+#include "qncore/error_composer.h"
 #include "qncore/error_exception.h"
 #include "qncore/system_name.h"
 
@@ -54,11 +55,17 @@ bool probe(const std::string& path, bool* sharingViolation) {
 
 /// The machine's root directory when this account may write there, else the empty text.
 std::string machine_root() {
-    const std::optional<std::string> setting = platform::machine_root_directory();
+    const auto setting = platform::machine_root_directory();
     if (!setting) {
+        qncore::ErrorComposer("Failed to read the machine's setting in {@source}")
+            .param("source", platform::machine_setting_source())
+            .throw_with_nested_system_error(qncertificates::error::qncertificates_parameter_invalid,
+                                            QN_LOCATION(root_name), setting.error());
+    }
+    if (!*setting) {
         return {};
     }
-    std::string root = *setting;
+    std::string root = **setting;
     if (root.ends_with(platform::preferred_separator)) {
         root.pop_back();
     }

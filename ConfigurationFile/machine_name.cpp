@@ -6,15 +6,22 @@
 #include "ConfigurationFile/trace_topic.h"
 #include "platform/machine.h"
 #include "platform/name_service.h"
+#include "qncertificates/errors.h"
+#include "qncore/error_composer.h"
 #include "qncore/string_conversion.h"
 
 namespace vdcertificates {
 
 std::string get_local_machine_name() {
-    std::string name = platform::computer_name();
-    QN_TRACE_NOTE(g_traceTopic, "vdcertificates::get_local_machine_name()",
-                  "obtainedServerName: {}", name);
-    return name;
+    const char* function = "vdcertificates::get_local_machine_name()";
+    auto name = platform::computer_name();
+    if (!name) {
+        qncore::ErrorComposer("Failed to get the computer's name")
+            .throw_with_nested_system_error(qncertificates::error::qncertificates_parameter_invalid,
+                                            QN_LOCATION(function), name.error());
+    }
+    QN_TRACE_NOTE(g_traceTopic, function, "obtainedServerName: {}", *name);
+    return std::move(*name);
 }
 
 auto_search_string::auto_search_string() {

@@ -3,10 +3,9 @@
 #include "platform/file_system.h"
 
 bool FileUtilities::create_directory(const std::string& directory) {
-    const platform::SystemError error = platform::create_directory(directory);
-    return !error || (error.is_already_exists() && platform::is_directory(directory));
+    return !platform::create_directory(directory) || platform::is_directory(directory);
 }
 
 bool FileUtilities::located_file(const std::string& file) {
-    return platform::exists(file);
+    return !platform::check_existence(file).is_not_found();
 }

@@ -13,7 +13,8 @@ set(allowed_VDCertificatesFileUtilities platform qncore)
 set(allowed_qncertificates platform qncore qnfile qncrypto)
 set(allowed_ConfigurationFile
   platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates)
-set(allowed_tools platform qncore ConfigurationFile)
+set(allowed_tools
+  platform qncore qnuri qnfile qnxml qncrypto qncertificates ConfigurationFile)
 set(rooms platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates
   ConfigurationFile tools)
 

@@ -1,37 +1,14 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/file_status.h"
+#include "platform/path.h"
 #include "platform/system_error.h"
 
 namespace platform {
-
-/// The unit of a file name as the system itself keeps it: UTF-16 on Windows, bytes on Linux, which
-/// need not be UTF-8 there.
-#ifdef _WIN32
-using NameUnit = wchar_t;
-#else
-using NameUnit = char;
-#endif
-
-/// What the system tells about a name without following a link. Times are nanoseconds since
-/// 1970-01-01 UTC.
-struct FileStatus {
-    bool is_directory = false; ///< a directory, or a link to one
-    bool is_link = false;      ///< a symbolic link; on Windows any reparse point
-    bool is_read_only = false; ///< the attribute; on Linux no account has a write permission
-    bool is_hidden = false;    ///< the attribute; on Linux the name begins with a dot
-    std::uint64_t size = 0;    ///< bytes
-    std::int64_t accessed = 0;
-    std::int64_t modified = 0;
-    std::int64_t created = 0; ///< where no birth is kept, the older change of content and status
-};
-
-/// The status of one path, which is without a separator at its end.
-Result<FileStatus> file_status(const std::string& path);
 
 /// Reads the entries of one directory in the system's order, "." and ".." among them. It stands on
 /// one entry at a time and keeps nothing of those that it has passed.

@@ -14,7 +14,7 @@ inline constexpr FileHandle invalid_file = -1;
 
 enum class FileAccess : std::uint8_t { read, write, read_write };
 
-/// What other openers of the file may do while this one holds it.
+/// What other openers may do while the file is open.
 enum class FileSharing : std::uint8_t { read_write, read, write, none };
 
 enum class FileDisposition : std::uint8_t {
@@ -22,49 +22,61 @@ enum class FileDisposition : std::uint8_t {
     create_always,     ///< empties an existing file
     open_always,       ///< creates a missing file
     open_existing,     ///< fails when the file is missing
-    truncate_existing, ///< fails when the file is missing, empties it
+    truncate_existing, ///< empties an existing file; fails when it is missing
 };
 
 struct FileHints {
     bool sequential_scan = false;
     bool random_access = false;
     bool write_through = false; ///< a write returns when the bytes have reached the device
-    bool overlapped = false;    ///< Windows only; ignored on Linux
+    /// Windows only: opens for asynchronous transfers, so read_file() and write_file() fail;
+    /// read_file_at() waits for its own.
+    bool overlapped = false;
 };
 
 enum class SeekMethod : std::uint8_t { begin, current, end };
 
-/// Opens or creates a file. The name is UTF-8 on Windows and plain bytes on Linux, without an
-/// embedded zero. The sharing is exclusive against every open made through this function, in this
-/// process or another: whoever asks for what another opener denies, or denies what another
-/// opener has, gets is_sharing_violation(), and the file keeps its content. On Linux the rule is
-/// advisory, a flock() that a stranger holds counts as an opener that shares nothing, and where
-/// the file system has no locks every open is allowed. Delete is always shared.
+/// Opens or creates a file. The name is UTF-8 on Windows and any bytes on Linux, without an
+/// embedded zero. The share modes hold between all opens made through this function, in this
+/// process and others: an open that asks for what another opener denies, or denies what another
+/// opener has, is refused with is_sharing_violation() and leaves the content alone. Deleting is
+/// always shared. On Linux the rule is advisory; a flock() held by a stranger for more than half a
+/// second counts as an opener that shares nothing; where the file system has no locks, every open
+/// is allowed; and only regular files and character devices are opened, anything else (a FIFO, a
+/// socket, a directory) is an error at once.
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints);
 
-/// Closes; never fails. An invalid_file is let be.
+/// Opens anything that can be read, a pipe included, and takes no share modes. May wait for the
+/// writer of a named pipe.
+Result<FileHandle> open_input(const std::string& name);
+
+/// Closes a file; never fails. A no-op for invalid_file.
 void close_file(FileHandle file) noexcept;
 
-/// One transfer of at most `count` bytes at the file pointer; 0 read at the end of the file.
+/// Reads at most `count` bytes at the file pointer in one call of the system. Returns 0 at the end
+/// of the file.
 Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count);
+
+/// Writes `count` bytes at the file pointer. Returns less only if the system fails after a part of
+/// them (a full disk).
 Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint32_t count);
 
-/// The same at a position, independent of the file pointer. At or beyond the end a read of one
-/// byte or more fails: ERROR_HANDLE_EOF on Windows, ENODATA on Linux.
+/// Reads at a position, independent of the file pointer. At or beyond the end a read of one byte or
+/// more fails: ERROR_HANDLE_EOF on Windows, ENODATA on Linux.
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
                                    std::uint32_t count);
 
-/// Moves the file pointer and gives its new place from the start; it may lie beyond the end.
+/// Moves the file pointer and returns its distance from the start; it may lie beyond the end.
 Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method);
 
-/// Length in bytes.
+/// Returns the length in bytes.
 Result<std::uint64_t> file_size(FileHandle file);
 
-/// Cuts or extends the file to where the file pointer stands.
+/// Cuts or extends the file at the file pointer.
 SystemError set_end_of_file(FileHandle file);
 
-/// Waits until what was written has reached the device.
+/// Waits until all written data has reached the device.
 SystemError flush_file(FileHandle file);
 
 } // namespace platform

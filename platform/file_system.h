@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <string>
 
-#include "platform/file.h"
 #include "platform/system_error.h"
 
 // Names are UTF-8 on Windows and plain bytes on Linux; what stands behind an embedded zero is not
@@ -28,20 +27,6 @@ SystemError check_read_write_access(const std::string& path);
 /// Opens for writing and closes at once, shared with readers and writers. A missing file is made,
 /// empty, and stays. is_sharing_violation() when another opener denies it.
 SystemError probe_write_access(const std::string& path);
-
-/// True when accounts that are neither the file's owner nor in its group have any permission on
-/// it. False on Windows, where access lists say who may what.
-bool is_open_to_others(const std::string& path);
-
-/// Clears or sets the read-only state of a key file: the read-only attribute on Windows; on Linux
-/// the owner's write bit is set, or the write bits of all are cleared. No other permission changes.
-SystemError set_key_file_writable(const std::string& path, bool writable);
-
-/// Opens a key file for reading and writing, shared with nobody. A missing file is created for
-/// its owner alone (Linux: mode 0600 whatever the umask, or 0640 with the group of the directory
-/// when that has the set-group-id bit). An existing file keeps content, owner and permissions,
-/// and one that may not be both read and written is refused.
-Result<FileHandle> open_key_file(const std::string& path);
 
 /// Removes a file if it can. May be called by a handler of signals.
 void remove_file(const char* path) noexcept;

@@ -2,13 +2,14 @@
 
 #include <string>
 
-#include "platform/system_error.h"
-
 namespace platform {
 
-/// A recursive mutex that all processes of the machine share by its name, over ACE's
-/// process-shared mutex. A holder that dies leaves it to the next one. The name is
-/// "Global\" and the mutex's own name.
+class SystemError;
+
+/// A recursive mutex that all processes of the machine share by its name, which is "Global\"
+/// followed by the mutex's own name. It belongs to a thread, which may take it again through any
+/// object of that name, and is released when its process dies. A child made by fork() holds
+/// nothing.
 class NamedMutex {
   public:
     NamedMutex() noexcept = default;
@@ -24,13 +25,13 @@ class NamedMutex {
     /// denied.
     SystemError open_limited(const std::string& name);
 
-    /// Waits with no time limit.
+    /// Waits with no time limit. Every lock() needs an unlock() of its own.
     SystemError lock();
 
-    /// Fails when the calling thread does not hold the mutex.
+    /// Fails if the calling thread does not hold the mutex.
     SystemError unlock();
 
-    /// Lets go of the mutex; it lives on while any process has it.
+    /// Closes this object. A thread that holds the mutex keeps it.
     SystemError close();
 
   private:

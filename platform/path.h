@@ -2,6 +2,13 @@
 
 namespace platform {
 
+/// The code unit of a native file name: UTF-16 on Windows; on Linux a byte, not necessarily UTF-8.
+#ifdef _WIN32
+using NameUnit = wchar_t;
+#else
+using NameUnit = char;
+#endif
+
 /// The separator that paths are joined with and cut at: `\` on Windows, `/` on Linux.
 extern const char preferred_separator;
 

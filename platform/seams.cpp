@@ -8,7 +8,10 @@ Seams& seams() noexcept {
 }
 
 bool take_failure(Call call) noexcept {
-    return seams().failing_call == call && seams().failures_left > 0 && seams().failures_left-- > 0;
+    Seams& armed = seams();
+    const bool fails_by_number = ++armed.calls == armed.failing_number;
+    return fails_by_number ||
+           (armed.failing_call == call && armed.failures_left > 0 && armed.failures_left-- > 0);
 }
 
 } // namespace platform

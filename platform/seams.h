@@ -21,10 +21,21 @@ enum class Call : std::uint8_t {
     size,
     set_end,
     flush,
+    existence,
+    access,
+    create_directory,
+    is_directory,
+    set_mode, ///< of a key file
     open_directory,
     read_directory,
     close_directory,
     create_mutex,
+    lock_mutex,
+    unlock_mutex,
+    computer_name,
+    machine_setting,
+    start_name_service,
+    host_name,
     copy,
     set_times,
     remove_file,
@@ -39,8 +50,10 @@ struct Seams {
     std::string machine_setting;   ///< stands for the machine's place of the setting when not empty
     std::string mutex_name_suffix; ///< appended to every mutex name
     std::string computer_name;     ///< stands for the computer's name when not empty
-    std::atomic<Call> failing_call{Call::none};
-    std::atomic<int> failures_left{0};
+    std::atomic<Call> failing_call{Call::none}; ///< fails by its kind,
+    std::atomic<int> failures_left{0};          ///< that many times
+    std::atomic<int> failing_number{0};         ///< fails by its number, whatever its kind
+    std::atomic<int> calls{0};                  ///< calls since that number was set
     SystemError failure; ///< what the failing calls answer; success: a write does one byte less
     /// Called with each path that a RemovalAnchor is about to open or to remove.
     std::function<void(const std::string&)> before_removal;
@@ -48,7 +61,7 @@ struct Seams {
 
 Seams& seams() noexcept;
 
-/// True when a test has armed this call; each time counts.
+/// Counts one call of the platform layer. True if a test has it fail.
 bool take_failure(Call call) noexcept;
 
 } // namespace platform

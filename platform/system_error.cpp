@@ -13,7 +13,7 @@ constexpr std::array<unsigned long, 1> windows_access_denied{5};
 constexpr std::array<unsigned long, 2> windows_already_exists{80, 183};
 constexpr std::array<unsigned long, 1> windows_sharing_violation{32};
 
-constexpr std::array<unsigned long, 1> posix_not_found{ENOENT};
+constexpr std::array<unsigned long, 2> posix_not_found{ENOENT, ENOTDIR};
 constexpr std::array<unsigned long, 2> posix_access_denied{EACCES, EPERM};
 constexpr std::array<unsigned long, 1> posix_already_exists{EEXIST};
 constexpr std::array<unsigned long, 1> posix_sharing_violation{EBUSY};

@@ -63,6 +63,8 @@ class [[nodiscard]] Result {
     explicit operator bool() const noexcept { return content_.index() == 0; }
     const T& operator*() const { return std::get<0>(content_); }
     T& operator*() { return std::get<0>(content_); }
+    const T* operator->() const { return &std::get<0>(content_); }
+    T* operator->() { return &std::get<0>(content_); }
 
     /// The error; success when there is a value.
     SystemError error() const noexcept {

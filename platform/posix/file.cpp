@@ -1,19 +1,20 @@
 #include "platform/file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/opening.h"
+#include "platform/posix/retry.h"
 #include "platform/posix/share_locks.h"
 #include "platform/seams.h"
 
 namespace platform {
 namespace {
-
-SystemError last_error() {
-    return SystemError::posix(errno);
-}
 
 int descriptor_of(FileHandle file) {
     return static_cast<int>(file);
@@ -50,28 +51,19 @@ bool empties(FileDisposition disposition) {
            disposition == FileDisposition::truncate_existing;
 }
 
-/// What comes after the open itself; the file is not emptied before others have let this one in.
-SystemError settle(int descriptor, FileAccess access, FileDisposition disposition,
-                   FileSharing sharing, FileHints hints) {
+/// Devices have nothing to empty.
+bool empty(int descriptor) {
     struct stat status = {};
-    if (::fstat(descriptor, &status) != 0) {
-        return last_error();
-    }
-    if (S_ISDIR(status.st_mode)) {
-        return SystemError::posix(EISDIR);
-    }
-    if (const SystemError error = take_share_locks(descriptor, access, sharing)) {
-        return error;
-    }
-    if (empties(disposition) && status.st_size != 0 && ::ftruncate(descriptor, 0) != 0) {
-        return last_error();
-    }
+    return ::fstat(descriptor, &status) == 0 &&
+           (!S_ISREG(status.st_mode) || retry([&] { return ::ftruncate(descriptor, 0); }) == 0);
+}
+
+void advise(int descriptor, FileHints hints) {
     if (hints.sequential_scan) {
         ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
     } else if (hints.random_access) {
         ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_RANDOM);
     }
-    return {};
 }
 
 template <class T, class Answer>
@@ -86,21 +78,34 @@ Result<FileHandle> open_file(const std::string& name, FileAccess access,
     if (take_failure(Call::open)) {
         return seams().failure;
     }
-    const int flags = access_flags(access) | disposition_flags(disposition) | O_CLOEXEC | O_NOCTTY |
-                      (hints.write_through ? O_DSYNC : 0);
-    const int descriptor = ::open(name.c_str(), flags, 0666);
-    if (descriptor < 0) {
-        return last_error();
+    const int flags =
+        access_flags(access) | disposition_flags(disposition) | (hints.write_through ? O_DSYNC : 0);
+    const Result<int> opened = open_admissible(name, flags);
+    if (!opened) {
+        return opened.error();
     }
-    if (const SystemError error = settle(descriptor, access, disposition, sharing, hints)) {
-        ::close(descriptor);
+    Descriptor file(*opened);
+    if (const SystemError error = take_share_locks(file.get(), access, sharing)) {
         return error;
     }
-    return FileHandle{descriptor};
+    if (empties(disposition) && !empty(file.get())) {
+        return last_error();
+    }
+    advise(file.get(), hints);
+    return FileHandle{file.release()};
+}
+
+Result<FileHandle> open_input(const std::string& name) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
+    return result_of<FileHandle>(
+        retry([&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
 }
 
 void close_file(FileHandle file) noexcept {
     if (file != invalid_file) {
+        release_share_locks(descriptor_of(file));
         ::close(descriptor_of(file));
     }
 }
@@ -109,7 +114,8 @@ Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t cou
     if (take_failure(Call::read)) {
         return seams().failure;
     }
-    return result_of<std::uint32_t>(::read(descriptor_of(file), buffer, count));
+    return result_of<std::uint32_t>(
+        retry([&] { return ::read(descriptor_of(file), buffer, count); }));
 }
 
 Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint32_t count) {
@@ -119,7 +125,15 @@ Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint3
         }
         count -= count != 0 ? 1 : 0;
     }
-    return result_of<std::uint32_t>(::write(descriptor_of(file), buffer, count));
+    // The system writes at most 2^31 bytes in one call.
+    const char* bytes = static_cast<const char*>(buffer);
+    std::uint32_t done = 0;
+    ssize_t written = 0;
+    do {
+        written = retry([&] { return ::write(descriptor_of(file), bytes + done, count - done); });
+        done += static_cast<std::uint32_t>(std::max<ssize_t>(written, 0));
+    } while (written > 0 && done < count);
+    return written < 0 && done == 0 ? Result<std::uint32_t>(last_error()) : done;
 }
 
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
@@ -127,7 +141,8 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
     if (take_failure(Call::read)) {
         return seams().failure;
     }
-    const ssize_t got = ::pread(descriptor_of(file), buffer, count, static_cast<off_t>(position));
+    const ssize_t got = retry(
+        [&] { return ::pread(descriptor_of(file), buffer, count, static_cast<off_t>(position)); });
     if (got == 0 && count != 0) {
         return SystemError::posix(ENODATA);
     }
@@ -158,7 +173,7 @@ SystemError set_end_of_file(FileHandle file) {
         return seams().failure;
     }
     const off_t position = ::lseek(descriptor_of(file), 0, SEEK_CUR);
-    if (position < 0 || ::ftruncate(descriptor_of(file), position) != 0) {
+    if (position < 0 || retry([&] { return ::ftruncate(descriptor_of(file), position); }) != 0) {
         return last_error();
     }
     return {};
@@ -168,7 +183,7 @@ SystemError flush_file(FileHandle file) {
     if (take_failure(Call::flush)) {
         return seams().failure;
     }
-    return ::fsync(descriptor_of(file)) == 0 ? SystemError() : last_error();
+    return retry([&] { return ::fsync(descriptor_of(file)); }) == 0 ? SystemError() : last_error();
 }
 
 } // namespace platform

@@ -6,10 +6,12 @@
 #include <netdb.h>
 #include <sys/socket.h>
 
+#include "platform/seams.h"
+
 namespace platform {
 
 int start_name_service() noexcept {
-    return 0;
+    return take_failure(Call::start_name_service) ? static_cast<int>(seams().failure.number()) : 0;
 }
 
 int stop_name_service() noexcept {
@@ -41,6 +43,10 @@ HostName host_name_of_address(const std::string& address, AddressFamily family) 
     const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, &::freeaddrinfo);
     HostName host;
     host.is_address = true;
+    if (take_failure(Call::host_name)) {
+        host.error = static_cast<int>(seams().failure.number());
+        return host;
+    }
     std::array<char, NI_MAXHOST> name{};
     std::array<char, NI_MAXSERV> service{};
     host.error = ::getnameinfo(found->ai_addr, found->ai_addrlen, name.data(), name.size(),

@@ -1,17 +1,21 @@
 #include "platform/posix/share_locks.h"
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <fcntl.h>
-#include <initializer_list>
 #include <random>
 #include <sys/file.h>
 #include <thread>
+#include <unistd.h>
+
+#include "platform/posix/retry.h"
 
 namespace platform {
 namespace {
 
-// What an opener does and denies is a lock on one byte, at a random place of the range that
+// What an opener does and denies is a lock on one byte, at a place of its own in the range that
 // stands for it. The ranges lie beyond the end of any file.
 constexpr off_t range_size = off_t{1} << 40;
 constexpr off_t first_range = off_t{1} << 60;
@@ -20,7 +24,7 @@ constexpr off_t writes = first_range + range_size;
 constexpr off_t denies_reading = first_range + 2 * range_size;
 constexpr off_t denies_writing = first_range + 3 * range_size;
 
-constexpr std::chrono::milliseconds guard_patience(50);
+constexpr std::chrono::milliseconds guard_patience(500);
 constexpr std::chrono::microseconds guard_pause(200);
 
 constexpr int attempts_to_find_a_free_byte = 100;
@@ -37,24 +41,16 @@ bool has_no_locks(int error) {
            error == EBADF;
 }
 
-/// Holds the file's flock() for the time of one test and set. Who holds it longer than our own
-/// guards ever do is a stranger, and counts as an opener that shares nothing.
+/// Holds the file's flock() for the time of one test and set. A process that keeps it longer is a
+/// stranger, and counts as an opener that shares nothing.
 class Guard {
   public:
     explicit Guard(int descriptor)
         : descriptor_(descriptor) {
         const auto end = std::chrono::steady_clock::now() + guard_patience;
-        while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
-            error_ = errno;
-            if (error_ == EINTR) {
-                continue;
-            }
-            if (error_ != EWOULDBLOCK || std::chrono::steady_clock::now() >= end) {
-                return;
-            }
+        while (!try_to_lock() && std::chrono::steady_clock::now() < end) {
             std::this_thread::sleep_for(guard_pause);
         }
-        error_ = 0;
     }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
@@ -64,9 +60,16 @@ class Guard {
         }
     }
 
-    int error() const noexcept { return error_; }
+    int error() const noexcept { return error_ == EWOULDBLOCK ? EBUSY : error_; }
 
   private:
+    /// False if another try may succeed.
+    bool try_to_lock() {
+        const int answer = retry([&] { return ::flock(descriptor_, LOCK_EX | LOCK_NB); });
+        error_ = answer == 0 ? 0 : errno;
+        return error_ != EWOULDBLOCK;
+    }
+
     int descriptor_;
     int error_ = 0;
 };
@@ -80,31 +83,37 @@ struct flock lock_of(short type, off_t start, off_t length) {
     return lock;
 }
 
-/// True when another opener has a lock in the range.
-bool is_taken(int descriptor, off_t range) {
-    struct flock lock = lock_of(F_WRLCK, range, range_size);
-    return ::fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+int lock_call(int descriptor, int command, struct flock& lock) {
+    return retry([&] { return ::fcntl(descriptor, command, &lock); }) == 0 ? 0 : errno;
 }
 
-/// Locks a free byte of the range; EAGAIN when a stranger has locked it from end to end.
+/// EBUSY if another opener has a lock in the range, 0 if not, else the failure of the look.
+int look_for_others(int descriptor, off_t range) {
+    struct flock lock = lock_of(F_WRLCK, range, range_size);
+    const int error = lock_call(descriptor, F_OFD_GETLK, lock);
+    return error == 0 && lock.l_type != F_UNLCK ? EBUSY : error;
+}
+
+/// A place in a range that no other open is likely to have.
+off_t next_place() {
+    static std::atomic<std::uint64_t> count{std::random_device{}()};
+    const auto seed = (static_cast<std::uint64_t>(::getpid()) << 32) + ++count;
+    return static_cast<off_t>(seed * 0x9E3779B97F4A7C15U >> 24); // the 40 bits that vary most
+}
+
+/// Locks a free byte of the range; EBUSY if a stranger has locked it from end to end.
 int take(int descriptor, short type, off_t range) {
-    static thread_local std::mt19937_64 random(std::random_device{}());
-    std::uniform_int_distribution<off_t> place(0, range_size - 1);
     for (int attempt = 0; attempt < attempts_to_find_a_free_byte; ++attempt) {
-        struct flock lock = lock_of(type, range + place(random), 1);
-        if (::fcntl(descriptor, F_OFD_SETLK, &lock) == 0) {
-            return 0;
-        }
-        if (errno != EAGAIN && errno != EACCES) {
-            return errno;
+        struct flock lock = lock_of(type, range + next_place(), 1);
+        const int error = lock_call(descriptor, F_OFD_SETLK, lock);
+        if (error != EAGAIN && error != EACCES) {
+            return error;
         }
     }
-    return EAGAIN;
+    return EBUSY;
 }
 
-} // namespace
-
-SystemError take_share_locks(int descriptor, FileAccess access, FileSharing sharing) {
+int enter(int descriptor, FileAccess access, FileSharing sharing) {
     const Role roles[] = {
         {access != FileAccess::write, reads, denies_reading},
         {access != FileAccess::read, writes, denies_writing},
@@ -112,23 +121,35 @@ SystemError take_share_locks(int descriptor, FileAccess access, FileSharing shar
         {sharing == FileSharing::read || sharing == FileSharing::none, denies_writing, writes},
     };
     const Guard guard(descriptor);
-    if (guard.error() != 0) {
-        return has_no_locks(guard.error()) ? SystemError() : sharing_violation();
-    }
+    int error = guard.error();
     for (const Role& role : roles) {
-        if (role.applies && is_taken(descriptor, role.excluded_range)) {
-            return sharing_violation();
+        if (role.applies && error == 0) {
+            error = look_for_others(descriptor, role.excluded_range);
         }
     }
     // A lock to read needs a readable descriptor, a lock to write a writable one.
     const short type = access == FileAccess::read ? F_RDLCK : F_WRLCK;
     for (const Role& role : roles) {
-        const int error = role.applies ? take(descriptor, type, role.range) : 0;
-        if (error != 0) {
-            return has_no_locks(error) ? SystemError() : sharing_violation();
+        if (role.applies && error == 0) {
+            error = take(descriptor, type, role.range);
         }
     }
-    return {};
+    return error;
+}
+
+} // namespace
+
+SystemError take_share_locks(int descriptor, FileAccess access, FileSharing sharing) {
+    const int error = enter(descriptor, access, sharing);
+    if (error == EBUSY) {
+        return sharing_violation();
+    }
+    return error == 0 || has_no_locks(error) ? SystemError() : SystemError::posix(error);
+}
+
+void release_share_locks(int descriptor) noexcept {
+    struct flock all = lock_of(F_UNLCK, first_range, 4 * range_size);
+    lock_call(descriptor, F_OFD_SETLK, all);
 }
 
 } // namespace platform

@@ -4,9 +4,13 @@
 
 namespace platform {
 
-/// Enters an open file into the table of openers that all processes share, or refuses when it and
-/// another opener exclude each other. The entry goes with the descriptor, thus with the process.
-/// Where the file system has no locks every opener is let in.
+/// Enters an open file into the table of openers that all processes share. Refuses it with
+/// sharing_violation() if it and another opener exclude each other; a lock call that fails is its
+/// own error. The entry lives as long as the open file description. Where the file system has no
+/// locks, every opener is admitted.
 SystemError take_share_locks(int descriptor, FileAccess access, FileSharing sharing);
+
+/// Removes the entry, also where a child made by fork() keeps the description open.
+void release_share_locks(int descriptor) noexcept;
 
 } // namespace platform

@@ -2,14 +2,13 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sys/mman.h>
 
-#include "platform/posix/mutex_object.h"
+#include "platform/posix/lock_file.h"
 
 namespace platform::testing {
 
 void remove_named_mutex(const std::string& name) {
-    ::shm_unlink(mutex_object_name(name).c_str());
+    std::filesystem::remove(*lock_file_path(name));
 }
 
 std::string machine_setting_of(const std::string& directory) {

@@ -20,6 +20,17 @@ void fail_next(Call call, SystemError error, int times) {
     seams().failure = error;
     seams().failures_left = times;
     seams().failing_call = call;
+    seams().failing_number = 0;
+}
+
+void fail_call(int number, SystemError error) {
+    fail_next(Call::none, error, 0);
+    seams().calls = 0;
+    seams().failing_number = number;
+}
+
+int calls_made() {
+    return seams().calls;
 }
 
 void before_removal(std::function<void(const std::string&)> hook) {

@@ -29,6 +29,13 @@ void set_computer_name(const std::string& name);
 /// writes do one byte less than asked.
 void fail_next(Call call, SystemError error, int times = 1);
 
+/// The call of that number from now on, the next being 1, fails once with the error, whatever its
+/// kind. 0 lets no call fail, and only starts the count of calls_made() anew.
+void fail_call(int number, SystemError error);
+
+/// How many calls have been made since fail_call().
+int calls_made();
+
 /// Calls the hook with each path that a RemovalAnchor is about to open or to remove; an empty one
 /// ends that.
 void before_removal(std::function<void(const std::string&)> hook);

@@ -1,5 +1,6 @@
 #include "platform/file_operations.h"
 #include "platform/seams.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 

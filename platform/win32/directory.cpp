@@ -1,6 +1,7 @@
 #include "platform/directory.h"
 
 #include "platform/seams.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 

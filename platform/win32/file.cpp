@@ -1,6 +1,7 @@
 #include "platform/file.h"
 
 #include "platform/seams.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -61,6 +62,10 @@ DWORD flags_of(FileHints hints) {
            (hints.overlapped ? FILE_FLAG_OVERLAPPED : 0);
 }
 
+bool is_pending(DWORD error) {
+    return error == ERROR_IO_PENDING || error == ERROR_IO_INCOMPLETE;
+}
+
 LARGE_INTEGER large(std::int64_t value) {
     LARGE_INTEGER number;
     number.QuadPart = value;
@@ -72,17 +77,27 @@ Result<T> result_of(BOOL done, T value) {
     return done ? Result<T>(value) : Result<T>(last_error());
 }
 
-} // namespace
-
-Result<FileHandle> open_file(const std::string& name, FileAccess access,
-                             FileDisposition disposition, FileSharing sharing, FileHints hints) {
+Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shareMode,
+                               DWORD disposition, DWORD flags) {
     if (take_failure(Call::open)) {
         return seams().failure;
     }
     const HANDLE handle =
-        ::CreateFileW(wide(name).c_str(), access_of(access), share_mode_of(sharing), nullptr,
-                      disposition_of(disposition), flags_of(hints), nullptr);
+        ::CreateFileW(wide(name).c_str(), access, shareMode, nullptr, disposition, flags, nullptr);
     return result_of(handle != INVALID_HANDLE_VALUE, reinterpret_cast<FileHandle>(handle));
+}
+
+} // namespace
+
+Result<FileHandle> open_file(const std::string& name, FileAccess access,
+                             FileDisposition disposition, FileSharing sharing, FileHints hints) {
+    return open_handle(name, access_of(access), share_mode_of(sharing), disposition_of(disposition),
+                       flags_of(hints));
+}
+
+Result<FileHandle> open_input(const std::string& name) {
+    return open_handle(name, GENERIC_READ, share_mode_of(FileSharing::read_write), OPEN_EXISTING,
+                       FILE_ATTRIBUTE_NORMAL);
 }
 
 void close_file(FileHandle file) noexcept {
@@ -121,7 +136,11 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
     place.Offset = static_cast<DWORD>(position);
     place.OffsetHigh = static_cast<DWORD>(position >> 32);
     DWORD done = 0;
-    const BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, &place);
+    BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, &place);
+    // On an overlapped handle the transfer may go on; it must not outlive `place` and the buffer.
+    while (!success && is_pending(::GetLastError())) {
+        success = ::GetOverlappedResult(handle_of(file), &place, &done, TRUE);
+    }
     return result_of<std::uint32_t>(success, done);
 }
 

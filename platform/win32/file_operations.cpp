@@ -4,9 +4,10 @@
 #include <cerrno>
 #include <cwchar>
 #include <sys/stat.h>
-#include <utility>
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #define PSAPI_VERSION 2 // the functions of kernel32
@@ -18,25 +19,6 @@ namespace {
 constexpr std::int64_t tick = 100; // nanoseconds
 constexpr std::int64_t epoch_in_ticks = 116'444'736'000'000'000;
 constexpr std::int64_t largest_ticks = INT64_MAX;
-
-/// A handle for a scope; null where there is none.
-class Handle {
-  public:
-    explicit Handle(HANDLE handle) noexcept
-        : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle() { close(); }
-
-    HANDLE get() const noexcept { return handle_; }
-    bool close() noexcept {
-        const HANDLE handle = std::exchange(handle_, nullptr);
-        return handle == nullptr || ::CloseHandle(handle) != 0;
-    }
-
-  private:
-    HANDLE handle_;
-};
 
 /// One byte of a file in memory.
 class MappedByte {

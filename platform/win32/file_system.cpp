@@ -1,9 +1,12 @@
 #include "platform/file_system.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <io.h>
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -12,8 +15,6 @@ namespace {
 
 constexpr int existence = 0;
 constexpr int reading_and_writing = 6;
-constexpr int mode_read_write = 0x180;
-constexpr int mode_read_only = 0x100;
 
 SystemError result_of(int answer) {
     return answer == 0 ? SystemError() : SystemError::posix(errno);
@@ -26,51 +27,42 @@ bool exists(const std::string& path) {
 }
 
 SystemError create_directory(const std::string& path) {
+    if (take_failure(Call::create_directory)) {
+        return seams().failure;
+    }
     return ::CreateDirectoryW(wide(path).c_str(), nullptr) ? SystemError() : last_error();
 }
 
 bool is_directory(const std::string& path) {
+    if (take_failure(Call::is_directory)) {
+        return false;
+    }
     const DWORD attributes = ::GetFileAttributesW(wide(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 SystemError check_existence(const std::string& path) {
+    if (take_failure(Call::existence)) {
+        return seams().failure;
+    }
     return result_of(::_waccess(wide(path).c_str(), existence));
 }
 
 SystemError check_read_write_access(const std::string& path) {
+    if (take_failure(Call::access)) {
+        return seams().failure;
+    }
     return result_of(::_waccess(wide(path).c_str(), reading_and_writing));
-}
-
-bool is_open_to_others(const std::string&) {
-    return false;
 }
 
 SystemError probe_write_access(const std::string& path) {
     if (take_failure(Call::open)) {
         return seams().failure;
     }
-    const HANDLE handle =
-        ::CreateFileW(wide(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                      nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
-    ::CloseHandle(handle);
-    return {};
-}
-
-SystemError set_key_file_writable(const std::string& path, bool writable) {
-    return result_of(::_wchmod(wide(path).c_str(), writable ? mode_read_write : mode_read_only));
-}
-
-Result<FileHandle> open_key_file(const std::string& path) {
-    const HANDLE handle = ::CreateFileW(wide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
-                                        nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
-    return reinterpret_cast<FileHandle>(handle);
+    const Handle file(::CreateFileW(wide(path).c_str(), GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file ? SystemError() : last_error();
 }
 
 void remove_file(const char* path) noexcept {
@@ -82,16 +74,25 @@ void remove_file(const char* path) noexcept {
 }
 
 void allow_removal(std::FILE* file) noexcept {
-    // The same file by a second handle, which shares deletion as the C runtime's own does not.
+    // A second handle of the same file, which shares deletion as the C runtime's own does not. It
+    // appends in one step, so that several processes can write to one file.
     const auto own = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(file)));
-    const HANDLE sharing = ::ReOpenFile(own, GENERIC_READ | GENERIC_WRITE,
-                                        FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, 0);
-    if (sharing == INVALID_HANDLE_VALUE) {
+    Handle sharing(::ReOpenFile(own, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, 0));
+    if (!sharing) {
         return;
     }
-    const int descriptor = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(sharing), 0);
+    const int descriptor =
+        ::_open_osfhandle(reinterpret_cast<std::intptr_t>(sharing.get()), _O_APPEND | _O_NOINHERIT);
+    if (descriptor == -1) {
+        return;
+    }
+    sharing.release(); // the descriptor's now
     ::_dup2(descriptor, ::_fileno(file));
     ::_close(descriptor);
+    // Required after _dup2(), whose copy child processes would inherit.
+    ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(file))),
+                           HANDLE_FLAG_INHERIT, 0);
 }
 
 } // namespace platform

@@ -15,46 +15,50 @@ constexpr const wchar_t* path_value = L"Path";
 /// A key of the registry, open for reading in a scope.
 class RegistryKey {
   public:
-    RegistryKey(HKEY root, const std::string& name) {
-        if (::RegOpenKeyExW(root, wide(name).c_str(), 0, KEY_READ, &key_) != ERROR_SUCCESS) {
-            key_ = nullptr;
-        }
-    }
+    RegistryKey(HKEY root, const std::string& name)
+        : error_(::RegOpenKeyExW(root, wide(name).c_str(), 0, KEY_READ, &key_)) {}
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
     ~RegistryKey() {
-        if (key_ != nullptr) {
+        if (error_ == ERROR_SUCCESS) {
             ::RegCloseKey(key_);
         }
     }
 
-    /// The value's bytes as UTF-16, whatever type it has; nothing when there is no such value.
-    std::optional<std::wstring> value(const wchar_t* name, DWORD& size) const {
-        if (key_ == nullptr || !query(name, nullptr, size)) {
-            return std::nullopt;
+    /// The value's bytes as UTF-16, whatever its type; `size` is their number.
+    Result<std::wstring> value(const wchar_t* name, DWORD& size) const {
+        LSTATUS error = error_ == ERROR_SUCCESS ? query(name, nullptr, size) : error_;
+        std::wstring text;
+        if (error == ERROR_SUCCESS) {
+            text.resize((size + 1) / sizeof(wchar_t));
+            error = query(name, text.data(), size);
         }
-        std::wstring text((size + 1) / sizeof(wchar_t), L'\0');
-        return query(name, text.data(), size) ? std::optional(text) : std::nullopt;
+        return error == ERROR_SUCCESS ? Result<std::wstring>(std::move(text))
+                                      : SystemError::windows(static_cast<unsigned long>(error));
     }
 
   private:
-    bool query(const wchar_t* name, wchar_t* data, DWORD& size) const {
+    LSTATUS query(const wchar_t* name, wchar_t* data, DWORD& size) const {
         return ::RegQueryValueExW(key_, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data),
-                                  &size) == ERROR_SUCCESS;
+                                  &size);
     }
 
     HKEY key_ = nullptr;
+    LSTATUS error_;
 };
 
 } // namespace
 
-std::string computer_name() {
+Result<std::string> computer_name() {
+    if (take_failure(Call::computer_name)) {
+        return seams().failure;
+    }
     if (!seams().computer_name.empty()) {
         return seams().computer_name;
     }
     std::array<wchar_t, MAX_COMPUTERNAME_LENGTH + 1> name{};
     DWORD count = name.size();
-    ::GetComputerNameW(name.data(), &count); // required: no look at its result
+    ::GetComputerNameW(name.data(), &count); // required: its result is not tested
     return narrow({name.data(), count < name.size() ? count : name.size()});
 }
 
@@ -62,19 +66,25 @@ std::string machine_setting_source() {
     return seams().machine_setting.empty() ? machine_key : seams().machine_setting;
 }
 
-std::optional<std::string> machine_root_directory() {
+Result<std::optional<std::string>> machine_root_directory() {
+    if (take_failure(Call::machine_setting)) {
+        return seams().failure;
+    }
     // A test's machine lies among the settings of its account, which anybody may write.
     const RegistryKey key(seams().machine_setting.empty() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
                           machine_setting_source());
     DWORD size = 0;
     auto value = key.value(path_value, size);
+    if (value.error().is_not_found()) {
+        return std::optional<std::string>();
+    }
     if (!value) {
-        return std::nullopt;
+        return value.error();
     }
     // Required: the last unit goes as the closing zero, also when the value holds none.
     const std::size_t units = size / sizeof(wchar_t);
     value->resize(units == 0 ? 0 : units - 1);
-    return narrow(value->c_str());
+    return std::optional<std::string>(narrow(value->c_str()));
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "platform/seams.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 // behind windows.h
@@ -25,6 +26,9 @@ int number_of(int result) noexcept {
 } // namespace
 
 int start_name_service() noexcept {
+    if (take_failure(Call::start_name_service)) {
+        return static_cast<int>(seams().failure.number());
+    }
     WSADATA data = {};
     return number_of(::WSAStartup(winsock_version, &data));
 }
@@ -44,6 +48,10 @@ HostName host_name_of_address(const std::string& address, AddressFamily family) 
     }
     HostName host;
     host.is_address = true;
+    if (take_failure(Call::host_name)) {
+        host.error = static_cast<int>(seams().failure.number());
+        return host;
+    }
     std::array<char, NI_MAXHOST> name{};
     std::array<char, NI_MAXSERV> service{};
     host.error = number_of(::getnameinfo(socket_address, length, name.data(), name.size(),

@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 
 namespace platform {
@@ -37,24 +39,28 @@ SystemError NamedMutex::create(const std::string& name) {
 
 SystemError NamedMutex::open_limited(const std::string& name) {
     // ACE always asks for all rights, so its object is put together here.
-    const HANDLE handle =
-        ::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str());
-    if (handle == nullptr) {
+    Handle handle(::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str()));
+    if (!handle) {
         return last_error();
     }
     auto mutex = std::make_unique<ACE_mutex_t>();
     mutex->type_ = USYNC_PROCESS;
-    mutex->proc_mutex_ = handle;
+    mutex->proc_mutex_ = handle.release();
     state_ = mutex.release();
     return {};
 }
 
 SystemError NamedMutex::lock() {
+    if (take_failure(Call::lock_mutex)) {
+        return seams().failure;
+    }
     return ACE_OS::mutex_lock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
 }
 
 SystemError NamedMutex::unlock() {
-    return ACE_OS::mutex_unlock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
+    const bool fails = take_failure(Call::unlock_mutex);
+    const bool unlocked = ACE_OS::mutex_unlock(&mutex_of(state_)) == 0;
+    return fails ? seams().failure : unlocked ? SystemError() : ace_error();
 }
 
 SystemError NamedMutex::close() {

@@ -5,6 +5,7 @@
 #include <direct.h>
 
 #include "platform/seams.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 

@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #include <winioctl.h>
@@ -70,14 +72,13 @@ SystemError RemovalAnchor::remove_directory(const std::string& path) const {
 LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
     tell_hook(path);
     const std::wstring name = wide(path);
-    const HANDLE handle =
-        ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                      FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+    Handle link(::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                              FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!link) {
         return {Step::open, last_error()};
     }
-    const LinkRemoval removal = remove_reparse_point(handle);
-    ::CloseHandle(handle);
+    const LinkRemoval removal = remove_reparse_point(link.get());
+    link.close();
     if (removal.error) {
         return removal;
     }

@@ -1,11 +1,25 @@
 #include "platform/win32/wide.h"
 
+#include <climits>
+#include <stdexcept>
+
 #include "platform/win32/windows.h"
 
 namespace platform {
+namespace {
+
+/// The system takes lengths of 31 bits.
+int checked_length(std::size_t length) {
+    if (length > INT_MAX) {
+        throw std::length_error("A text is too long for the system");
+    }
+    return static_cast<int>(length);
+}
+
+} // namespace
 
 std::wstring wide(std::string_view text) {
-    const int length = static_cast<int>(text.size());
+    const int length = checked_length(text.size());
     std::wstring result(text.size(), L'\0'); // UTF-16 never needs more units than UTF-8
     const int units = ::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length,
                                             result.data(), length);
@@ -14,16 +28,12 @@ std::wstring wide(std::string_view text) {
 }
 
 std::string narrow(std::wstring_view text) {
-    const int length = static_cast<int>(text.size());
-    std::string result(text.size() * 3, '\0'); // nor UTF-8 more than three bytes a unit
-    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), length, result.data(),
-                                            static_cast<int>(result.size()), nullptr, nullptr);
+    const int most_bytes = checked_length(text.size() * 3); // UTF-8 needs no more for a unit
+    std::string result(text.size() * 3, '\0');
+    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text.data(), most_bytes / 3, result.data(),
+                                            most_bytes, nullptr, nullptr);
     result.resize(static_cast<std::size_t>(bytes));
     return result;
-}
-
-SystemError last_error() noexcept {
-    return SystemError::windows(::GetLastError());
 }
 
 } // namespace platform

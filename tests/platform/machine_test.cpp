@@ -13,9 +13,9 @@ namespace platform {
 namespace {
 
 TEST(MachineTest, ComputerName) {
-    EXPECT_NE(computer_name(), "");
+    EXPECT_NE(*computer_name(), "");
     testing::set_computer_name("OTHER");
-    EXPECT_EQ(computer_name(), "OTHER");
+    EXPECT_EQ(*computer_name(), "OTHER");
     testing::set_computer_name("");
 }
 

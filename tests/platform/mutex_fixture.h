@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/named_mutex.h"
+#include "platform/system_error.h"
 #include "platform/testing/testing.h"
 #include "tests/support/temporary_directory.h"
 

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "tests/platform/openers.h"
 #include "tests/support/account.h"
 #include "tests/support/child_process.h"

@@ -4,6 +4,7 @@
 
 #include "platform/file.h"
 #include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #include "tests/support/temporary_directory.h"

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* key_emoji = "C:\\\xC3\xBC\xF0\x9F\x94\x91"; // an umlaut, and a surrogate pair
 
 TEST(WindowsMachineTest, TheComputersName) {
-    EXPECT_EQ(computer_name(), environment_text("COMPUTERNAME"));
+    EXPECT_EQ(*computer_name(), environment_text("COMPUTERNAME"));
     EXPECT_EQ(machine_setting_source(), "SOFTWARE\\Orvane Systems\\Certificates");
 }
 
@@ -35,16 +35,16 @@ TEST(WindowsMachineTest, TheRegistrysPathLosesItsLastUnit) {
     };
     const support::TemporaryDirectory directory;
     testing::set_machine_setting(testing::machine_setting_of(directory.str()));
-    EXPECT_EQ(machine_root_directory(), std::nullopt) << "no key";
+    EXPECT_EQ(*machine_root_directory(), std::nullopt) << "no key";
     for (const Case& c : cases) {
         ASSERT_EQ(::RegSetKeyValueW(HKEY_CURRENT_USER, wide(machine_setting_source()).c_str(),
                                     L"Path", REG_BINARY, c.stored.data(),
                                     static_cast<DWORD>(c.stored.size() * sizeof(wchar_t))),
                   ERROR_SUCCESS);
-        EXPECT_EQ(machine_root_directory(), c.root) << c.what;
+        EXPECT_EQ(*machine_root_directory(), c.root) << c.what;
     }
     ::RegDeleteKeyValueW(HKEY_CURRENT_USER, wide(machine_setting_source()).c_str(), L"Path");
-    EXPECT_EQ(machine_root_directory(), std::nullopt) << "a key without the value";
+    EXPECT_EQ(*machine_root_directory(), std::nullopt) << "a key without the value";
     testing::store_machine_root(std::nullopt);
     testing::set_machine_setting("");
 }
