@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "platform/file_system.h"
 #include "platform/key_file.h"
 #include "qncertificates/errors.h"
 #include "qncertificates/patient_open.h"
