@@ -45,7 +45,7 @@ struct KeyFiles {
         return FileUtilities::located_file(publicKey) && FileUtilities::located_file(privateKey);
     }
 
-    /// A key file at rest is read-only. A failure shows when the files are written.
+    /// A key file at rest is read-only. A failure is ignored: writing the files reports it.
     void set_writable(bool writable) const {
         platform::set_key_file_writable(publicKey, writable);
         platform::set_key_file_writable(privateKey, writable);
@@ -70,6 +70,9 @@ Keys load_or_create(const KeyFiles& files) {
     Keys keys = files.load(false);
     if (missing) {
         files.store_new_keys(keys);
+    } else if (keys->get_public_key().empty()) { // the look-up above was wrong, or no longer holds
+        qncore::throw_error(qncertificates::error::qncertificates_parameter_invalid,
+                            "A key file is missing", QN_LOCATION(constructor_name));
     }
     return keys;
 }
@@ -81,6 +84,7 @@ Keys regenerate(const KeyFiles& files) {
         files.store_new_keys(keys);
         return keys;
     } catch (const std::exception& exception) {
+        files.set_writable(false); // a pair that was not replaced is at rest again
         QN_TRACE_ERROR(g_traceTopic, constructor_name,
                        "Caught exception when creating keys for configuration file usage. "
                        "machinePublicKey: {}, machinePrivateKey: {}, caughtInnerException: {}.",

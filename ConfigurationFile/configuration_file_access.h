@@ -1,10 +1,14 @@
 #pragma once
 
+#include <array>
+#include <functional>
 #include <string>
 
 #include "ConfigurationFile/configuration_file.h"
 
 namespace vdcertificates {
+
+class PasswordCipher;
 
 /// Reaches the private operations of ConfigurationFile, which report by exception: for the bodies
 /// that a family shares, for the suite's own tools and for the tests.
@@ -28,6 +32,11 @@ struct ConfigurationFileAccess {
         &ConfigurationFile::get_media_retrieval_certificate_information,
         &ConfigurationFile::set_media_retrieval_certificate_information};
 
+    /// In the order of the file.
+    static inline const std::array<const Section*, 3> sections{&notifiers, &devices,
+                                                               &media_retrieval};
+    using Document = std::array<const ConfigurationFileNodes*, 3>;
+
     static ConfigurationFileNodes read(ConfigurationFile& file, const Section& section) {
         ConfigurationFileNodes nodes;
         (file.*section.read)(nodes);
@@ -43,13 +52,30 @@ struct ConfigurationFileAccess {
         file.set_certificate_information(newNodes, existingNodes, section, text);
         return text;
     }
-    static std::string encipher(ConfigurationFile& file, const std::string& password) {
-        return file.encipher_password(password);
-    }
-    static std::string decipher(ConfigurationFile& file, std::string& cipherText) {
-        return file.decipher_password(cipherText);
-    }
     static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
+
+    /// Replaces the content of the file by exactly these sections, in one write. Nothing is read:
+    /// the caller holds the machine-wide lock from its own reading until this returns. Throws; a
+    /// failure before the write leaves the file as it was, a failed write leaves it cut.
+    VDCERTIFICATES_API static void replace(ConfigurationFile& file,
+                                           const ConfigurationFileNodes& notifierNodes,
+                                           const ConfigurationFileNodes& deviceNodes,
+                                           const ConfigurationFileNodes& mediaRetrievalNodes);
+
+    /// Says whether a read keeps the entries of a server, or, for null, those that stand directly
+    /// in the section. What is not kept is read and deciphered all the same.
+    using Filter = std::function<bool(const std::string* server)>;
+    static bool keeps_all(const std::string*) { return true; }
+
+    /// The body of all reads, in reading.cpp; the second form has a cipher of its own.
+    static void read_section(ConfigurationFile& file, const std::string& nodeName,
+                             ConfigurationFileNodes& nodes, const Filter& keeps,
+                             PasswordCipher& cipher);
+    static void read_section(ConfigurationFile& file, const std::string& nodeName,
+                             ConfigurationFileNodes& nodes, const Filter& keeps);
+
+    /// The write half of a change.
+    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
 
     /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
     /// name; a sharing violation ends the change when `stopsAtSharingViolation`.

@@ -1,6 +1,10 @@
-#include <unordered_map>
+#include "ConfigurationFile/merge.h"
+
+#include <map>
+#include <string_view>
 
 #include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/password_cipher.h"
 #include "qncore/string_conversion.h"
 #include "qnxml/escape.h"
 
@@ -9,58 +13,39 @@ namespace {
 
 using Entries = std::vector<CertificateNode>;
 
-/// Overwrites every entry of the new one's name, whose spelling stays, or appends the new one.
-void merge_entry(const CertificateNode& entry, Entries& existing) {
-    bool found = false;
-    for (CertificateNode& candidate : existing) {
-        if (qncore::equal_nocase_ascii(entry.name, candidate.name)) {
-            found = true;
-            candidate.publicKeyPath = entry.publicKeyPath;
-            candidate.privateKeyPath = entry.privateKeyPath;
-            candidate.certificatePath = entry.certificatePath;
-            candidate.password = entry.password;
-            candidate.trustedCertificatePath = entry.trustedCertificatePath;
-        }
+struct LessNocaseAscii {
+    bool operator()(std::string_view left, std::string_view right) const noexcept {
+        return qncore::compare_nocase_ascii(left.data(), left.size(), right.data(), right.size()) <
+               0;
     }
-    if (!found) {
-        existing.push_back(entry);
-    }
+};
+
+/// All that has a name, whatever the case of its letters: a merge never costs the square of what
+/// it merges.
+template <class Named>
+using ByName = std::multimap<std::string_view, Named*, LessNocaseAscii>;
+
+/// The new entry in place of an existing one, whose spelling stays.
+void overwrite(CertificateNode& existing, const CertificateNode& entry) {
+    std::string name = std::move(existing.name);
+    existing = entry;
+    existing.name = std::move(name);
 }
 
 void merge_entries(const Entries& entries, Entries& existing) {
+    existing.reserve(existing.size() + entries.size()); // what the index points at stays in place
+    ByName<CertificateNode> index;
+    for (CertificateNode& entry : existing) {
+        index.emplace(entry.name, &entry);
+    }
     for (const CertificateNode& entry : entries) {
-        merge_entry(entry, existing);
-    }
-}
-
-/// The keys of a section by their folded form, which several spellings may share.
-class ServerIndex {
-  public:
-    explicit ServerIndex(ConfigurationFileNodes& nodes) {
-        for (auto& [key, entries] : nodes.notifiers) {
-            add(key, entries);
+        const auto [first, last] = index.equal_range(entry.name);
+        for (auto found = first; found != last; ++found) {
+            overwrite(*found->second, entry);
         }
-    }
-
-    std::vector<Entries*>& find(const std::string& key) {
-        return spellings_[qncore::to_lower_ascii(key)];
-    }
-
-    void add(const std::string& key, Entries& entries) { find(key).push_back(&entries); }
-
-  private:
-    std::unordered_map<std::string, std::vector<Entries*>> spellings_;
-};
-
-void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& existingNodes) {
-    merge_entries(newNodes.certificates, existingNodes.certificates);
-    ServerIndex index(existingNodes);
-    for (const auto& [key, entries] : newNodes.notifiers) {
-        for (Entries* existing : index.find(key)) {
-            merge_entries(entries, *existing);
-        }
-        if (index.find(key).empty()) {
-            index.add(key, existingNodes.notifiers[key] = entries);
+        if (first == last) {
+            existing.push_back(entry);
+            index.emplace(existing.back().name, &existing.back());
         }
     }
 }
@@ -70,17 +55,15 @@ void append_element(std::string& text, const char* name, const std::string& cont
     text.append("</").append(name).append(">");
 }
 
-/// Appends entries in the form that the file gives them; `encipher` turns a clear password into
-/// its stored text.
-template <class Encipher>
-void append_entries(std::string& text, const Entries& entries, const Encipher& encipher) {
+/// Appends entries in the form that the file gives them.
+void append_entries(std::string& text, const Entries& entries, PasswordCipher& cipher) {
     for (const CertificateNode& entry : entries) {
         text.append("<").append(entry.name).append(">");
         append_element(text, "PublicKeyPath", entry.publicKeyPath);
         append_element(text, "PrivateKeyPath", entry.privateKeyPath);
         append_element(text, "CertificatePath", entry.certificatePath);
         append_element(text, "Password",
-                       entry.password.empty() ? std::string() : encipher(entry.password));
+                       entry.password.empty() ? std::string() : cipher.encipher(entry.password));
         // Required: this value alone is escaped, all others stand as they are.
         append_element(text, "TrustedCertificatePath",
                        qnxml::escape_text(entry.trustedCertificatePath));
@@ -90,22 +73,45 @@ void append_entries(std::string& text, const Entries& entries, const Encipher& e
 
 } // namespace
 
+void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& existingNodes) {
+    merge_entries(newNodes.certificates, existingNodes.certificates);
+    ByName<Entries> index;
+    for (auto& [key, entries] : existingNodes.notifiers) {
+        index.emplace(key, &entries);
+    }
+    for (const auto& [key, entries] : newNodes.notifiers) {
+        const auto [first, last] = index.equal_range(key);
+        for (auto found = first; found != last; ++found) {
+            merge_entries(entries, *found->second);
+        }
+        if (first == last) {
+            index.emplace(key, &(existingNodes.notifiers[key] = entries));
+        }
+    }
+}
+
+void append_section(std::string& text, const std::string& nodeName,
+                    const ConfigurationFileNodes& nodes, PasswordCipher& cipher) {
+    text.append("<").append(nodeName).append(">");
+    append_entries(text, nodes.certificates, cipher);
+    for (const auto& [key, entries] : nodes.notifiers) {
+        text.append("<Notifier Name=\"").append(key).append("\">");
+        append_entries(text, entries, cipher);
+        text.append("</Notifier>");
+    }
+    text.append("</").append(nodeName).append(">");
+}
+
 void ConfigurationFile::set_certificate_information(const ConfigurationFileNodes& newNodes,
                                                     ConfigurationFileNodes& existingNodes,
                                                     const std::string& nodeName,
                                                     std::string& text) {
-    merge(newNodes, existingNodes);
-    const auto encipher = [this](const std::string& password) {
-        return encipher_password(password);
-    };
-    std::string section = "<" + nodeName + ">";
-    append_entries(section, existingNodes.certificates, encipher);
-    for (const auto& [key, entries] : existingNodes.notifiers) {
-        section.append("<Notifier Name=\"").append(key).append("\">");
-        append_entries(section, entries, encipher);
-        section.append("</Notifier>");
+    if (&newNodes != &existingNodes) { // merged with itself a section stays as it is
+        merge(newNodes, existingNodes);
     }
-    section.append("</").append(nodeName).append(">");
+    PasswordCipher cipher(*m_certificateKeys, PasswordCipher::Memory::none);
+    std::string section;
+    append_section(section, nodeName, existingNodes, cipher);
     text = std::move(section);
 }
 

@@ -1,4 +1,6 @@
-#include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/configuration_file_access.h"
+#include "ConfigurationFile/password_cipher.h"
+#include "qncertificates/patient_open.h"
 #include "qnfile/file_stream.h"
 #include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
@@ -31,10 +33,8 @@ constexpr PathField path_fields[] = {
     {"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
 };
 
-/// Reads one entry; `decipher` turns the stored text of a password into the clear one.
-template <class Decipher>
 CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
-                           const Decipher& decipher) {
+                           PasswordCipher& cipher) {
     CertificateNode node;
     node.name = entry->qualified_name();
     for_each_child(reader, entry, [&](const Element& child) {
@@ -46,52 +46,72 @@ CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
         }
         if (child->qualified_name() == "Password") {
             std::string cipherText = reader.read_element_text();
-            node.password = cipherText.empty() ? std::string() : decipher(cipherText);
+            node.password = cipherText.empty() ? std::string() : cipher.decipher(cipherText);
         }
     });
     return node;
 }
 
-template <class Decipher>
-void read_section(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
-                  const Decipher& decipher) {
+void read_entries(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
+                  PasswordCipher& cipher, const ConfigurationFileAccess::Filter& keeps) {
     for_each_child(reader, section, [&](const Element& child) {
         if (child->qualified_name() != "Notifier") {
-            nodes.certificates.push_back(read_entry(reader, child, decipher));
+            CertificateNode node = read_entry(reader, child, cipher);
+            if (keeps(nullptr)) {
+                nodes.certificates.push_back(std::move(node));
+            }
             return;
         }
         const auto* attribute = child->find_attribute("Name");
         const std::string key = attribute != nullptr ? attribute->value() : qncore::g_emptyString;
+        const bool kept = keeps(&key);
         for_each_child(reader, child, [&](const Element& entry) {
-            nodes.notifiers[key].push_back(read_entry(reader, entry, decipher));
+            CertificateNode node = read_entry(reader, entry, cipher); // may throw: no empty key then
+            if (kept) {
+                nodes.notifiers[key].push_back(std::move(node));
+            }
         });
     });
 }
 
 } // namespace
 
-void ConfigurationFile::get_certificate_information(ConfigurationFileNodes& nodes,
-                                                    const std::string& nodeName) {
+void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::string& nodeName,
+                                           ConfigurationFileNodes& nodes, const Filter& keeps,
+                                           PasswordCipher& cipher) {
     nodes.certificates.clear();
     nodes.notifiers.clear();
-    const std::string path = get_configuration_file_path();
-    const ConfigurationFileExclusiveAccessLock lock(m_configurationFileMutex);
-    qnxml::XmlStreamTokenizer tokenizer(
-        qnuri::UriReference(), first_line, buffer_size,
-        qnfile::FileReadStream::create(path, qnfile::share_none, qnfile::flag_sequential_scan));
+    const std::string path = file.get_configuration_file_path();
+    const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
+    const auto stream = qncertificates::open_patiently([&] {
+        return qnfile::FileReadStream::create(path, qnfile::share_none,
+                                              qnfile::flag_sequential_scan);
+    });
+    qnxml::XmlStreamTokenizer tokenizer(qnuri::UriReference(), first_line, buffer_size, stream);
     qnxml::XmlReader reader(&tokenizer, nullptr);
 
     reader.next_element();
     if (reader.node_type() != qnxml::XmlNodeType::Element ||
-        reader.current_element()->qualified_name() != sm_configurationFile) {
+        reader.current_element()->qualified_name() != ConfigurationFile::sm_configurationFile) {
         return; // any other document counts as an empty file
     }
-    const auto decipher = [this](std::string& cipherText) { return decipher_password(cipherText); };
     for_each_child(reader, reader.current_element(), [&](const Element& section) {
         if (section->qualified_name() == nodeName) {
-            read_section(reader, section, nodes, decipher);
+            read_entries(reader, section, nodes, cipher, keeps);
         }
     });
+}
+
+void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::string& nodeName,
+                                           ConfigurationFileNodes& nodes, const Filter& keeps) {
+    PasswordCipher cipher(*file.m_certificateKeys, PasswordCipher::Memory::none);
+    read_section(file, nodeName, nodes, keeps, cipher);
+}
+
+void ConfigurationFile::get_certificate_information(ConfigurationFileNodes& nodes,
+                                                    const std::string& nodeName) {
+    ConfigurationFileAccess::read_section(*this, nodeName, nodes,
+                                          ConfigurationFileAccess::keeps_all);
 }
 
 void ConfigurationFile::get_subsystems_certificate_information(ConfigurationFileNodes& nodes) {

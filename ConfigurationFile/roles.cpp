@@ -113,11 +113,16 @@ void search(const ConfigurationFileNodes& nodes, const Role& role, const std::st
     }
 }
 
+/// True for what may be an address or a name with a domain.
+bool has_short_name(const std::string& serverName) {
+    return serverName.find_first_of(".:") != std::string::npos;
+}
+
 /// The name for the second attempt: empty for a plain short name, nothing when the conversion
 /// failed.
 std::optional<std::string> short_host_name(const Role& role, const std::string& serverName) {
     std::string name;
-    if (serverName.find_first_of(".:") != std::string::npos) {
+    if (has_short_name(serverName)) {
         try {
             name = auto_search_string().to_host_name(serverName);
         } catch (const std::runtime_error& error) {
@@ -150,9 +155,17 @@ bool set_role(ConfigurationFile& file, const Role& role, const std::string& serv
 bool get_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
               const RoleOutputs& outputs) {
     QN_TRACE_FUNCTION(g_traceTopic, role.getter);
+    // Keeps no more of a large section than the search can look at.
+    const bool any_server = role.tries_short_name && has_short_name(serverName);
+    const auto keeps = [&](const std::string* server) {
+        return role.by_server
+                   ? server != nullptr &&
+                         (any_server || qncore::equal_nocase_ascii(*server, serverName))
+                   : server == nullptr;
+    };
     ConfigurationFileNodes nodes;
     try {
-        (file.*role.section.read)(nodes);
+        Access::read_section(file, role.section.name, nodes, keeps);
     } catch (...) {
         return false;
     }

@@ -1,28 +1,24 @@
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/errors.h"
+#include "ConfigurationFile/merge.h"
+#include "ConfigurationFile/password_cipher.h"
 #include "ConfigurationFile/trace_topic.h"
+#include "qncertificates/patient_open.h"
 #include "qncore/error_exception.h"
 #include "qnfile/file_stream.h"
 
 namespace vdcertificates {
-namespace {
 
 using Access = ConfigurationFileAccess;
-
-struct SectionImage {
-    const Access::Section& section;
-    ConfigurationFileNodes nodes = {};
-};
-
-} // namespace
 
 void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& section,
                                      const ConfigurationFileNodes& newNodes, const char* function,
                                      bool stopsAtSharingViolation) {
-    SectionImage images[] = {{notifiers}, {devices}, {media_retrieval}};
+    PasswordCipher cipher(*file.m_certificateKeys, PasswordCipher::Memory::texts);
+    std::array<ConfigurationFileNodes, sections.size()> nodes;
     try {
-        for (SectionImage& image : images) {
-            (file.*image.section.read)(image.nodes);
+        for (std::size_t i = 0; i < sections.size(); ++i) {
+            read_section(file, sections[i]->name, nodes[i], keeps_all, cipher);
         }
     } catch (const qncore::ErrorException& exception) {
         if (stopsAtSharingViolation && exception.matches(error::sharing_violation)) {
@@ -31,22 +27,43 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
                            exception.what());
             exception.rethrow();
         }
-    } catch (...) {
         // Required: whatever else ends the reading, the change goes on with what could be read.
+    } catch (const std::exception& exception) {
+        QN_TRACE_ERROR(g_traceTopic, function, "Reading ended early: {}", exception.what());
+    } catch (...) {
+        QN_TRACE_ERROR(g_traceTopic, function, "Reading ended early");
     }
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        if (sections[i] == &section) {
+            vdcertificates::merge(newNodes, nodes[i]);
+        }
+    }
+    write(file, {&nodes[0], &nodes[1], &nodes[2]}, cipher);
+}
 
+void ConfigurationFileAccess::replace(ConfigurationFile& file,
+                                      const ConfigurationFileNodes& notifierNodes,
+                                      const ConfigurationFileNodes& deviceNodes,
+                                      const ConfigurationFileNodes& mediaRetrievalNodes) {
+    PasswordCipher cipher(*file.m_certificateKeys, PasswordCipher::Memory::none);
+    write(file, {&notifierNodes, &deviceNodes, &mediaRetrievalNodes}, cipher);
+}
+
+void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nodes,
+                                    PasswordCipher& cipher) {
     std::string text = "<" + ConfigurationFile::sm_configurationFile + ">";
-    for (SectionImage& image : images) {
-        const bool changes = &image.section == &section;
-        text += merge(file, changes ? newNodes : image.nodes, image.nodes, image.section.name);
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        append_section(text, sections[i]->name, *nodes[i], cipher);
     }
     text += "</" + ConfigurationFile::sm_configurationFile + ">";
 
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
-                                    qnfile::flag_write_through)
-        ->write(text.c_str(), text.size());
+    const auto stream = qncertificates::open_patiently([&] {
+        return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
+                                               qnfile::flag_write_through);
+    });
+    stream->write(text.c_str(), text.size());
 }
 
 void ConfigurationFile::set_subsystems_certificate_information(

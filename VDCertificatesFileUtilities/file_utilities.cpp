@@ -7,5 +7,5 @@ bool FileUtilities::create_directory(const std::string& directory) {
 }
 
 bool FileUtilities::located_file(const std::string& file) {
-    return platform::exists(file);
+    return !platform::check_existence(file).is_not_found();
 }

@@ -7,9 +7,9 @@ class FileUtilities {
   public:
     FileUtilities() = delete;
 
-    /// Creates one directory; true when it is there afterwards, made now or before.
+    /// Creates one directory. Returns true if the directory exists afterwards.
     static bool create_directory(const std::string& directory);
 
-    /// True when the file exists.
+    /// Returns false only if the file certainly does not exist: a failure to look for it is true.
     static bool located_file(const std::string& file);
 };

@@ -1,14 +1,27 @@
 // `get` and `set` through the class, by the number of servers in the file, with and without
-// passwords. Each server has one entry of the subsystems server role.
+// passwords; each server has one entry of the subsystems server role. Then both against the work
+// that cannot be saved, in turn: the parses of the file, and OpenSSL's bare operations.
 
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
+#include <malloc.h>
+#include <openssl/rsa.h>
 
 #include "ConfigurationFile/configuration_file.h"
 #include "platform/testing/testing.h"
+#include "qncrypto/rsa.h"
+#include "qnfile/file_stream.h"
+#include "qnxml/reader.h"
+#include "qnxml/stream_tokenizer.h"
 
 namespace {
 
@@ -42,6 +55,10 @@ class Machine {
     fs::path root_;
 };
 
+std::string path_of(const char* name) {
+    return vdcertificates::create_and_get_default_root_configuration_directory() + "/BENCH_" + name;
+}
+
 std::string server_name(std::int64_t number) {
     std::string digits = std::to_string(number);
     return "SRV" + std::string(6 - digits.size(), '0') + digits;
@@ -49,8 +66,7 @@ std::string server_name(std::int64_t number) {
 
 /// Replaces the file by one with that many servers.
 void fill(ConfigurationFile& file, std::int64_t servers, bool passwords) {
-    fs::remove(vdcertificates::create_and_get_default_root_configuration_directory() +
-               "/BENCH_ORVA_Certificates.xml");
+    fs::remove(path_of("ORVA_Certificates.xml"));
     ConfigurationFileNodes nodes;
     for (std::int64_t i = 0; i < servers; ++i) {
         const std::string name = server_name(i);
@@ -61,44 +77,49 @@ void fill(ConfigurationFile& file, std::int64_t servers, bool passwords) {
     file.set_additional_certificate_information(nodes);
 }
 
-void get(benchmark::State& state) {
+bool get(ConfigurationFile& file, const std::string& server) {
+    std::array<std::string, 5> o;
+    return file.get_subsystems_server_certificate_information(server, o[0], o[1], o[2], o[3],
+                                                              o[4]) &&
+           !o[0].empty();
+}
+
+/// Stores another password with each call.
+bool set(ConfigurationFile& file, const std::string& server, bool passwords) {
+    static int turn = 0;
+    return file.set_subsystems_server_certificate_information(
+        server, "/keys/p", "/keys/k", "/keys/c",
+        passwords ? "password " + std::to_string(++turn) : "", "/keys/t");
+}
+
+template <class Call>
+void run(benchmark::State& state, const Call& call) {
     ConfigurationFile file;
     fill(file, state.range(0), state.range(1) != 0);
     const std::string name = server_name(state.range(0) / 2);
-    std::string publicKey;
-    std::string privateKey;
-    std::string certificate;
-    std::string password;
-    std::string trusted;
     for ([[maybe_unused]] auto turn : state) {
-        if (!file.get_subsystems_server_certificate_information(name, publicKey, privateKey,
-                                                                certificate, password, trusted)) {
-            state.SkipWithError("the file could not be read");
+        if (!call(file, name)) {
+            state.SkipWithError("the file could not be read or written");
             break;
         }
     }
     state.SetComplexityN(state.range(0));
 }
 
+void get(benchmark::State& state) {
+    run(state, [](ConfigurationFile& file, const std::string& name) { return get(file, name); });
+}
+
 void set(benchmark::State& state) {
-    ConfigurationFile file;
-    fill(file, state.range(0), state.range(1) != 0);
-    const std::string name = server_name(state.range(0) / 2);
-    for ([[maybe_unused]] auto turn : state) {
-        if (!file.set_subsystems_server_certificate_information(
-                name, "/keys/p", "/keys/k", "/keys/c",
-                state.range(1) != 0 ? "another password" : "", "/keys/t")) {
-            state.SkipWithError("the file could not be written");
-            break;
-        }
-    }
-    state.SetComplexityN(state.range(0));
+    run(state, [&](ConfigurationFile& file, const std::string& name) {
+        return set(file, name, state.range(1) != 0);
+    });
 }
 
 void sizes(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"servers", "passwords"})->Unit(benchmark::kMillisecond)->UseRealTime();
     for (const std::int64_t passwords : {0, 1}) {
-        for (const std::int64_t servers : {1, 100, 1000}) {
+        for (const std::int64_t servers : {1, 100, 1000, 10000}) {
             bench->Args({servers, passwords});
         }
     }
@@ -106,6 +127,102 @@ void sizes(benchmark::internal::Benchmark* bench) {
 
 BENCHMARK(get)->Apply(sizes);
 BENCHMARK(set)->Apply(sizes);
+
+/// The work that a call cannot save, done with nothing around it.
+class Floor {
+  public:
+    explicit Floor(std::size_t servers)
+        : servers_(servers) {
+        std::ifstream file(path_of("PrivateKey.bin"), std::ios::binary);
+        const std::string key(std::istreambuf_iterator<char>(file), {});
+        const auto* position = reinterpret_cast<const unsigned char*>(key.data());
+        rsa_ = d2i_RSAPrivateKey(nullptr, &position, static_cast<long>(key.size()));
+        private_operation();
+    }
+    Floor(const Floor&) = delete;
+    Floor& operator=(const Floor&) = delete;
+    ~Floor() { RSA_free(rsa_); }
+
+    void parse() const {
+        qnxml::XmlStreamTokenizer tokenizer(
+            {}, 1, 4096,
+            qnfile::FileReadStream::create(path_of("ORVA_Certificates.xml"), qnfile::share_none,
+                                           qnfile::flag_sequential_scan));
+        qnxml::XmlReader reader(&tokenizer);
+        std::size_t bytes = 0;
+        while (reader.read_next()) {
+            bytes += reader.node_type() == qnxml::XmlNodeType::Text ? reader.value().size() : 0;
+        }
+        benchmark::DoNotOptimize(bytes);
+    }
+
+    void private_operation() {
+        RSA_private_encrypt(sizeof plain_, plain_, block_, rsa_, RSA_PKCS1_PADDING);
+    }
+
+    void public_operations() {
+        unsigned char out[sizeof block_];
+        for (std::size_t i = 0; i < servers_; ++i) {
+            RSA_public_decrypt(sizeof block_, block_, out, rsa_, RSA_PKCS1_PADDING);
+        }
+    }
+
+  private:
+    std::size_t servers_;
+    RSA* rsa_;
+    unsigned char plain_[20] = {1, 2, 3};
+    unsigned char block_[256] = {};
+};
+
+template <class Work>
+double milliseconds_of(const Work& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    return time.count();
+}
+
+/// Runs the two in turn and prints the median of the rounds' ratios.
+template <class Ours, class Least>
+void compare(const char* what, int rounds, const Ours& ours, const Least& least) {
+    std::vector<std::array<double, 3>> times; // ratio, ours, least
+    for (int round = 0; round < rounds; ++round) {
+        const double first = milliseconds_of(ours);
+        const double second = milliseconds_of(least);
+        times.push_back({first / second, first, second});
+    }
+    std::sort(times.begin(), times.end());
+    const auto& [ratio, mine, floor] = times[times.size() / 2];
+    std::printf("%-72s %8.1f %8.1f %8.2f\n", what, mine, floor, ratio);
+}
+
+void compare_with_floor() {
+    constexpr std::size_t servers = 1000;
+    constexpr int rounds = 21;
+    ConfigurationFile file;
+    fill(file, servers, true);
+    Floor floor(servers);
+    const std::string name = server_name(servers / 2);
+    std::printf("\n1,000 servers with passwords, medians of %d rounds %18s %8s %8s\n", rounds, "ms",
+                "least", "ratio");
+    compare(
+        "get : one parse, 1,000 public operations", rounds, [&] { get(file, name); },
+        [&] {
+            floor.parse();
+            floor.public_operations();
+        });
+    compare(
+        "set : three parses, 1,000 public operations, one private", rounds,
+        [&] { set(file, name, true); },
+        [&] {
+            floor.parse();
+            floor.parse();
+            floor.parse();
+            floor.public_operations();
+            floor.private_operation();
+        });
+}
+
 
 } // namespace
 
@@ -116,5 +233,6 @@ int main(int argc, char** argv) {
         return 1;
     }
     benchmark::RunSpecifiedBenchmarks();
+    compare_with_floor();
     return 0;
 }

@@ -35,10 +35,10 @@ class RemovalAnchor {
     RemovalAnchor& operator=(RemovalAnchor&&) = delete;
     ~RemovalAnchor() { close_file(directory_); }
 
-    /// An anchor of a directory here; a link to one is refused unless `followLinks`.
+    /// An anchor of a directory here; unless `followLinks`, a link to one is_not_found().
     Result<RemovalAnchor> open(const std::string& path, bool followLinks) const;
 
-    /// Removes a file, or on Linux a link to anything.
+    /// Removes a file, or on Linux a link to anything. The path goes to the system as it is.
     SystemError remove_file(const std::string& path) const;
     /// Removes an empty directory.
     SystemError remove_directory(const std::string& path) const;

@@ -29,6 +29,7 @@ enum class Call : std::uint8_t {
     open_directory,
     read_directory,
     close_directory,
+    follow_link, ///< on Linux: the look at what a symbolic link in a directory leads to
     create_mutex,
     lock_mutex,
     unlock_mutex,

@@ -1,8 +1,7 @@
 #include "qncertificates/certificate_keys.h"
 
-#include <optional>
+#include <openssl/err.h>
 
-#include "platform/file_system.h"
 #include "qncertificates/errors.h"
 #include "qncertificates/key_file.h"
 #include "qncore/error_composer.h"
@@ -26,12 +25,30 @@ void check_format(EFormat format, const qncore::SourceLocation& location) {
     }
 }
 
+/// True if OpenSSL could not do its work, as without memory, which says nothing about the key.
+bool is_fault_of_openssl(const qncore::ErrorInfoPtr& info) {
+    if (!info) {
+        return false;
+    }
+    const std::string* code = info->params().find("code");
+    return (code != nullptr && ERR_FATAL_ERROR(std::stoul(*code, nullptr, 16)) != 0) ||
+           is_fault_of_openssl(info->nested());
+}
+
 /// The public key that belongs to what the file of the private key holds.
 Key public_key_of(const Key& private_key, const std::string& filename,
                   const qncore::SourceLocation& location) {
+    if (private_key.size() > largest_key_file) {
+        ErrorComposer("Key file \"{@filename}\" is too large")
+            .param("filename", filename)
+            .throw_error(error::qncertificates_parameter_invalid, location);
+    }
     try {
         return RsaContext::public_key_from_private_key(private_key);
-    } catch (const std::exception& exception) {
+    } catch (const qncore::ErrorException& exception) {
+        if (is_fault_of_openssl(exception.info())) {
+            throw;
+        }
         ErrorComposer("Key file \"{@filename}\" does not hold a private key")
             .param("filename", filename)
             .throw_with_nested_exception(error::qncertificates_parameter_invalid, location,
@@ -46,15 +63,17 @@ CertificateKeys::CertificateKeys(const std::string& publicKeyFile,
     : public_key_file_(publicKeyFile)
     , private_key_file_(privateKeyFile) {
     check_format(format, QN_LOCATION("qncertificates::CertificateKeys::CertificateKeys()"));
-    if (!regenerate && platform::exists(public_key_file_) && platform::exists(private_key_file_)) {
-        load();
+    if (!regenerate && !is_missing(public_key_file_) && !is_missing(private_key_file_)) {
+        Key private_key = read_key_file(private_key_file_);
+        Key public_key = read_key_file(public_key_file_);
+        check_pair(private_key, public_key);
+        private_key_.swap(private_key);
+        public_key_.swap(public_key);
     }
 }
 
-void CertificateKeys::load() {
-    const auto location = QN_LOCATION("qncertificates::CertificateKeys::load()");
-    Key private_key = read_key_file(private_key_file_);
-    Key public_key = read_key_file(public_key_file_);
+void CertificateKeys::check_pair(const Key& private_key, const Key& public_key) const {
+    const auto location = QN_LOCATION("qncertificates::CertificateKeys::check_pair()");
     // The public key has one DER form only: what differs is corrupt, or another's.
     if (!(public_key_of(private_key, private_key_file_, location) == public_key)) {
         ErrorComposer("Key file \"{@publicKeyFile}\" does not hold the public key to the private "
@@ -63,28 +82,40 @@ void CertificateKeys::load() {
             .param("privateKeyFile", private_key_file_)
             .throw_error(error::qncertificates_parameter_invalid, location);
     }
-    private_key_.swap(private_key);
-    public_key_.swap(public_key);
+}
+
+bool CertificateKeys::is_pair(const Key& private_key, const Key& public_key) const {
+    try {
+        check_pair(private_key, public_key);
+        return true;
+    } catch (const qncore::ErrorException& exception) {
+        if (exception.matches(error::qncertificates_parameter_invalid)) {
+            return false;
+        }
+        throw;
+    }
 }
 
 void CertificateKeys::set_keys(EFormat format) {
-    check_format(format, QN_LOCATION("qncertificates::CertificateKeys::set_keys()"));
-    // Both are open before either is written, and one that exists is opened before the other is
-    // made: whoever is refused the one leaves no trace in place of the other.
-    std::optional<KeyFileWriter> private_file;
-    std::optional<KeyFileWriter> public_file;
-    if (platform::exists(private_key_file_)) {
-        private_file.emplace(private_key_file_);
-    }
-    public_file.emplace(public_key_file_);
-    if (!private_file) {
-        private_file.emplace(private_key_file_);
+    const auto location = QN_LOCATION("qncertificates::CertificateKeys::set_keys()");
+    check_format(format, location);
+    KeyFileWriter private_file(private_key_file_);
+    KeyFileWriter public_file(public_key_file_);
+    // What failed before this may have passed: a pair is replaced only if it is certainly none.
+    const Key old_private_key = private_file.content();
+    if (is_pair(old_private_key, public_file.content())) {
+        ErrorComposer("Key files \"{@publicKeyFile}\" and \"{@privateKeyFile}\" hold a usable pair")
+            .param("publicKeyFile", public_key_file_)
+            .param("privateKeyFile", private_key_file_)
+            .throw_error(error::qncertificates_parameter_invalid, location);
     }
     Key private_key;
     Key public_key;
     RsaContext::create_key_pair(key_bits, private_key, public_key);
-    private_file->replace_content(private_key);
-    public_file->replace_content(public_key);
+    private_file.replace_content(private_key);
+    public_file.replace_content(public_key);
+    private_file.keep();
+    public_file.keep();
     private_key_.swap(private_key);
     public_key_.swap(public_key);
 }

@@ -8,33 +8,36 @@
 
 namespace qncertificates {
 
-/// What stands in a pair of key files.
+/// Format of a pair of key files.
 enum EFormat : std::uint32_t {
     eFormatPkcs1Der = 2, ///< RSAPublicKey and RSAPrivateKey of RFC 8017, DER, nothing around them
 };
 
-/// A machine's RSA key pair and the two files that keep it. All failures are ErrorExceptions; this
-/// layer's own have the code error.qncertificates.parameter.invalid, an unknown format among them.
+/// The RSA key pair of a machine and the two files that keep it. Failures are ErrorExceptions with
+/// the code error.qncertificates.parameter.invalid, or those of the RSA layer.
 class CertificateKeys final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
-    /// Loads the pair when both files are there, and throws when they cannot be read or do not hold
-    /// a pair. With a file missing, or when the pair is to be regenerated, the object has no keys
-    /// until set_keys(); in the latter case the files are not looked at.
+    /// Loads the pair if both files exist. Throws if either cannot be read or the two keys do not
+    /// match. If a file is certainly missing, or with `regenerate`, the object has no keys until
+    /// set_keys(). Throws for an unknown format.
     CertificateKeys(const std::string& publicKeyFile, const std::string& privateKeyFile,
                     EFormat format, bool regenerate);
     ~CertificateKeys() override = default;
 
-    /// Makes a new pair of 2048 bits and writes it into both files in place. Whoever may not read
-    /// and write both files gets an error, and neither is changed. The object takes the new keys
-    /// when both are stored; an error in between leaves a pair that does not load.
+    /// Makes a new pair of 2048 bits and writes it into both files in place. Opens both for itself
+    /// alone and reads them first: throws, and changes neither, if one cannot be read or written,
+    /// or if they hold a usable pair. A failed write leaves files that do not load; files that were
+    /// missing before a failure are missing after it.
     void set_keys(EFormat format);
 
-    /// PKCS#1 DER; empty while there are no keys.
+    /// PKCS#1 DER. Empty until keys are loaded or made.
     qncrypto::Key get_private_key() const { return private_key_; }
     qncrypto::Key get_public_key() const { return public_key_; }
 
   private:
-    void load();
+    /// Throws qncertificates_parameter_invalid unless the keys match.
+    void check_pair(const qncrypto::Key& private_key, const qncrypto::Key& public_key) const;
+    bool is_pair(const qncrypto::Key& private_key, const qncrypto::Key& public_key) const;
 
     std::string public_key_file_;
     std::string private_key_file_;

@@ -2,88 +2,121 @@
 
 #include <cstdint>
 
+#include "platform/file_system.h"
 #include "platform/key_file.h"
 #include "qncertificates/errors.h"
+#include "qncertificates/patient_open.h"
 #include "qncore/error_composer.h"
 #include "qncore/safe_cast.h"
-#include "qnfile/file_stream.h"
 
 namespace qncertificates {
-
-using qncore::ErrorComposer;
-using qncore::SourceLocation;
-
 namespace {
 
-constexpr std::uint64_t largest_key_file = 65536;
-
-[[noreturn]] void throw_write_error(const std::string& filename, const SourceLocation& location,
-                                    platform::SystemError error) {
-    ErrorComposer("Writing to key file \"{@filename}\" failed")
+[[noreturn]] void throw_file_error(const char* message, const std::string& filename,
+                                   const char* function, platform::SystemError error) {
+    qncore::ErrorComposer(message)
         .param("filename", filename)
-        .throw_with_nested_system_error(error::qncertificates_parameter_invalid, location, error);
+        .throw_with_nested_system_error(error::qncertificates_parameter_invalid,
+                                        QN_LOCATION(function), error);
 }
 
-platform::FileHandle open_for_writing(const std::string& filename) {
-    const auto opened = platform::open_key_file(filename);
-    if (!opened) {
-        ErrorComposer("Unable to open key file \"{@filename}\" for reading and writing")
-            .param("filename", filename)
-            .throw_with_nested_system_error(
-                error::qncertificates_parameter_invalid,
-                QN_LOCATION("qncertificates::KeyFileWriter::KeyFileWriter()"), opened.error());
+/// The value of an answer about the file.
+template <class T>
+T value_of(const platform::Result<T>& result, const char* message, const std::string& filename,
+           const char* function) {
+    if (!result) {
+        throw_file_error(message, filename, function, result.error());
     }
-    return *opened;
+    return *result;
+}
+
+/// Reads an open file from where its pointer stands to its end.
+qncrypto::Key read_content(platform::FileHandle file, const std::string& filename) {
+    qncrypto::Key content(largest_key_file + 1);
+    std::size_t done = 0;
+    std::uint32_t count = 1;
+    while (count != 0 && done < content.size()) {
+        count = value_of(
+            platform::read_file(file, content.data() + done,
+                                qncore::safe_cast<std::uint32_t>(content.size() - done)),
+            "Reading key file \"{@filename}\" failed", filename, "qncertificates::read_key_file()");
+        done += count;
+    }
+    return {content.data(), done};
+}
+
+platform::FileHandle open_for_reading(const std::string& filename) {
+    return open_patiently([&] {
+        return value_of(platform::open_file(filename, platform::FileAccess::read,
+                                            platform::FileDisposition::open_existing,
+                                            platform::FileSharing::read, {}),
+                        "Unable to open key file \"{@filename}\"", filename,
+                        "qncertificates::read_key_file()");
+    });
+}
+
+constexpr const char* writer_name = "qncertificates::KeyFileWriter::KeyFileWriter()";
+constexpr const char* open_message =
+    "Unable to open key file \"{@filename}\" for reading and writing";
+
+platform::FileHandle open_for_writing(const std::string& filename) {
+    return open_patiently([&] {
+        return value_of(platform::open_key_file(filename), open_message, filename,
+                        writer_name);
+    });
 }
 
 } // namespace
 
+bool is_missing(const std::string& filename) {
+    const platform::SystemError error = platform::check_existence(filename);
+    if (error && !error.is_not_found()) {
+        throw_file_error("Unable to look for key file \"{@filename}\"", filename,
+                         "qncertificates::is_missing()", error);
+    }
+    return error.is_not_found();
+}
+
 qncrypto::Key read_key_file(const std::string& filename) {
-    const auto stream =
-        qnfile::FileReadStream::create(filename, qnfile::share_read, qnfile::FileOpenFlags{});
-    const std::uint64_t size = stream->available();
-    if (size > largest_key_file) {
-        ErrorComposer("Key file \"{@filename}\" is too large: {@size} bytes")
-            .param("filename", filename)
-            .param("size", size)
-            .throw_error(error::qncertificates_parameter_invalid,
-                         QN_LOCATION("qncertificates::read_key_file()"));
-    }
-    qncrypto::Key content(static_cast<std::size_t>(size));
-    std::uint64_t done = 0;
-    while (done < size) {
-        const std::uint64_t count = stream->read(content.data() + done, size - done);
-        if (count == 0) {
-            break;
-        }
-        done += count;
-    }
-    content.resize(static_cast<std::size_t>(done));
-    return content;
+    struct Closer {
+        platform::FileHandle file;
+        ~Closer() { platform::close_file(file); }
+    };
+    const Closer opened{open_for_reading(filename)};
+    return read_content(opened.file, filename);
 }
 
 KeyFileWriter::KeyFileWriter(const std::string& filename)
     : filename_(filename)
+    , created_(is_missing(filename))
     , file_(open_for_writing(filename)) {}
 
-void KeyFileWriter::replace_content(const qncrypto::Key& content) const {
-    const auto location = QN_LOCATION("qncertificates::KeyFileWriter::replace_content()");
-    const auto at_start = platform::seek_file(file_, 0, platform::SeekMethod::begin);
-    if (!at_start) {
-        throw_write_error(filename_, location, at_start.error());
+KeyFileWriter::~KeyFileWriter() {
+    platform::close_file(file_);
+    if (created_) {
+        platform::remove_file(filename_.c_str());
     }
+}
+
+qncrypto::Key KeyFileWriter::content() const {
+    return read_content(file_, filename_);
+}
+
+void KeyFileWriter::replace_content(const qncrypto::Key& content) const {
+    constexpr const char* function = "qncertificates::KeyFileWriter::replace_content()";
+    constexpr const char* message = "Writing to key file \"{@filename}\" failed";
+    value_of(platform::seek_file(file_, 0, platform::SeekMethod::begin), message, filename_,
+             function);
     std::size_t done = 0;
     while (done < content.size()) {
-        const auto written = platform::write_file(
-            file_, content.data() + done, qncore::safe_cast<std::uint32_t>(content.size() - done));
-        if (!written) {
-            throw_write_error(filename_, location, written.error());
-        }
-        done += *written;
+        done += value_of(platform::write_file(
+                             file_, content.data() + done,
+                             qncore::safe_cast<std::uint32_t>(content.size() - done)),
+                         message, filename_, function);
     }
     for (const auto finish : {platform::set_end_of_file, platform::flush_file}) {
         if (const platform::SystemError error = finish(file_)) {
-            throw_write_error(filename_, location, error);
+            throw_file_error(message, filename_, function, error);
         }
     }
 }

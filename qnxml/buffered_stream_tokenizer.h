@@ -18,7 +18,7 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     XmlBufferedStreamTokenizerBase(qnuri::UriReference uri, std::uint32_t firstLine,
                                    std::size_t bufferSize);
 
-    int get_next_char(char* out) override;
+    int get_next_char(char* out) final;
 
     /// Reads up to `size` bytes and stores their number in `count` unless that is null; 0 is the
     /// end of the data. False after a failure that it has stored.

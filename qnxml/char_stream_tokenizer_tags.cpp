@@ -7,10 +7,12 @@ namespace qnxml {
 namespace {
 
 constexpr ByteSet double_quoted_bytes = ByteSet::plain_but("&<\"");
+constexpr ByteSet double_quoted_ends = ByteSet::of("&\"");
 constexpr ByteSet single_quoted_bytes = ByteSet::plain_but("&<'");
+constexpr ByteSet single_quoted_ends = ByteSet::of("&'");
 
-// Required: a zero byte ends a name, too.
-constexpr ByteSet behind_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
+// Required: a NUL byte also terminates a name.
+constexpr ByteSet after_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
 
 constexpr const char* expecting_whitespace = "Expecting whitespace before attribute name";
 
@@ -18,18 +20,18 @@ constexpr const char* expecting_whitespace = "Expecting whitespace before attrib
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
     text_.clear();
-    const std::int64_t blanks = skip_whitespace();
+    const bool blanks = skip_whitespace();
     if (pendingLength_ == 0) {
         return no_char("End of data in XML declaration", QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
     if (pending_is('?')) {
         if (expect_literal("?>")) {
-            return enter(XmlTokenizerState::Content, XmlTokenType::XmldeclEnd);
+            return enter(State::Content, XmlTokenType::XmldeclEnd);
         }
         return no_char("Invalid XML declaration, expecting '?>'",
                        QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
-    if (blanks == 0) {
+    if (!blanks) {
         return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
     return parse_attrname();
@@ -37,23 +39,23 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
     text_.clear();
-    const std::int64_t blanks = skip_whitespace();
+    const bool blanks = skip_whitespace();
     if (pendingLength_ == 0) {
         return no_char("End of data in start tag declaration",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
     }
     if (pending_is('>')) {
         drop();
-        return enter(XmlTokenizerState::Content, XmlTokenType::StartTagEnd);
+        return enter(State::Content, XmlTokenType::StartTagEnd);
     }
     if (pending_is('/')) {
         if (expect_literal("/>")) {
-            return enter(XmlTokenizerState::Content, XmlTokenType::StartTagEndEmpty);
+            return enter(State::Content, XmlTokenType::StartTagEndEmpty);
         }
         return no_char("Invalid empty tag; expecting '/>'",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
     }
-    if (blanks == 0) {
+    if (!blanks) {
         return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_starttag"));
     }
     return parse_attrname();
@@ -61,8 +63,11 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     text_.clear();
-    if (!read_name(behind_attribute_name, "Expecting attribute name")) {
+    if (!read_name(after_attribute_name, "Expecting attribute name")) {
         return XmlTokenType::Error;
+    }
+    if (!pending_is('=') || !is_ready() || (*cursor_ != '"' && *cursor_ != '\'')) {
+        copy_text_in_place();
     }
     skip_whitespace();
     if (pendingLength_ == 0) {
@@ -83,10 +88,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     quote_ = static_cast<std::uint8_t>(pending_[0]);
     drop();
     switch (state_) {
-    case XmlTokenizerState::XmlDecl:
-        return enter(XmlTokenizerState::XmlDeclValue, XmlTokenType::AttributeStart);
-    case XmlTokenizerState::StartTag:
-        return enter(XmlTokenizerState::StartTagValue, XmlTokenType::AttributeStart);
+    case State::XmlDecl:
+        return enter(State::XmlDeclValue, XmlTokenType::AttributeStart);
+    case State::StartTag:
+        return enter(State::StartTagValue, XmlTokenType::AttributeStart);
     default:
         return syntax_failure("Invalid parse state", QN_TOKENIZER_LOCATION("parse_attrname"));
     }
@@ -94,10 +99,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
     const char quote = static_cast<char>(quote_);
-    const ByteSet& plain = quote == '"' ? double_quoted_bytes : single_quoted_bytes;
     text_.clear();
     for (;;) {
-        if (take_run(plain)) {
+        if (quote == '"' ? take_text<double_quoted_bytes, double_quoted_ends>()
+                         : take_text<single_quoted_bytes, single_quoted_ends>()) {
             return XmlTokenType::CharData;
         }
         if (!fetch()) {
@@ -123,10 +128,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
     }
     drop();
     switch (state_) {
-    case XmlTokenizerState::XmlDeclValue:
-        return enter(XmlTokenizerState::XmlDecl, XmlTokenType::AttributeEnd);
-    case XmlTokenizerState::StartTagValue:
-        return enter(XmlTokenizerState::StartTag, XmlTokenType::AttributeEnd);
+    case State::XmlDeclValue:
+        return enter(State::XmlDecl, XmlTokenType::AttributeEnd);
+    case State::StartTagValue:
+        return enter(State::StartTag, XmlTokenType::AttributeEnd);
     default:
         return syntax_failure("Invalid parse state", QN_TOKENIZER_LOCATION("parse_attrvalue"));
     }

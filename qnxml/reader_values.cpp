@@ -64,8 +64,8 @@ void XmlReader::eval_char_ref(std::string* destination) {
         qncore::ucs4_char_to_utf8(code_point, bytes.data(), bytes.data() + bytes.size());
     if (code_point == 0 || length == 0) {
         // Required: the parameter's name lacks a letter, so that the message keeps its placeholder.
-        fail("Invalid character reference: '{@charReference}'", {{"charReferece", token_text()}},
-             QN_READER_LOCATION("eval_char_ref"));
+        fail("Invalid character reference: '{@charReference}'", QN_READER_LOCATION("eval_char_ref"),
+             {{"charReferece", token_text()}});
     }
     if (destination != nullptr) {
         append_limited(*destination, {bytes.data(), length});
@@ -86,13 +86,13 @@ void XmlReader::resolve_entity_ref(std::string* destination) {
     if (entityResolver_ == nullptr) {
         fail("Unable to resolve entity reference '{@entityReference}'; no entity resolver "
              "specified",
-             {{"entityReference", name}}, QN_READER_LOCATION("resolve_entity_ref"));
+             QN_READER_LOCATION("resolve_entity_ref"), {{"entityReference", name}});
     }
     std::string text;
     if (!entityResolver_->resolve(tokenizer_->token_text(),
                                   destination != nullptr ? &text : nullptr)) {
-        fail("Unable to resolve entity reference '{@entityReference}'", {{"entityReference", name}},
-             QN_READER_LOCATION("resolve_entity_ref"));
+        fail("Unable to resolve entity reference '{@entityReference}'",
+             QN_READER_LOCATION("resolve_entity_ref"), {{"entityReference", name}});
     }
     if (destination != nullptr) {
         destination->append(text);

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
+#include <string_view>
 #include <termios.h>
 #include <unistd.h>
 
@@ -13,93 +14,29 @@
 namespace platform {
 namespace {
 
-constexpr std::array<int, 4> ending_signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT};
+constexpr std::size_t longest_line = 4096; ///< that a terminal gives
 
 volatile std::sig_atomic_t g_signal = 0;
 volatile std::sig_atomic_t g_waker = -1; ///< write end of the pipe that ends the wait for input
 
 void note_signal(int number) {
     const int error = errno;
-    g_signal = number;
+    if (number != SIGCONT || g_signal == 0) {
+        g_signal = number;
+    }
     [[maybe_unused]] const ssize_t ignored = ::write(g_waker, "", 1);
     errno = error;
 }
 
-/// The controlling terminal without echo for a scope. A signal that would end the process waits
-/// until the echo is back.
-class SilentTerminal {
-  public:
-    SilentTerminal()
-        : descriptor_(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        if (descriptor_ < 0 || ::tcgetattr(descriptor_, &before_) != 0 ||
-            ::pipe2(wake_.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
-            return;
-        }
-        g_signal = 0;
-        g_waker = wake_[1];
-        struct sigaction action = {};
-        action.sa_handler = note_signal;
-        for (std::size_t i = 0; i < ending_signals.size(); ++i) {
-            ::sigaction(ending_signals[i], &action, &actions_before_[i]);
-        }
-        termios silent = before_;
-        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        silent.c_lflag |= ECHONL;
-        usable_ = ::tcsetattr(descriptor_, TCSAFLUSH, &silent) == 0;
-        changed_ = true;
-    }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
-    ~SilentTerminal() {
-        if (changed_) {
-            ::tcsetattr(descriptor_, TCSAFLUSH, &before_);
-            for (std::size_t i = 0; i < ending_signals.size(); ++i) {
-                ::sigaction(ending_signals[i], &actions_before_[i], nullptr);
-            }
-        }
-        for (const int descriptor : {descriptor_, wake_[0], wake_[1]}) {
-            if (descriptor >= 0) {
-                ::close(descriptor);
-            }
-        }
-        if (changed_ && g_signal != 0) {
-            ::raise(g_signal);
-        }
-    }
-
-    bool usable() const noexcept { return usable_; }
-    int descriptor() const noexcept { return descriptor_; }
-
-    /// Waits for input. False when an ending signal came, whenever that was and in whatever thread.
-    bool wait() const {
-        std::array<pollfd, 2> sources{{{descriptor_, POLLIN, 0}, {wake_[0], POLLIN, 0}}};
-        while (::poll(sources.data(), sources.size(), -1) < 0) {
-            if (errno != EINTR) {
-                return false;
-            }
-        }
-        return sources[1].revents == 0;
-    }
-
-  private:
-    int descriptor_;
-    std::array<int, 2> wake_{-1, -1};
-    bool usable_ = false;
-    bool changed_ = false;
-    termios before_ = {};
-    std::array<struct sigaction, ending_signals.size()> actions_before_ = {};
-};
-
-bool write_all(int descriptor, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t written = ::write(descriptor, text.data() + done, text.size() - done);
+void write_all(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
         if (written < 0 && errno != EINTR) {
-            return false;
+            return; // reading will show what is wrong with the terminal
         }
-        done += written > 0 ? static_cast<std::size_t>(written) : 0;
+        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
     }
-    return true;
 }
 
 } // namespace
@@ -108,23 +45,141 @@ bool output_is_terminal() {
     return ::isatty(STDOUT_FILENO) == 1;
 }
 
-std::optional<std::string> ask_secret(const std::string& prompt) {
-    const SilentTerminal terminal;
-    if (!terminal.usable() || !write_all(terminal.descriptor(), prompt)) {
-        return std::nullopt;
+bool error_is_terminal() {
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
+struct SecretPrompt::State {
+    State()
+        : descriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        if (descriptor < 0 || ::tcgetattr(descriptor, &before) != 0 ||
+            ::pipe2(wake.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+            return;
+        }
+        g_signal = 0;
+        g_waker = wake[1];
+        struct sigaction action = {};
+        action.sa_handler = note_signal;
+        for (std::size_t i = 0; i < signals.size(); ++i) {
+            ::sigaction(signals[i], &action, &actions_before[i]);
+        }
+        changed = true;
+        usable = silence();
     }
-    std::string secret;
-    secret.reserve(4096); // a terminal's line is no longer, so nothing is left behind by growth
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (changed) {
+            ::tcsetattr(descriptor, TCSAFLUSH, &before);
+            for (std::size_t i = 0; i < signals.size(); ++i) {
+                ::sigaction(signals[i], &actions_before[i], nullptr);
+            }
+        }
+        for (const int open : {descriptor, wake[0], wake[1]}) {
+            if (open >= 0) {
+                ::close(open);
+            }
+        }
+        if (changed && g_signal != 0) {
+            ::raise(g_signal);
+        }
+    }
+
+    /// Drops what was typed while there was an echo.
+    bool silence() const {
+        termios silent = before;
+        silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        return ::tcsetattr(descriptor, TCSAFLUSH, &silent) == 0;
+    }
+
+    /// As the signal does by itself, which is nothing where no shell could continue the process.
+    void suspend() const {
+        ::tcsetattr(descriptor, TCSAFLUSH, &before);
+        struct sigaction own = {};
+        struct sigaction usual = {};
+        usual.sa_handler = SIG_DFL;
+        ::sigaction(SIGTSTP, &usual, &own);
+        ::raise(SIGTSTP);
+        ::sigaction(SIGTSTP, &own, nullptr);
+    }
+
+    /// Deals with a signal that was noted. False when it is an ending one.
+    bool resume(const std::string& prompt) const {
+        const int number = g_signal;
+        if (number == 0) { // dealt with before
+            return true;
+        }
+        if (number != SIGTSTP && number != SIGCONT) {
+            return false;
+        }
+        g_signal = 0;
+        if (number == SIGTSTP) {
+            suspend();
+            g_signal = g_signal == SIGCONT ? 0 : g_signal;
+        }
+        if (!silence()) {
+            return false;
+        }
+        write_all(descriptor, prompt);
+        return true;
+    }
+
+    /// Waits for input. False when an ending signal came, whenever that was and in whatever thread.
+    bool wait(const std::string& prompt) const {
+        for (;;) {
+            std::array<pollfd, 2> sources{{{descriptor, POLLIN, 0}, {wake[0], POLLIN, 0}}};
+            if (::poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR) {
+                return false;
+            }
+            if (sources[1].revents != 0) {
+                std::array<char, 16> ignored{};
+                while (::read(wake[0], ignored.data(), ignored.size()) > 0) {
+                }
+                if (!resume(prompt)) {
+                    return false;
+                }
+            } else if (sources[0].revents != 0) {
+                return true;
+            }
+        }
+    }
+
+    int descriptor;
+    std::array<int, 2> wake{-1, -1};
+    bool usable = false;
+    bool changed = false;
+    termios before = {};
+    std::array<struct sigaction, signals.size()> actions_before = {};
+};
+
+SecretPrompt::SecretPrompt()
+    : state_(std::make_unique<State>()) {
+    if (!state_->usable) {
+        state_.reset();
+    }
+}
+
+SecretPrompt::~SecretPrompt() = default;
+
+std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
+    std::optional<std::string> secret(std::in_place);
+    secret->reserve(longest_line); // so growth leaves nothing in freed memory
+    write_all(state_->descriptor, prompt);
     for (;;) {
         char character = 0;
-        if (!terminal.wait() || ::read(terminal.descriptor(), &character, 1) != 1) {
-            secure_zero(secret.data(), secret.size());
+        const bool has_ended =
+            !state_->wait(prompt) || ::read(state_->descriptor, &character, 1) != 1;
+        if (has_ended || character == '\n') {
+            write_all(state_->descriptor, "\n"); // which was not echoed either
+        }
+        if (has_ended) {
+            secure_zero(secret->data(), secret->size());
             return std::nullopt;
         }
         if (character == '\n') {
             return secret;
         }
-        secret += character;
+        *secret += character;
         secure_zero(&character, 1);
     }
 }

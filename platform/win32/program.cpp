@@ -7,7 +7,7 @@
 
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
-// behind windows.h
+// after windows.h
 #include <shellapi.h>
 
 namespace platform {
@@ -28,6 +28,15 @@ void prepare_standard_streams() {
         ::_setmode(::_fileno(stream), _O_BINARY);
     }
     ::SetConsoleOutputCP(CP_UTF8);
+}
+
+SignalsHeld::SignalsHeld() noexcept
+    : held_(::SetConsoleCtrlHandler(nullptr, TRUE) ? 1U : 0U) {}
+
+SignalsHeld::~SignalsHeld() {
+    if (held_ != 0) {
+        ::SetConsoleCtrlHandler(nullptr, FALSE);
+    }
 }
 
 } // namespace platform

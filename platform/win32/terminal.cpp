@@ -1,9 +1,7 @@
 #include "platform/terminal.h"
 
 #include <array>
-#include <cstdio>
-#include <fcntl.h>
-#include <io.h>
+#include <string_view>
 
 #include "platform/memory.h"
 #include "platform/win32/wide.h"
@@ -13,6 +11,11 @@ namespace platform {
 namespace {
 
 constexpr std::size_t longest_line = 4096;
+
+bool is_console(DWORD stream) {
+    DWORD mode = 0;
+    return ::GetConsoleMode(::GetStdHandle(stream), &mode);
+}
 
 /// The console's input or output, whatever the standard streams are.
 class Console {
@@ -30,61 +33,77 @@ class Console {
     }
     HANDLE handle() const noexcept { return handle_; }
 
+    void write(std::wstring_view text) const {
+        DWORD done = 0;
+        ::WriteConsoleW(handle_, text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
+    }
+
   private:
     HANDLE handle_;
 };
 
-/// Takes the echo from a console for a scope. Ctrl+C ends the read, and then the process.
-class Silence {
-  public:
-    explicit Silence(HANDLE input)
-        : input_(input)
-        , usable_(::GetConsoleMode(input, &before_) &&
-                  ::SetConsoleMode(input, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT)) {}
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() {
-        if (usable_) {
-            ::SetConsoleMode(input_, before_);
-        }
-    }
-    bool usable() const noexcept { return usable_; }
-
-  private:
-    HANDLE input_;
-    DWORD before_ = 0;
-    bool usable_;
-};
-
-bool write(HANDLE output, std::wstring_view text) {
-    DWORD done = 0;
-    return ::WriteConsoleW(output, text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
+/// The UTF-8 of what was typed, in memory that does not move.
+std::string narrow_secret(std::wstring_view typed) {
+    std::string text;
+    text.reserve(longest_line * 3);
+    text.resize(typed.size() * 3);
+    const int bytes =
+        ::WideCharToMultiByte(CP_UTF8, 0, typed.data(), static_cast<int>(typed.size()), text.data(),
+                              static_cast<int>(text.size()), nullptr, nullptr);
+    text.resize(static_cast<std::size_t>(bytes));
+    return text;
 }
 
 } // namespace
 
 bool output_is_terminal() {
-    DWORD mode = 0;
-    return ::GetConsoleMode(::GetStdHandle(STD_OUTPUT_HANDLE), &mode);
+    return is_console(STD_OUTPUT_HANDLE);
 }
 
-std::optional<std::string> ask_secret(const std::string& prompt) {
-    const Console input(L"CONIN$");
-    const Console output(L"CONOUT$");
-    const Silence silence(input.handle());
-    if (!silence.usable() || !write(output.handle(), wide(prompt))) {
-        return std::nullopt;
+bool error_is_terminal() {
+    return is_console(STD_ERROR_HANDLE);
+}
+
+/// Ctrl+C ends the read, and then the process.
+struct SecretPrompt::State {
+    State()
+        : usable(::GetConsoleMode(input.handle(), &before) &&
+                 ::SetConsoleMode(input.handle(), ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT)) {}
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+    ~State() {
+        if (usable) {
+            ::SetConsoleMode(input.handle(), before);
+        }
     }
+
+    Console input{L"CONIN$"};
+    Console output{L"CONOUT$"};
+    DWORD before = 0;
+    bool usable;
+};
+
+SecretPrompt::SecretPrompt()
+    : state_(std::make_unique<State>()) {
+    if (!state_->usable) {
+        state_.reset();
+    }
+}
+
+SecretPrompt::~SecretPrompt() = default;
+
+std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
+    state_->output.write(wide(prompt));
     std::array<wchar_t, longest_line> line{};
     DWORD length = 0;
-    const BOOL read = ::ReadConsoleW(input.handle(), line.data(), static_cast<DWORD>(line.size()),
-                                     &length, nullptr);
-    write(output.handle(), L"\r\n");
-    std::wstring_view typed(line.data(), length);
+    const BOOL read = ::ReadConsoleW(state_->input.handle(), line.data(),
+                                     static_cast<DWORD>(line.size()), &length, nullptr);
+    state_->output.write(L"\r\n");
+    const std::wstring_view typed(line.data(), length);
     const std::size_t end = typed.find_first_of(L"\r\n");
     std::optional<std::string> secret;
     if (read && end != std::wstring_view::npos) { // else the input ended, or the line was cut
-        secret = narrow(typed.substr(0, end));
+        secret.emplace(narrow_secret(typed.substr(0, end)));
     }
     secure_zero(line.data(), sizeof line);
     return secret;

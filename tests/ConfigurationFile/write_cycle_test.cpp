@@ -100,6 +100,19 @@ TEST_F(WriteCycleTest, WhatCouldBeReadBeforeAFaultIsKept) {
     }
 }
 
+TEST_F(WriteCycleTest, SectionsThatAreNotChangedStayAsTheyWereRead) {
+    const std::string doubles = entry_text("A") + entry_text("a");
+    const std::string spellings = "<Notifier Name=\"SRV\">" + doubles + "</Notifier>" +
+                                  "<Notifier Name=\"srv\">" + entry_text("B") + "</Notifier>";
+    support::write_file(machine.file("x.xml"), document(spellings, "", doubles));
+    (file.*ConfigurationFileAccess::devices.write)(nodes);
+    EXPECT_EQ(content(), document(spellings, added, doubles));
+    ConfigurationFileNodes first = nodes;
+    first.certificates = {entry("A"), entry("a")};
+    ConfigurationFileAccess::replace(file, first, {}, nodes);
+    EXPECT_EQ(content(), document(doubles + added, "", added));
+}
+
 TEST_F(WriteCycleTest, AFailureBeforeTheWriteLeavesTheFile) {
     const std::string before = document("<A/>");
     support::write_file(machine.file("x.xml"), before);

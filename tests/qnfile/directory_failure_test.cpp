@@ -129,5 +129,26 @@ TEST_F(DirectoryFailureTest, AWalkGoesOnBehindWhatFails) {
     }
 }
 
+TEST_F(DirectoryFailureTest, AThrowLeavesAnIteratorOnItsEntryOrAtTheEnd) {
+    make({"a/", "a/b/", "a/b/x", "a/c/", "a/c/x", "a/d/", "a/d/x"});
+    const Names all = rest(sequence("a/b|c|d/x").begin());
+    for (const Call call : {Call::open_directory, Call::read_directory, Call::close_directory}) {
+        auto place = sequence("a/b|c|d/x").begin();
+        platform::testing::fail_next(call, device_error);
+        EXPECT_THROW(++place, qncore::ErrorException);
+        EXPECT_EQ(relative(*place), all[0]);
+        EXPECT_EQ(place->size(), 1U);
+        const auto copy = place++;
+        EXPECT_EQ(relative(*place), all[call == Call::open_directory ? 2 : 1]);
+        EXPECT_EQ(rest(copy), all) << "a copy tries again";
+    }
+    auto place = sequence("**/x").begin();
+    auto lost = place;
+    ++place;
+    std::filesystem::remove(lost->full_path());
+    EXPECT_THROW(++lost, qncore::ErrorException);
+    EXPECT_EQ(lost, end_);
+}
+
 } // namespace
 } // namespace qnfile

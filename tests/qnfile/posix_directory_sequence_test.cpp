@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/testing/testing.h"
 #include "qncore/error_exception.h"
 #include "tests/qnfile/directory_fixture.h"
 
@@ -74,6 +75,32 @@ TEST_F(PosixDirectorySequenceTest, AWalkEndsInSpiteOfLinksThatLeadBack) {
     EXPECT_EQ(walk("**"), (Names{"a", "a/b", "a/b/up", "a/b/x", "a/beside", "a/beside/up",
                                  "a/beside/x", "a/here"}));
     EXPECT_EQ(walk("a/here/b/x"), Names{}) << "a link back counts as empty";
+    const DirectorySequence entries = sequence("**/x");
+    for (int turn = 0; turn < 2; ++turn) {
+        Names names = rest(entries.begin());
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, (Names{"a/b/x", "a/beside/x"})) << "also a second time";
+    }
+    std::size_t steps = 0;
+    for (auto place = entries.begin(); place != entries.end() && steps < 10; ++steps) {
+        const auto copy = place++; // each step from a copy that lost its place
+        rest(copy);
+    }
+    EXPECT_EQ(steps, 2U);
+}
+
+TEST_F(PosixDirectorySequenceTest, ALinkThatLeadsNowhereIsAFileButAFailureIsReported) {
+    fs::create_symlink("nowhere", path("missing"));
+    fs::create_symlink("loop", path("loop"));
+    fs::create_symlink(std::string(300, 'x'), path("long"));
+    EXPECT_EQ(walk("**"), (Names{"long", "loop", "missing"}));
+    qncore::ErrorInfoPtr error;
+    platform::testing::fail_next(platform::Call::follow_link, platform::SystemError::posix(EIO));
+    rest(sequence("**", &error).begin(&error), &error);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code().path(), "error.qnfile.directory.iterator");
+    platform::testing::fail_next(platform::Call::follow_link, platform::SystemError::posix(EIO));
+    EXPECT_FALSE(DirectoryEntry::create_from_full_path(path("loop"), &error));
 }
 
 TEST_F(PosixDirectorySequenceTest, WhatBeganWithADotIsHidden) {

@@ -1,3 +1,5 @@
+#include <nlohmann/json.hpp>
+
 #include "platform/file.h"
 #include "tests/tools/program_fixture.h"
 
@@ -10,8 +12,6 @@ using testing::Not;
 
 class Check : public ProgramTest {
   protected:
-    Check() { done({"where"}); } // makes the keys
-
     std::string check(int status) {
         const support::CommandResult result = run({"check"});
         EXPECT_EQ(result.status, status) << result.output << result.errors;
@@ -35,6 +35,8 @@ class Check : public ProgramTest {
 TEST_F(Check, NothingSetYetIsNoProblem) {
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is not there"));
     support::write_file(file(), "");
+    EXPECT_THAT(check(0), HasSubstr("warning: nothing has been set yet: " + file() + " is empty"));
+    environment["ORVA_Certificates"] = file(); // the first look makes a named file
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
 }
 
@@ -43,10 +45,16 @@ TEST_F(Check, AWholeFileIsWell) {
                       "--private-key", file(),       "--certificate", file()};
     done(words + Words{"--password-stdin"}, "geheim");
     EXPECT_EQ(check(0), "ok: key file " + in_root("_PublicKey.bin") + "\nok: key file " +
-                            in_root("_PrivateKey.bin") + "\nok: " + file() + "\n");
+                            in_root("_PrivateKey.bin") + "\nok: " + file() + " holds 1 entry\n");
     replace("</PublicKeyPath>", ".gone</PublicKeyPath>");
     EXPECT_THAT(check(0), HasSubstr("warning: the entry sip-device of the server 'S' names " +
                                     file() + ".gone: No such file or directory\n"));
+    const auto findings = nlohmann::json::parse(done({"check", "--format=json"}));
+    EXPECT_EQ(findings[3]["code"], "named_file_missing");
+    EXPECT_EQ(findings[3]["severity"], "warning");
+    EXPECT_EQ(findings[3]["role"], "sip-device");
+    EXPECT_EQ(findings[3]["server"], "S");
+    EXPECT_EQ(findings[0]["path"], in_root("_PublicKey.bin"));
 }
 
 TEST_F(Check, FaultsOfTheFileAreToldWithWhatToDo) {
@@ -71,29 +79,16 @@ TEST_F(Check, FaultsOfTheFileAreToldWithWhatToDo) {
     for (const char* well : {"<?xml version='1.0'?><!--a--><ORVACertificates />",
                              "<ORVACertificates><Notifiers/></ORVACertificates>"}) {
         support::write_file(file(), well);
-        EXPECT_THAT(check(0), HasSubstr("ok: " + file())) << well;
+        EXPECT_THAT(check(0), HasSubstr("ok: " + file() + " holds 0 entries")) << well;
     }
 }
 
 TEST_F(Check, APasswordOfAnotherKeyPairIsToldByItsPlace) {
-    done(set_words("cluster", "/c"));
     done(set_words("sip-device", "/d") + Words{"--password-stdin"}, "geheim");
-    for (const char* key : {"_PublicKey.bin", "_PrivateKey.bin"}) {
-        support::remove_all(in_root(key));
-    }
-    EXPECT_THAT(check(1),
-                AllOf(HasSubstr("problem: the password of the entry behind cluster cannot be "
-                                "deciphered ("),
-                      HasSubstr("the key pair was replaced"), HasSubstr("Keep a copy")));
-}
-
-TEST_F(Check, AKeyFileThatHadToBeReplacedIsTold) {
-    const std::string key = in_root("_PublicKey.bin");
-    std::filesystem::permissions(key, std::filesystem::perms::owner_write,
-                                 std::filesystem::perm_options::add);
-    support::write_file(key, "not a key");
-    EXPECT_THAT(check(1), HasSubstr("problem: the key pair was unusable and has been replaced"));
-    EXPECT_THAT(check(0), Not(HasSubstr("problem")));
+    done(set_words("cluster", "/c"));
+    remove_keys();
+    EXPECT_THAT(check(1), HasSubstr("problem: the entry sip-device of the server 'SRV01' has a "
+                                    "password that cannot be deciphered ("));
 }
 
 TEST_F(Check, AFileThatIsInUseIsNotMistakenForABrokenOne) {
@@ -117,15 +112,15 @@ TEST_F(Check, EntriesThatNobodyFindsAreTold) {
         int status = 1;
     };
     const std::vector<Case> cases{
-        {under("S", "SIPDevice"), "", "stands in the section Notifiers, where nobody looks"},
-        {under("S", "ServerGroupCertificate"), "", "stands under a server, where nobody looks"},
-        {"", "<SIPDevice/>", "stands outside of all servers, where nobody looks"},
-        {"<Extra/>", "", "warning: the entry 'Extra' in the section Notifiers belongs to no role",
+        {under("S", "SIPDevice"), "", "is in the section Notifiers, where nobody looks"},
+        {under("S", "ServerGroupCertificate"), "", "is under a server, where nobody looks"},
+        {"", "<SIPDevice/>", "is outside of all servers, where nobody looks"},
+        {"<Extra/>", "", "warning: the entry Extra in the section Notifiers belongs to no role",
          0},
         {"", under("SRV", "SIPDevice") + under("srv", "SIPDevice"),
          "the entry sip-device of the server 'srv' is hidden by the server 'SRV'"},
         {"<ServerGroupCertificate/><servergroupcertificate/>", "",
-         "the entry cluster stands twice"},
+         "the entry cluster is there twice"},
     };
     for (const Case& odd : cases) {
         write_sections(odd.notifiers, odd.devices);

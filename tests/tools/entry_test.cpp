@@ -1,5 +1,8 @@
 #include <nlohmann/json.hpp>
 
+#include "platform/machine.h"
+#include "platform/path.h"
+#include "platform/testing/testing.h"
 #include "tests/tools/program_fixture.h"
 
 namespace tools_test {
@@ -26,7 +29,7 @@ TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
     for (const RoleCase& role : all_roles) {
         const std::string name = role.name;
         const std::string path = "/é🔑\"'> /" + name;
-        const Json server = role.by_server ? Json("srv01") : Json();
+        const Json server = role.by_server ? Json("SRV01") : Json(); // as it is stored
         const Json trusted = role.trusted ? Json("/t&<>/" + name) : Json();
         Json expected{{"role", name},
                       {"server", server},
@@ -40,14 +43,15 @@ TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
         EXPECT_EQ(Json::parse(done(get_words(role) + Words{"--format=json", "--show-password"})),
                   expected);
         std::string lines = "role: " + name;
-        lines += role.by_server ? "\nserver: srv01" : "";
-        lines += "\npublic_key: " + path + ".pub";
-        lines += "\nprivate_key: " + path;
+        lines += role.by_server ? "\nserver: SRV01" : "";
+        lines += "\npublic_key: " + path + ".pub\nprivate_key: " + path;
         lines += ".key\ncertificate: " + path + ".crt\n";
         lines += role.trusted ? "trusted: /t&<>/" + name + "\n" : "";
         EXPECT_EQ(done(get_words(role)), lines);
         EXPECT_EQ(done(get_words(role) + Words{"--show-password"}),
                   lines.append("password: ").append(name).append("\n"));
+        EXPECT_EQ(done(get_words(role) + Words{"--show-password", "--field", "password"}),
+                  name + "\n");
     }
 }
 
@@ -67,81 +71,186 @@ TEST_F(Entries, AListHasAllOfThemInTheOrderOfTheFile) {
     EXPECT_EQ(hidden[1]["password"], Json());
     EXPECT_EQ(shown[0]["password"], "");
     EXPECT_EQ(shown[1]["password"], "geheim");
-    EXPECT_EQ(shown[0]["server"], Json());
 }
 
-TEST_F(Entries, ASecondSetReplacesThePasswordAndTheTrustedPathToo) {
-    const Words words = set_words("remote-client", "/a");
-    done(words + Words{"--trusted", "/t", "--password-stdin"}, "geheim");
-    done(words);
-    const Json entry = Json::parse(
-        done({"get", "remote-client", "--server", "SRV01", "--format=json", "--show-password"}));
-    EXPECT_EQ(entry["trusted"], "");
-    EXPECT_EQ(entry["password"], "");
+TEST_F(Entries, AnUpdateChangesWhatIsGivenAlone) {
+    done(set_words("remote-client", "/a") + Words{"--trusted", "/t", "--password-stdin"}, "one");
+    const Words words{"update", "remote-client", "--server", "srv01"};
+    struct Case {
+        Words given;
+        std::string fields; ///< certificate, trusted, password
+    };
+    const std::vector<Case> cases{
+        {{"--certificate", "/new"}, "/new\t/t\tone\n"},
+        {{"--trusted", ""}, "/new\t\tone\n"},
+        {{"--password-stdin"}, "/new\t\ttwo\n"},
+        {{"--no-password", "--trusted", "/u"}, "/new\t/u\t\n"},
+    };
+    for (const Case& update : cases) {
+        done(words + update.given, "two");
+        EXPECT_EQ(done({"list", "--show-passwords"}),
+                  "remote-client\tSRV01\t/a.pub\t/a.key\t" + update.fields);
+    }
 }
 
 TEST_F(Entries, AMissingEntryIsToldByTheStatus) {
+    const Words device{"sip-device", "--server", "SRV01"};
+    refused(3, {"get", "cluster"}, "vdcertificates: there is no entry of the role cluster\n");
     done(set_words("cluster", "/c"));
-    const auto result = run({"get", "sip-device", "--server", "SRV01"});
-    EXPECT_EQ(result.status, 3);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.errors,
-              "vdcertificates: there is no entry of the role sip-device for the server SRV01\n");
-    EXPECT_EQ(run({"get", "subsystems-remote-client", "--server", "srv01.example"}).status, 3);
+    const std::string line =
+        "vdcertificates: there is no entry of the role sip-device for the server SRV01\n";
+    for (const char* command : {"get", "remove"}) {
+        refused(3, Words{command} + device, line);
+    }
+    refused(3, Words{"update"} + device + Words{"--no-password"}, line);
+    refused(3, {"remove", "--server", "SRV01", "--all-roles"}, "no entry for the server SRV01");
+    refused(3, {"get", "subsystems-remote-client", "--server", "srv01.example"}, "no entry");
+}
+
+TEST_F(Entries, RemovalTakesEverySpelling) {
+    support::write_file(file(), "<ORVACertificates><Notifiers><Notifier Name='B'>"
+                                "<RemoteClientCertificate/><WebConfigCertificate/></Notifier>"
+                                "<Notifier Name='b'><remoteclientcertificate/></Notifier>"
+                                "</Notifiers><SIPDevices><Notifier Name='b'><SIPDevice/></Notifier>"
+                                "</SIPDevices></ORVACertificates>");
+    done({"remove", "remote-client", "--server", "b"});
+    EXPECT_EQ(done({"list"}), "web-config\tB\t\t\t\t\nsip-device\tb\t\t\t\t\n");
+    done({"remove", "--all-roles", "--server", "B"});
+    EXPECT_EQ(done({"list"}), "");
+    EXPECT_THAT(support::read_file(file()), Not(HasSubstr("Notifier ")));
 }
 
 TEST_F(Entries, ARemoteClientIsFoundByItsShortName) {
     done(set_words("subsystems-remote-client", "/a"));
-    EXPECT_THAT(done({"get", "subsystems-remote-client", "--server", "srv01.example"}),
-                HasSubstr("public_key: /a.pub\n"));
+    EXPECT_EQ(done({"get", "subsystems-remote-client", "--server", "srv01.example", "--field",
+                    "server"}),
+              "SRV01\n");
 }
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {
-    const auto missing = run({"get", "cluster"});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(missing.output, "");
-    EXPECT_THAT(missing.errors, HasSubstr(file()));
-    EXPECT_THAT(missing.errors, HasSubstr("[error.qnfile.io.open]\n"));
-
     support::write_file(machine.file("plain"), "");
     environment["ORVA_Certificates"] = machine.file("plain/below/x.xml");
-    const auto directory = run(set_words("cluster", "/c"));
-    EXPECT_EQ(directory.status, 1);
-    EXPECT_THAT(directory.errors,
-                HasSubstr("Failed to create the directory: " + machine.file("plain/below") + "."));
-
+    refused(1, set_words("cluster", "/c"),
+            "Failed to create the directory: " + machine.file("plain/below") + ".");
     environment["HOME"] = machine.file("plain");
-    EXPECT_EQ(run({"list"}).status, 1) << "no place for the keys";
-}
-
-TEST_F(Entries, ATraceThatTheUserWantsIsLeftAlone) {
-    environment["QNTRACE"] = "11";
-    environment["QNTRACE_FILE"] = machine.file("trace.log");
-    const auto result = run({"get", "cluster"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "vdcertificates: the cause stands in the library's trace (QNTRACE)\n");
-    EXPECT_THAT(support::read_file(machine.file("trace.log")), HasSubstr(file()));
-}
-
-TEST_F(Entries, ASetThatLosesEntriesSaysSo) {
-    done(set_words("sip-device", "/a"));
-    std::string text = support::read_file(file());
-    text.insert(text.find("<SIPDevices>"), "<a></b>");
-    support::write_file(file(), text);
-    const auto result = run(set_words("cluster", "/c"));
-    EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.errors, HasSubstr("what stood behind that place is lost"));
-    EXPECT_THAT(done({"list"}), Not(HasSubstr("sip-device")));
+    environment["USERPROFILE"] = machine.file("plain");
+    refused(1, {"list"}, machine.file("plain"));
 }
 
 TEST_F(Entries, ControlCharactersOfOthersReachNoTerminal) {
-    support::write_file(machine.file("x.xml"),
+    support::write_file(file(),
                         "<ORVACertificates><Notifiers><ServerGroupCertificate><PublicKeyPath>a&#27;"
-                        "&#10;b</PublicKeyPath></ServerGroupCertificate></Notifiers>"
+                        "&#10;b&#x9B;&#x202E;</PublicKeyPath></ServerGroupCertificate></Notifiers>"
                         "</ORVACertificates>");
-    environment["ORVA_Certificates"] = machine.file("x.xml");
-    EXPECT_THAT(done({"get", "cluster"}), HasSubstr("public_key: a\\x1b\\x0ab\n"));
-    EXPECT_EQ(Json::parse(done({"get", "cluster", "--format=json"}))["public_key"], "a\x1B\nb");
+    EXPECT_THAT(done({"get", "cluster"}), HasSubstr("public_key: a\\x1b\\x0ab\\x9b\\u202e\n"));
+    const std::string json = done({"get", "cluster", "--format=json"});
+    EXPECT_THAT(json, HasSubstr("\"a\\u001b\\nb\\u009b\\u202e\""));
+}
+
+TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
+    const auto result = run(set_words("cluster", "here"));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.errors, HasSubstr("warning: the path here.key is relative"));
+    EXPECT_THAT(run({"check"}).output, HasSubstr("paths, which each program takes from its own"));
+}
+
+TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
+    struct Case {
+        std::string given;
+        std::string json;
+    };
+    const std::vector<Case> cases{
+        {"geheim", "\"geheim\""},
+        {"geheim\r\n", "\"geheim\""},
+        {"geheim\n\n", "\"geheim\\n\""},
+        {" a \t\xC3\xA4<&>\" ", "\" a \\t\xC3\xA4<&>\\\" \""},
+        {std::string(245, 'x') + "\r\n", "\"" + std::string(245, 'x') + "\""},
+    };
+    const Words words = set_words("cluster", "/c");
+    const std::string password_file = machine.file("password");
+    for (const Case& password : cases) {
+        for (const Words& source :
+             {Words{"--password-stdin"}, Words{"--password-file", password_file}}) {
+            support::write_file(password_file, password.given);
+            done(words + source, source.size() == 1 ? password.given : "not this");
+            EXPECT_THAT(done({"get", "cluster", "--format=json", "--show-password"}),
+                        HasSubstr("\"password\": " + password.json))
+                << testing::PrintToString(password.given);
+        }
+    }
+    done(words, "not a password"); // standard input is only read when asked for
+    EXPECT_EQ(done({"get", "cluster", "--show-password", "--field=password"}), "\n");
+}
+
+TEST_F(Entries, PasswordsAreNowhereInClear) {
+    environment["QNTRACE"] = "81";
+    environment["QNTRACE_FILE"] = machine.file("trace.log");
+    std::string printed = done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim-1");
+    for (const Words& command :
+         {Words{"get", "cluster"}, Words{"list", "--format=json"}, Words{"where"},
+          Words{"update", "cluster", "--certificate", "/d"}, Words{"check"}}) {
+        printed += run(command).output;
+    }
+    const std::string out = machine.file("out");
+    done({"export", "--password-stdin", "--output", out}, "open sesame");
+    done({"import", out, "--password-stdin"}, "open sesame");
+    EXPECT_THAT(printed, Not(HasSubstr("geheim")));
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.path())) {
+        if (entry.is_regular_file()) {
+            EXPECT_THAT(support::read_file(entry.path().string()), Not(HasSubstr("geheim")))
+                << entry.path();
+        }
+    }
+}
+
+TEST_F(Entries, WhereTellsTheFilesAndTheRules) {
+    const auto lines = [](const std::string& file, const std::string& file_rule,
+                          const std::string& prefix, const std::string& key_rule) {
+        return "file: " + file + "\nfile chosen by: " + file_rule + "\npublic key: " + prefix +
+               "_PublicKey.bin\nprivate key: " + prefix +
+               "_PrivateKey.bin\nkeys chosen by: " + key_rule + "\n";
+    };
+    const std::string by_keys = "the directory of the keys";
+    const std::string by_variable = "the environment variable ORVA_Certificates";
+    const std::string by_profile = "the user's profile";
+    EXPECT_EQ(done({"where"}),
+              lines(file() + " (not there yet)", by_keys, in_root(""), by_profile));
+    const Json json = Json::parse(done({"where", "--format=json"}));
+    EXPECT_EQ(json["file"], file());
+    EXPECT_EQ(json["file_exists"], false);
+    EXPECT_EQ(json["findings"], Json::array());
+
+    const std::string moved = machine.file("moved/x.xml");
+    environment["ORVA_Certificates"] = moved;
+    EXPECT_EQ(done({"where"}), lines(moved, by_variable, in_root(""), by_profile) +
+                                   "note: made the empty file " + moved + "\n");
+    environment["ORVA_Certificates"] = std::nullopt;
+
+    const std::string directory = machine.file("all");
+    std::filesystem::create_directory(directory);
+    platform::testing::store_machine_root(directory + platform::preferred_separator);
+    const std::string prefix = directory + in_root("").substr(root().size());
+    EXPECT_THAT(done({"where"}),
+                HasSubstr(lines(prefix + "_ORVA_Certificates.xml", by_keys, prefix,
+                                "the machine's setting in " + platform::machine_setting_source())));
+}
+
+TEST_F(Entries, APlaceThatCannotBeWrittenIsExplained) {
+    support::write_file(machine.file("plain"), "");
+    platform::testing::store_machine_root(machine.file("plain"));
+    const std::string named = machine.file("directory.xml");
+    std::filesystem::create_directory(named);
+    environment["ORVA_Certificates"] = named;
+    const std::string text = done({"where"});
+    for (const std::string& part :
+         {std::string("file chosen by: the directory of the keys\n"),
+          std::string("keys chosen by: the user's profile\n"),
+          "warning: the file " + named + ", which ORVA_Certificates names, cannot be written",
+          "warning: the directory " + machine.file("plain") + ", which the machine's setting"}) {
+        EXPECT_THAT(text, HasSubstr(part));
+    }
+    refused(1, set_words("cluster", "/c"), "nothing is changed");
+    EXPECT_FALSE(std::filesystem::exists(file())) << "a change somewhere else";
 }
 
 } // namespace

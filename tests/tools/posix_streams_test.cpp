@@ -1,5 +1,4 @@
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -7,7 +6,7 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
+#include <termios.h>
 #include <unistd.h>
 
 #include "tests/tools/program_fixture.h"
@@ -50,6 +49,16 @@ class OnTerminal {
     }
     void type(const std::string& text) {
         EXPECT_EQ(::write(master_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+    void stop_and_continue() {
+        ::kill(child_, SIGSTOP);
+        int status = 0;
+        ::waitpid(child_, &status, WUNTRACED);
+        termios mode = {};
+        EXPECT_EQ(::tcgetattr(master_, &mode), 0);
+        mode.c_lflag |= ECHO;
+        EXPECT_EQ(::tcsetattr(master_, TCSANOW, &mode), 0);
+        ::kill(child_, SIGCONT);
     }
     /// All that came to the terminal.
     const std::string& finish() {
@@ -108,50 +117,57 @@ class OnTerminal {
     std::size_t seen_ = 0;
 };
 
-class Streams : public ProgramTest {};
+class Streams : public ProgramTest {
+  protected:
+    const Words prompting = set_words("cluster", "/c") + Words{"--prompt"};
+
+    std::string stored_password() {
+        return done({"get", "cluster", "--show-password", "--field", "password"});
+    }
+};
 
 TEST_F(Streams, ThePromptAsksTwiceWithoutEcho) {
-    OnTerminal terminal(set_words("cluster", "/c") + Words{"--prompt"}, environment);
+    OnTerminal terminal(prompting, environment);
     terminal.expect("Password: ");
     terminal.type("geheim\n");
+    terminal.expect("Password again: ");
+    terminal.stop_and_continue(); // by a shell, which brings the echo back
+    terminal.expect("Password again: ");
+    terminal.type("\x1a"); // no shell to come back from: asks anew
     terminal.expect("Password again: ");
     terminal.type("geheim\n");
     EXPECT_THAT(terminal.finish(), Not(HasSubstr("geheim")));
     EXPECT_EQ(terminal.wait(), 0);
-    EXPECT_THAT(done({"get", "cluster", "--show-password"}), HasSubstr("password: geheim\n"));
+    EXPECT_EQ(stored_password(), "geheim\n");
 }
 
-TEST_F(Streams, TwoDifferentAnswersStoreNothing) {
-    OnTerminal terminal(set_words("cluster", "/c") + Words{"--prompt"}, environment);
+TEST_F(Streams, TwoPastedLinesAnswerBothQuestions) {
+    OnTerminal terminal(prompting, environment);
     terminal.expect("Password: ");
-    terminal.type("one\n");
-    terminal.expect("Password again: ");
-    terminal.type("two\n");
-    EXPECT_THAT(terminal.finish(), HasSubstr("vdcertificates: the two passwords differ"));
-    EXPECT_EQ(terminal.wait(), 2);
-    EXPECT_FALSE(std::filesystem::exists(root()));
+    terminal.type("geheim\ngeheim\n");
+    EXPECT_THAT(terminal.finish(), Not(HasSubstr("geheim")));
+    EXPECT_EQ(terminal.wait(), 0);
+    EXPECT_EQ(stored_password(), "geheim\n");
 }
 
-TEST_F(Streams, AnInterruptedPromptEndsTheProgram) {
-    OnTerminal terminal(set_words("cluster", "/c") + Words{"--prompt"}, environment);
-    terminal.expect("Password: ");
-    terminal.type("\x03");
-    terminal.finish();
-    EXPECT_EQ(terminal.wait(), -SIGINT);
-}
-
-TEST_F(Streams, AnInterruptedCommandLeavesNoTrace) {
-    const std::string pipe = machine.file("pipe"); // which the library waits at
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    environment["ORVA_Certificates"] = pipe;
-    OnTerminal terminal({"where"}, environment);
-    for (int i = 0; i < 6000 && !std::filesystem::exists(in_root("_PrivateKey.bin")); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+TEST_F(Streams, AnswersThatAreNoneStoreNothing) {
+    struct Case {
+        const char* typed;
+        const char* line;
+        int status;
+    };
+    for (const Case& answer :
+         {Case{"one\ntwo\n", "\r\nvdcertificates: the two passwords differ\r\n", 2},
+          Case{"\x04", "\r\nvdcertificates: the input ended before a password was given\r\n", 2},
+          Case{"\n\n", "\r\nvdcertificates: the password is empty", 2},
+          Case{"a\x03", "Password: ", -SIGINT}}) {
+        OnTerminal terminal(prompting, environment);
+        terminal.expect("Password: ");
+        terminal.type(answer.typed);
+        EXPECT_THAT(terminal.finish(), HasSubstr(answer.line));
+        EXPECT_EQ(terminal.wait(), answer.status);
+        EXPECT_FALSE(std::filesystem::exists(file()));
     }
-    EXPECT_FALSE(std::filesystem::is_empty(machine.file("tmp")));
-    terminal.type("\x03");
-    terminal.finish();
-    EXPECT_EQ(terminal.wait(), -SIGINT);
 }
 
 TEST_F(Streams, ATerminalGetsColumns) {
@@ -164,11 +180,34 @@ TEST_F(Streams, ATerminalGetsColumns) {
 }
 
 TEST_F(Streams, OutputThatCannotBeWrittenIsAFailure) {
-    done(set_words("cluster", "/c"));
-    const auto result = support::run(
-        {"/bin/sh", {"-c", "exec \"$0\" get cluster >/dev/full", program_file()}, environment, ""});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.errors, "vdcertificates: cannot write to standard output\n");
+    done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
+    struct Case {
+        const char* redirection;
+        int status;
+    };
+    environment["QNTRACE"] = "41"; // whose file must not become the standard output
+    environment["QNTRACE_FILE"] = machine.file("trace");
+    for (const Case& closed : {Case{"get cluster --show-password >/dev/full", 1},
+                               Case{"get cluster --show-password >&-", 1}, Case{"--help >&-", 1},
+                               Case{"list --show-passwords >&- 2>&- <&-", 1},
+                               Case{"set cluster --public-key /p --private-key /k --certificate /c "
+                                    "--password-stdin <&-",
+                                    2}}) {
+        const auto result = support::run(
+            {"/bin/sh",
+             {"-c", "exec \"$0\" " + std::string(closed.redirection), program_file()},
+             environment,
+             ""});
+        EXPECT_EQ(result.status, closed.status) << closed.redirection;
+    }
+    EXPECT_THAT(support::read_file(machine.file("trace")), Not(HasSubstr("geheim")));
+}
+
+TEST_F(Streams, APasswordFileMayBeAPipe) {
+    Words words{"-c", "exec \"$0\" \"$@\" --password-file <(echo geheim)", program_file()};
+    words = words + set_words("cluster", "/c");
+    EXPECT_EQ(support::run({"/bin/bash", words, environment, ""}).status, 0);
+    EXPECT_EQ(stored_password(), "geheim\n");
 }
 
 TEST_F(Streams, KeyFilesThatOthersMayReadAreAProblem) {

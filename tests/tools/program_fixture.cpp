@@ -19,6 +19,12 @@ const std::vector<RoleCase> all_roles{
     {"media-retrieval-client", true, true},
 };
 
+namespace {
+
+constexpr const char* key_files[] = {"_PublicKey.bin", "_PrivateKey.bin"};
+
+} // namespace
+
 std::string program_file() {
     const std::string own = *platform::application_path();
     return own.substr(0, own.rfind(platform::preferred_separator) + 1) + PROGRAM_NAME;
@@ -39,12 +45,35 @@ ProgramTest::ProgramTest()
                   {"QNTRACE", std::nullopt},
                   {"QNTRACE_FILE", std::nullopt}} {
     platform::testing::set_machine_setting(platform::testing::machine_setting_of(machine.str()));
-    std::filesystem::create_directory(machine.file("home"));
+    std::filesystem::create_directories(root());
     std::filesystem::create_directory(machine.file("tmp"));
+    place_keys();
+}
+
+// One pair serves all tests of the process: making one takes as long as all else.
+void ProgramTest::place_keys() {
+    static std::map<std::string, std::string> keys;
+    if (keys.empty()) {
+        run({"list"});
+    }
+    for (const char* file : key_files) {
+        if (!keys.contains(file)) {
+            keys[file] = support::read_file(in_root(file));
+        } else {
+            support::write_file(in_root(file), keys[file]);
+            std::filesystem::permissions(in_root(file), std::filesystem::perms::owner_read);
+        }
+    }
+}
+
+void ProgramTest::remove_keys() {
+    for (const char* file : key_files) {
+        support::remove_all(in_root(file));
+    }
 }
 
 ProgramTest::~ProgramTest() {
-    EXPECT_TRUE(std::filesystem::is_empty(machine.file("tmp"))) << "a trace was left behind";
+    EXPECT_TRUE(std::filesystem::is_empty(machine.file("tmp"))) << "a file was left behind";
     platform::testing::store_machine_root(std::nullopt);
     platform::testing::set_mutex_name_suffix("-" + machine.path().filename().string());
     platform::testing::remove_named_mutex("Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
@@ -59,6 +88,14 @@ std::string ProgramTest::done(const Words& arguments, const std::string& input) 
     EXPECT_EQ(result.status, 0) << result.errors << testing::PrintToString(arguments);
     EXPECT_EQ(result.errors, "");
     return result.output;
+}
+
+void ProgramTest::refused(int status, const Words& arguments, const std::string& text,
+                          const std::string& input) {
+    const support::CommandResult result = run(arguments, input);
+    EXPECT_EQ(result.status, status) << testing::PrintToString(arguments);
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, testing::HasSubstr(text));
 }
 
 Words ProgramTest::set_words(const std::string& role, const std::string& prefix) {

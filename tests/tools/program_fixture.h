@@ -12,7 +12,7 @@ using Words = std::vector<std::string>;
 /// The program that is tested; it lies beside its tests.
 std::string program_file();
 
-/// The program on a machine of the test's own, which has a profile and no setting.
+/// The program on a machine of the test's own, which has a profile, keys and no setting.
 class ProgramTest : public testing::Test {
   public:
     ProgramTest();
@@ -22,6 +22,11 @@ class ProgramTest : public testing::Test {
     support::CommandResult run(const Words& arguments, const std::string& input = "");
     /// Stores or fetches and expects that it works; gives what was printed.
     std::string done(const Words& arguments, const std::string& input = "");
+
+    /// Expects the status, nothing on standard output, and the text on standard error.
+    void refused(int status, const Words& arguments, const std::string& text,
+                 const std::string& input = "");
+    void remove_keys();
 
     /// The words of a `set` of all that a role needs, with paths that begin with `prefix`.
     static Words set_words(const std::string& role, const std::string& prefix);
@@ -33,6 +38,9 @@ class ProgramTest : public testing::Test {
 
     support::TemporaryDirectory machine;
     std::map<std::string, std::optional<std::string>> environment;
+
+  private:
+    void place_keys();
 };
 
 /// A role, and what it carries.

@@ -1,16 +1,21 @@
 #pragma once
 
 #include "tools/vdcertificates/command_line.h"
-#include "tools/vdcertificates/exit_status.h"
 
 namespace tool {
 
 // The work of each command. They throw UsageError, Failure and what the library throws.
 
-ExitStatus run_set(CommandLine& line);
-ExitStatus run_get(CommandLine& line);
-ExitStatus run_list(const CommandLine& line);
-ExitStatus run_where();
-ExitStatus run_check();
+ExitStatus run_set(const Arguments& arguments);
+ExitStatus run_update(const Arguments& arguments);
+ExitStatus run_remove(const Arguments& arguments);
+ExitStatus run_get(const Arguments& arguments);
+ExitStatus run_list(const Arguments& arguments);
+ExitStatus run_where(const Arguments& arguments);
+ExitStatus run_check(const Arguments& arguments);
+ExitStatus run_restore(const Arguments& arguments);
+ExitStatus run_export(const Arguments& arguments);
+ExitStatus run_import(const Arguments& arguments);
+ExitStatus run_completion(const Arguments& arguments);
 
 } // namespace tool

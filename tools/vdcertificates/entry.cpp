@@ -1,61 +1,25 @@
 #include "tools/vdcertificates/entry.h"
 
-#include "ConfigurationFile/configuration_file_access.h"
-
 namespace tool {
 namespace {
 
-using vdcertificates::CertificateNode;
-using vdcertificates::ConfigurationFile;
-
-/// Hands what the library has read over to the entries when it goes, however it goes.
-class SectionReader {
-  public:
-    SectionReader(const std::string& section, std::vector<Entry>& entries)
-        : section_(section)
-        , entries_(entries) {}
-    SectionReader(const SectionReader&) = delete;
-    SectionReader& operator=(const SectionReader&) = delete;
-    ~SectionReader() {
-        for (CertificateNode& node : nodes.certificates) {
-            append(node, false, "");
-        }
-        for (auto& [server, group] : nodes.notifiers) {
-            for (CertificateNode& node : group) {
-                append(node, true, server);
-            }
-        }
-    }
-
-    vdcertificates::ConfigurationFileNodes nodes;
-
-  private:
-    void append(CertificateNode& node, bool by_server, const std::string& server) {
-        Entry& entry = entries_.emplace_back();
-        entry.section = section_;
-        entry.by_server = by_server;
-        entry.server = server;
-        entry.node = node;
-        wipe(node.password);
-    }
-
-    const std::string& section_;
-    std::vector<Entry>& entries_;
-};
+std::string title_of(std::string name, bool by_server, const std::string& server) {
+    return by_server ? name + " of the server '" + server + "'" : std::move(name);
+}
 
 } // namespace
 
-const std::vector<std::string>& section_names() {
-    static const std::vector<std::string> names{ConfigurationFile::sm_notifiersNode,
-                                                ConfigurationFile::sm_devicesNode,
-                                                ConfigurationFile::sm_mediaRetrievalNode};
-    return names;
+std::string Entry::role_name() const {
+    const Role* found = role();
+    return found != nullptr ? std::string(found->name) : node.name;
 }
 
-void read_section(ConfigurationFile& file, const std::string& section,
-                  std::vector<Entry>& entries) {
-    SectionReader reader(section, entries);
-    vdcertificates::ConfigurationFileAccess::read(file, section, reader.nodes);
+std::string Entry::title() const {
+    return title_of(role_name(), by_server, server);
+}
+
+std::string title(const Role& role, const std::string& server) {
+    return title_of(std::string(role.name), role.by_server, server);
 }
 
 } // namespace tool

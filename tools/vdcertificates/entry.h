@@ -1,14 +1,14 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/certificate_node.h"
+#include "tools/vdcertificates/roles.h"
 #include "tools/vdcertificates/secret.h"
 
 namespace tool {
 
-/// One entry of the file, and where it stands. The password is wiped when the entry goes.
+/// One entry of the file, and its place there. The password is wiped when the entry is destroyed.
 struct Entry {
     Entry() = default;
     Entry(Entry&&) = default;
@@ -17,18 +17,20 @@ struct Entry {
     Entry& operator=(const Entry&) = delete;
     ~Entry() { wipe(node.password); }
 
-    std::string section;
-    bool by_server = false; ///< it stands under a server name
+    /// The role that the entry belongs to, or null.
+    const Role* role() const { return find_role_by_element(node.name); }
+    /// The role's name on the command line, or the element name when no role has it.
+    std::string role_name() const;
+    /// "ROLE of the server 'NAME'".
+    std::string title() const;
+
+    const std::string* section = nullptr; ///< the name of the section that it is in
+    bool by_server = false;               ///< it belongs to a server name
+    bool password_is_readable = true;     ///< else the password is empty
     std::string server;
     vdcertificates::CertificateNode node;
 };
 
-/// The names of the three sections in the order of the file.
-const std::vector<std::string>& section_names();
-
-/// Appends the entries of one section, in the order of the file. Throws what the library throws,
-/// and then appends what stood before the fault.
-void read_section(vdcertificates::ConfigurationFile& file, const std::string& section,
-                  std::vector<Entry>& entries);
+std::string title(const Role& role, const std::string& server);
 
 } // namespace tool

@@ -8,7 +8,7 @@ namespace tool {
 /// What the program ends with.
 enum ExitStatus {
     status_done = 0,
-    status_failed = 1,   ///< the library failed, or `check` found something wrong
+    status_failed = 1,   ///< it could not be done, or `check` found a problem
     status_usage = 2,    ///< the command line is wrong
     status_no_entry = 3, ///< the file has no such entry
 };
@@ -18,9 +18,24 @@ struct UsageError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/// The work could not be done: what() is the cause.
-struct Failure : std::runtime_error {
-    using runtime_error::runtime_error;
+/// The work could not be done: what() says why and what to do.
+class Failure : public std::runtime_error {
+  public:
+    /// `code` is what `check` reports the failure under, `path` the file that it is about.
+    explicit Failure(const std::string& message, const char* code = "failed", std::string path = {})
+        : runtime_error(message)
+        , code_(code)
+        , path_(std::move(path)) {}
+
+    const char* code() const noexcept { return code_; }
+    const std::string& path() const noexcept { return path_; }
+
+  private:
+    const char* code_;
+    std::string path_;
 };
+
+/// What an exception says, with the whole chain of its causes.
+std::string cause_of(const std::exception& exception);
 
 } // namespace tool

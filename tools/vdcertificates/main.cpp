@@ -1,43 +1,37 @@
 #include <exception>
+#include <new>
 
 #include "platform/program.h"
-#include "tools/vdcertificates/commands.h"
+#include "tools/vdcertificates/command_line.h"
+#include "tools/vdcertificates/output.h"
 
 namespace {
 
-using namespace tool;
-
-ExitStatus run(CommandLine& line) {
-    switch (line.command) {
-    case Command::set:
-        return run_set(line);
-    case Command::get:
-        return run_get(line);
-    case Command::list:
-        return run_list(line);
-    case Command::where:
-        return run_where();
-    case Command::check:
-        return run_check();
-    case Command::help:
-        break;
+/// With the chain of causes where memory allows it.
+void print_failure(const std::exception& failure) noexcept {
+    try {
+        tool::print_error(tool::cause_of(failure));
+    } catch (...) {
+        tool::print_error(failure.what());
     }
-    print_and_wipe(line.help);
-    return status_done;
 }
 
 } // namespace
 
 int main(int count, char** words) {
+    using namespace tool;
     try {
         platform::prepare_standard_streams();
-        CommandLine line = parse_command_line(platform::program_arguments(count, words));
-        return run(line);
+        return run_command_line(platform::program_arguments(count, words));
     } catch (const UsageError& error) {
         print_error(error.what());
         return status_usage;
+    } catch (const std::bad_alloc&) {
+        print_error("out of memory");
     } catch (const std::exception& error) {
-        print_error(error.what());
-        return status_failed;
+        print_failure(error);
+    } catch (...) {
+        print_error("unknown failure");
     }
+    return status_failed;
 }

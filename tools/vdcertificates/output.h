@@ -1,9 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
+#include <string_view>
 
 #include "tools/vdcertificates/entry.h"
 
@@ -16,25 +17,51 @@ struct OutputStyle {
     bool passwords = false; ///< in clear
 };
 
-/// A name and its value, one line of output.
-using Line = std::pair<std::string, std::string>;
+/// One field of an entry as all output shows it. The value refers to the entry; nothing when the
+/// role has no such field, or a password cannot be read.
+struct Field {
+    std::string_view key;
+    std::string_view heading;
+    std::optional<std::string_view> (*value)(const Entry& entry);
+};
 
-/// Writes `name: value` lines; a terminal gets the values in one column.
-void print_lines(const std::vector<Line>& lines);
+/// In the order of the output. The password is the last one.
+const std::array<Field, 7>& fields();
+
+/// Standard output through one buffer, which is wiped.
+class Output {
+  public:
+    Output();
+
+    Secret& text() noexcept { return text_; }
+    Output& operator<<(std::string_view piece) {
+        text_.append(piece);
+        return *this;
+    }
+    /// Appends on one line, without what a terminal would not show.
+    void append_printable(std::string_view text);
+    /// The same in a column of that many characters.
+    void append_column(std::string_view text, std::size_t width);
+
+    /// Writes what has gathered when that is much; flush() always. Throws Failure.
+    void flush_when_full();
+    void flush();
+
+  private:
+    Secret text_;
+};
+
+/// `name: value` and a line end; a terminal gets the values in one column, `width` wide with what
+/// is in front of it.
+void append_line(Output& output, std::string_view name, std::string_view value, std::size_t width);
 
 /// One entry: lines of the fields that its role has, or one JSON object with all keys.
-void print_entry(const Entry& entry, const OutputStyle& style);
+void append_entry(Output& output, const Entry& entry, const OutputStyle& style);
 
-/// All entries: a table on a terminal, lines of fields between tabs on a pipe, or a JSON array.
-void print_entries(const std::vector<Entry>& entries, const OutputStyle& style);
+/// Writes a whole text to standard output. Throws Failure when it cannot be written.
+void print(std::string_view text);
 
-/// The role's name on the command line, or the element name when no role has it.
-std::string role_name(const Entry& entry);
-
-/// Writes to standard output at once and wipes the text. Throws Failure when it cannot be written.
-void print_and_wipe(std::string& text);
-
-/// One line on standard error, which begins with the program's name.
-void print_error(const std::string& message);
+/// One line on standard error, which begins with the program's name. Allocates nothing.
+void print_error(std::string_view message) noexcept;
 
 } // namespace tool

@@ -7,11 +7,12 @@
 
 namespace tool {
 
-/// Where `set` takes the password from.
+/// Where a password comes from.
 enum class PasswordSource : std::uint8_t { none, standard_input, file, prompt };
 
-/// The password, checked; empty without a source. One line end at the end of a file or of
-/// standard input does not belong to it. Throws UsageError when it cannot be had.
+/// Reads a password. One line end at the end of a file or of standard
+/// input does not belong to it. Throws UsageError when the source yields nothing: a failed program
+/// at the other end of a pipe must not erase a password.
 Secret read_password(PasswordSource source, const std::string& file);
 
 } // namespace tool

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "platform/memory.h"
 
@@ -13,7 +15,7 @@ inline void wipe(std::string& text) noexcept {
     text.clear();
 }
 
-/// A text that is wiped when it goes, and where it came from as well.
+/// A text that is wiped when it is destroyed, and wherever it was before it moved or grew.
 class Secret {
   public:
     Secret() = default;
@@ -22,7 +24,9 @@ class Secret {
         wipe(text);
     }
     Secret(Secret&& other) noexcept
-        : Secret(std::move(other.text_)) {}
+        : text_(std::move(other.text_)) {
+        wipe(other.text_);
+    }
     Secret& operator=(Secret&& other) noexcept {
         wipe(text_);
         text_ = std::move(other.text_);
@@ -34,6 +38,27 @@ class Secret {
     ~Secret() { wipe(text_); }
 
     const std::string& text() const noexcept { return text_; }
+    char* data() noexcept { return text_.data(); }
+
+    void reserve(std::size_t size) {
+        if (size > text_.capacity()) {
+            std::string larger;
+            larger.reserve(std::max(size, 2 * text_.capacity()));
+            larger = text_; // fits, so the memory stays
+            wipe(text_);
+            text_.swap(larger);
+        }
+    }
+    void append(std::string_view more) {
+        reserve(text_.size() + more.size());
+        text_.append(more);
+    }
+    /// Grows with zero bytes, or cuts.
+    void resize(std::size_t size) {
+        reserve(size);
+        text_.resize(size);
+    }
+    void clear() noexcept { wipe(text_); }
 
   private:
     std::string text_;

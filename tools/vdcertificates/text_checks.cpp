@@ -2,25 +2,20 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-
-#include <utf8.h>
 
 #include "tools/vdcertificates/exit_status.h"
 
 namespace tool {
 namespace {
 
-bool is_control(char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
-}
-
-std::string escaped(char character) {
-    std::array<char, 5> text{};
-    std::snprintf(text.data(), text.size(), "\\x%02x", static_cast<unsigned char>(character));
-    return text.data();
-}
+struct Range {
+    unsigned int first;
+    unsigned int last;
+};
+constexpr std::array hidden{
+    Range{0x00, 0x1F},     Range{0x7F, 0x9F},     Range{0x061C, 0x061C},
+    Range{0x200E, 0x200F}, Range{0x2028, 0x202E}, Range{0x2066, 0x2069},
+};
 
 void check_not_empty(const std::string& subject, std::string_view text) {
     if (text.empty()) {
@@ -28,18 +23,27 @@ void check_not_empty(const std::string& subject, std::string_view text) {
     }
 }
 
-void check_encoding(const std::string& subject, std::string_view text) {
-    if (!utf8::is_valid(text.begin(), text.end())) {
-        throw UsageError(subject + " is not valid UTF-8");
+/// Throws when the text is not UTF-8; returns its first hidden character, or 0.
+unsigned int first_hidden(const std::string& subject, std::string_view text) {
+    unsigned int found = 0;
+    while (!text.empty()) {
+        unsigned int character = 0;
+        const std::size_t size =
+            qncore::utf8_to_ucs4_char(text.data(), text.size(), &character);
+        if (size == 0) {
+            throw UsageError(subject + " is not valid UTF-8");
+        }
+        found = found == 0 && is_hidden(character) ? character : found;
+        text.remove_prefix(size);
     }
+    return found;
 }
 
 void check_characters(const std::string& subject, std::string_view text,
                       std::string_view forbidden) {
-    check_encoding(subject, text);
-    const auto control = std::ranges::find_if(text, is_control);
-    if (control != text.end()) {
-        throw UsageError(subject + " holds the control character " + escaped(*control) +
+    if (const unsigned int character = first_hidden(subject, text); character != 0) {
+        throw UsageError(subject + " holds the control character " +
+                         std::string(EscapedCharacter(character).view()) +
                          ", which the file cannot keep");
     }
     const std::size_t place = text.find_first_of(forbidden);
@@ -70,7 +74,7 @@ void check_trusted_path(const std::string& subject, std::string_view path) {
 
 void check_searched_name(const std::string& subject, std::string_view name) {
     check_not_empty(subject, name);
-    check_encoding(subject, name);
+    first_hidden(subject, name);
 }
 
 void check_password(const std::string& subject, std::string_view password) {
@@ -81,28 +85,38 @@ void check_password(const std::string& subject, std::string_view password) {
         throw UsageError(subject + " is longer than " + std::to_string(longest_password) +
                          " bytes");
     }
-    check_encoding(subject, password);
+    first_hidden(subject, password);
+}
+
+bool is_hidden(unsigned int codePoint) noexcept {
+    return std::ranges::any_of(hidden, [codePoint](const Range& range) {
+        return range.first <= codePoint && codePoint <= range.last;
+    });
+}
+
+EscapedCharacter::EscapedCharacter(unsigned int codePoint, bool always_long) noexcept
+    : text_{'\\', 'x'}
+    , size_(2) {
+    const bool is_long = always_long || codePoint > 0xFF;
+    text_[1] = is_long ? 'u' : 'x';
+    for (int shift = is_long ? 12 : 4; shift >= 0; shift -= 4) {
+        text_[size_++] = "0123456789abcdef"[codePoint >> shift & 0xFU];
+    }
 }
 
 std::string printable(std::string_view text) {
     std::string line;
-    for (const char character : text) {
-        if (is_control(character)) {
-            line += escaped(character);
-        } else {
-            line += character;
-        }
-    }
+    for_each_printable(text, [&](std::string_view piece) { line += piece; });
     return line;
 }
 
-std::string folded(std::string text) {
-    for (char& character : text) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return text;
+std::size_t printable_width(std::string_view text) noexcept {
+    std::size_t width = 0;
+    for_each_printable(text, [&](std::string_view piece) {
+        width += static_cast<std::size_t>(std::ranges::count_if(
+            piece, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+    });
+    return width;
 }
 
 } // namespace tool

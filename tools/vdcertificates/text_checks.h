@@ -3,14 +3,17 @@
 #include <string>
 #include <string_view>
 
+#include "qncore/utf8.h"
+
 namespace tool {
 
 /// These throw UsageError, `subject` being what the user knows the text by.
 ///
-/// The file holds server names and paths as they stand, in UTF-8 and without escapes, but for the
+/// The file holds server names and paths as they are, in UTF-8 and without escapes, but for the
 /// trusted path. So a text is refused that would break the file or read back as another one: a
 /// control character, and `<` and `&`; in a server name also `"`, which ends it there, and a
-/// blank at either end, with which nobody would find it.
+/// blank at either end, with which nobody would find it. Characters that change what a terminal
+/// shows (is_hidden()) are refused everywhere.
 void check_server_name(const std::string& subject, std::string_view name);
 void check_path(const std::string& subject, std::string_view path);
 void check_trusted_path(const std::string& subject, std::string_view path);
@@ -23,10 +26,49 @@ inline constexpr std::size_t longest_password = 245;
 /// A name that is only looked for: not empty, and UTF-8.
 void check_searched_name(const std::string& subject, std::string_view name);
 
-/// The text on one line of a terminal: control characters become `\x1b` and the like.
+/// True for what a terminal does not show as itself: control characters (C0, C1), line and
+/// paragraph separators, and the marks and overrides of direction (Unicode, UAX #9).
+bool is_hidden(unsigned int codePoint) noexcept;
+
+/// Calls `put` with the pieces of a text on one line, in which what is hidden or not UTF-8 becomes
+/// `\x1b` or `\u202e`. Allocates nothing.
+template <class Put>
+void for_each_printable(std::string_view text, const Put& put);
+
 std::string printable(std::string_view text);
 
-/// The text with A to Z in lower case: names in the file are compared without regard to that.
-std::string folded(std::string text);
+/// How many characters the printable text has.
+std::size_t printable_width(std::string_view text) noexcept;
+
+/// `\xNN` for a byte, `\uNNNN` for a larger code point.
+class EscapedCharacter {
+  public:
+    explicit EscapedCharacter(unsigned int codePoint, bool always_long = false) noexcept;
+    std::string_view view() const noexcept { return {text_, size_}; }
+
+  private:
+    char text_[8];
+    std::size_t size_;
+};
+
+template <class Put>
+void for_each_printable(std::string_view text, const Put& put) {
+    std::size_t plain = 0;
+    while (plain < text.size()) {
+        unsigned int character = 0;
+        const std::size_t size =
+            qncore::utf8_to_ucs4_char(text.data() + plain, text.size() - plain, &character);
+        if (size != 0 && !is_hidden(character)) {
+            plain += size;
+            continue;
+        }
+        put(text.substr(0, plain));
+        const auto byte = static_cast<unsigned char>(text[plain]);
+        put(EscapedCharacter(size == 0 ? byte : character).view());
+        text.remove_prefix(plain + std::max<std::size_t>(size, 1));
+        plain = 0;
+    }
+    put(text);
+}
 
 } // namespace tool

@@ -1,0 +1,117 @@
+#include "platform/file_backup.h"
+
+#include <memory>
+
+#include "platform/file.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+// after windows.h
+#include <sddl.h>
+
+namespace platform {
+namespace {
+
+/// Protected from what the directory would give: owner, system and administrators alone.
+constexpr const wchar_t* owner_only = L"D:P(A;;FA;;;OW)(A;;FA;;;SY)(A;;FA;;;BA)";
+constexpr DWORD longest_path = 32768;
+
+SystemError result_of(BOOL answer) {
+    return answer ? SystemError() : last_error();
+}
+
+/// Gives `target` the access list of `source`.
+SystemError copy_access(const std::wstring& source, const std::wstring& target) {
+    DWORD size = 0;
+    ::GetFileSecurityW(source.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    const auto descriptor = std::make_unique<std::byte[]>(size);
+    if (!::GetFileSecurityW(source.c_str(), DACL_SECURITY_INFORMATION, descriptor.get(), size,
+                            &size)) {
+        return last_error();
+    }
+    return result_of(
+        ::SetFileSecurityW(target.c_str(), DACL_SECURITY_INFORMATION, descriptor.get()));
+}
+
+SystemError flush(const std::wstring& path) {
+    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return last_error();
+    }
+    const SystemError error = result_of(::FlushFileBuffers(file));
+    ::CloseHandle(file);
+    return error;
+}
+
+/// Makes the file anew, for its owner alone, and writes it through.
+SystemError write_private(const std::wstring& path, std::string_view content) {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(owner_only, SDDL_REVISION_1,
+                                                                &descriptor, nullptr)) {
+        return last_error();
+    }
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor, FALSE};
+    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &attributes, CREATE_ALWAYS,
+                                      FILE_FLAG_WRITE_THROUGH, nullptr);
+    SystemError error = file == INVALID_HANDLE_VALUE ? last_error() : SystemError();
+    ::LocalFree(descriptor);
+    if (error) {
+        return error;
+    }
+    while (!error && !content.empty()) {
+        DWORD written = 0;
+        const auto part = static_cast<DWORD>(std::min(content.size(), std::size_t{1} << 20));
+        error = result_of(::WriteFile(file, content.data(), part, &written, nullptr));
+        content.remove_prefix(written);
+    }
+    ::CloseHandle(file);
+    return error;
+}
+
+/// Renames what was made under a name of its own, or removes it after an error.
+SystemError finish(SystemError error, const std::string& made, const std::string& target) {
+    error = error ? error : rename_over(made, target);
+    if (error) {
+        ::DeleteFileW(wide(made).c_str());
+    }
+    return error;
+}
+
+} // namespace
+
+Result<std::string> real_path(const std::string& path) {
+    const HANDLE file =
+        ::CreateFileW(wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return last_error();
+    }
+    const auto name = std::make_unique<wchar_t[]>(longest_path);
+    const DWORD length = ::GetFinalPathNameByHandleW(file, name.get(), longest_path, 0);
+    const SystemError error = length == 0 ? last_error() : SystemError();
+    ::CloseHandle(file);
+    if (error) {
+        return error;
+    }
+    return narrow({name.get(), length});
+}
+
+SystemError copy_whole(const std::string& source, const std::string& target) {
+    const std::string made = target + ".new";
+    SystemError error = result_of(::CopyFileW(wide(source).c_str(), wide(made).c_str(), FALSE));
+    error = error ? error : copy_access(wide(source), wide(made));
+    error = error ? error : flush(wide(made));
+    return finish(error, made, target);
+}
+
+SystemError write_whole(const std::string& target, std::string_view content) {
+    const std::string made = target + ".new";
+    return finish(write_private(wide(made), content), made, target);
+}
+
+SystemError rename_over(const std::string& source, const std::string& target) {
+    return result_of(::MoveFileExW(wide(source).c_str(), wide(target).c_str(),
+                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+}
+
+} // namespace platform

@@ -1,0 +1,210 @@
+#include "tools/vdcertificates/document.h"
+
+#include <algorithm>
+#include <array>
+
+#include "ConfigurationFile/configuration_file_access.h"
+#include "platform/file_system.h"
+#include "qnfile/file_stream.h"
+#include "qnxml/reader.h"
+#include "qnxml/stream_tokenizer.h"
+#include "tools/vdcertificates/exit_status.h"
+#include "tools/vdcertificates/native_path.h"
+#include "tools/vdcertificates/progress.h"
+
+namespace tool {
+namespace {
+
+using vdcertificates::CertificateNode;
+using vdcertificates::ConfigurationFile;
+using vdcertificates::ConfigurationFileAccess;
+using Element = qnxml::XmlReader::ElementPtr;
+
+constexpr unsigned int first_line = 1;
+constexpr std::size_t buffer_size = 65536;
+
+struct PathField {
+    const char* element;
+    std::string CertificateNode::*field;
+};
+constexpr std::array path_fields{
+    PathField{"PublicKeyPath", &CertificateNode::publicKeyPath},
+    PathField{"PrivateKeyPath", &CertificateNode::privateKeyPath},
+    PathField{"CertificatePath", &CertificateNode::certificatePath},
+    PathField{"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
+};
+
+const std::string* find_section(const std::string& name) {
+    for (const auto* section : ConfigurationFileAccess::sections) {
+        if (section->name == name) {
+            return &section->name;
+        }
+    }
+    return nullptr;
+}
+
+class DocumentReader {
+  public:
+    DocumentReader(const std::string& path, vdcertificates::PasswordCipher* cipher,
+                   const EntryVisitor& visit, Reading& reading)
+        : tokenizer_(qnuri::UriReference(), first_line, buffer_size, open(path))
+        , reader_(&tokenizer_)
+        , cipher_(cipher)
+        , visit_(visit)
+        , reading_(reading) {}
+
+    void read() {
+        reader_.next_element();
+        if (reader_.node_type() != qnxml::XmlNodeType::Element) {
+            reading_.root_is_right = reading_.file_is_empty;
+            return;
+        }
+        const Element root = reader_.current_element();
+        reading_.root = root->qualified_name();
+        reading_.root_is_right = reading_.root == ConfigurationFile::sm_configurationFile;
+        if (reading_.root_is_right) {
+            for_each_child(root, [this](const Element& child) { read_section(child); });
+        }
+    }
+
+  private:
+    static qncore::RefCountPtr<qnfile::FileReadStream> open(const std::string& path) {
+        try {
+            return qnfile::FileReadStream::create(path, qnfile::share_none,
+                                                  qnfile::flag_sequential_scan);
+        } catch (const std::exception& exception) {
+            throw Failure(path + " cannot be opened: " + cause_of(exception), "file_unreadable",
+                          path);
+        }
+    }
+
+    template <class Visit>
+    void for_each_child(Element parent, const Visit& visit) {
+        while (reader_.next_child_element(parent)) {
+            visit(reader_.current_element());
+        }
+    }
+
+    void read_section(const Element& element) {
+        const std::string* section = find_section(element->qualified_name());
+        if (section == nullptr) {
+            reading_.ignored.push_back("the element '" + element->qualified_name() +
+                                       "' in the root element");
+            return;
+        }
+        for_each_child(element, [&](const Element& child) {
+            if (child->qualified_name() != "Notifier") {
+                read_entry(child, *section, nullptr);
+                return;
+            }
+            const auto* name = child->find_attribute("Name");
+            const std::string server = name != nullptr ? name->value() : std::string();
+            for_each_child(child,
+                           [&](const Element& entry) { read_entry(entry, *section, &server); });
+        });
+    }
+
+    void read_entry(const Element& element, const std::string& section, const std::string* server) {
+        Entry entry;
+        entry.section = &section;
+        entry.by_server = server != nullptr;
+        entry.server = server != nullptr ? *server : std::string();
+        entry.node.name = element->qualified_name();
+        for_each_child(element, [&](const Element& child) { read_field(child, entry); });
+        if (!entry.password_is_readable) {
+            reading_.unreadable_passwords.push_back(entry.title());
+        }
+        if (++entries_ % entries_between_looks == 0) {
+            progress_.show(std::to_string(entries_) + " entries read");
+        }
+        last_ = {entry.node.name, entry.by_server, entry.server};
+        visit_(std::move(entry));
+    }
+
+    void read_field(const Element& element, Entry& entry) {
+        const std::string& name = element->qualified_name();
+        const auto path = std::ranges::find(path_fields, name, &PathField::element);
+        if (path != path_fields.end()) {
+            entry.node.*path->field = reader_.read_element_text();
+        } else if (name == "Password") {
+            read_password(entry);
+        } else {
+            reading_.ignored.push_back("the element '" + name + "' of the entry " + entry.title());
+        }
+    }
+
+    void read_password(Entry& entry) {
+        std::string stored = reader_.read_element_text();
+        wipe(entry.node.password);
+        entry.password_is_readable = true;
+        if (stored.empty() || cipher_ == nullptr) {
+            return;
+        }
+        entry.node.password.reserve(smallest_allocation);
+        try {
+            const Secret password(cipher_->decipher(stored));
+            entry.node.password.append(password.text());
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception& exception) {
+            entry.password_is_readable = false;
+            if (reading_.password_fault.empty()) {
+                reading_.password_fault = cause_of(exception);
+            }
+        }
+    }
+
+  public:
+    std::string last_entry() const {
+        Entry entry;
+        entry.node.name = last_.name;
+        entry.by_server = last_.by_server;
+        entry.server = last_.server;
+        return entries_ == 0 ? std::string() : entry.title();
+    }
+
+  private:
+    static constexpr std::size_t entries_between_looks = 4096;
+    /// More than a text keeps within itself: what moves on is then the memory, not a copy.
+    static constexpr std::size_t smallest_allocation = 32;
+
+    struct Place {
+        std::string name;
+        bool by_server = false;
+        std::string server;
+    };
+
+    qnxml::XmlStreamTokenizer tokenizer_;
+    qnxml::XmlReader reader_;
+    vdcertificates::PasswordCipher* cipher_;
+    const EntryVisitor& visit_;
+    Reading& reading_;
+    std::size_t entries_ = 0;
+    Place last_;
+    Progress progress_;
+};
+
+} // namespace
+
+Reading read_document(const std::string& path, vdcertificates::PasswordCipher* cipher,
+                      const EntryVisitor& visit) {
+    Reading reading;
+    if (platform::check_existence(path).is_not_found()) {
+        return reading;
+    }
+    reading.file_exists = true;
+    std::error_code ignored;
+    reading.file_is_empty = std::filesystem::file_size(native_path(path), ignored) == 0;
+    DocumentReader reader(path, cipher, visit, reading);
+    try {
+        reader.read();
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& exception) {
+        reading.fault = cause_of(exception);
+        reading.last_entry = reader.last_entry();
+    }
+    return reading;
+}
+
+} // namespace tool

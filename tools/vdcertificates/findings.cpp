@@ -1,0 +1,66 @@
+#include "tools/vdcertificates/findings.h"
+
+#include <array>
+
+namespace tool {
+namespace {
+
+constexpr std::array<std::string_view, 4> severity_names{"ok", "note", "warning", "problem"};
+constexpr std::size_t name_width = 9; ///< of the longest one, and two blanks
+
+std::string_view name_of(Severity severity) {
+    return severity_names[static_cast<std::size_t>(severity)];
+}
+
+} // namespace
+
+void Findings::add(Severity severity, const char* code, std::string message, std::string path) {
+    findings_.push_back({severity, code, std::move(message), std::move(path), {}, {}});
+    has_problem_ |= severity == Severity::problem;
+}
+
+void Findings::add(Severity severity, const char* code, const Entry& entry,
+                   const std::string& message, std::string path) {
+    add(severity, code, "the entry " + entry.title() + " " + message, std::move(path));
+    findings_.back().role = entry.role_name();
+    findings_.back().server = entry.server;
+}
+
+void Findings::append(JsonWriter& json) const {
+    json.begin('[');
+    for (const Finding& finding : findings_) {
+        const std::array<std::pair<const char*, std::string_view>, 6> members{{
+            {"code", finding.code},
+            {"severity", name_of(finding.severity)},
+            {"role", finding.role},
+            {"server", finding.server},
+            {"path", finding.path},
+            {"message", finding.message},
+        }};
+        json.begin('{');
+        for (const auto& [key, value] : members) {
+            json.key(key);
+            value.empty() ? json.null() : json.value(value);
+        }
+        json.end();
+    }
+    json.end();
+}
+
+ExitStatus Findings::print(Format format) const {
+    Output output;
+    if (format == Format::json) {
+        JsonWriter json(output.text());
+        append(json);
+        output << "\n";
+    } else {
+        for (const Finding& finding : findings_) {
+            append_line(output, name_of(finding.severity), finding.message, name_width);
+            output.flush_when_full();
+        }
+    }
+    output.flush();
+    return status();
+}
+
+} // namespace tool
