@@ -7,9 +7,6 @@
 // Names are UTF-8 on Windows and any bytes on Linux; they end at an embedded zero.
 namespace platform {
 
-/// True if check_existence() succeeds. A failed look counts as "no".
-bool exists(const std::string& path);
-
 /// Creates one directory. Windows has more than one error for a directory that exists, among them
 /// access denied for the root of a drive.
 SystemError create_directory(const std::string& path);

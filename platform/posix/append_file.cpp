@@ -14,10 +14,7 @@ namespace platform {
 
 Result<AppendFile> AppendFile::open(const std::string& name) {
     const Result<int> opened = open_admissible(name, O_WRONLY | O_APPEND | O_CREAT);
-    if (!opened) {
-        return opened.error();
-    }
-    return AppendFile(*opened);
+    return opened ? Result<AppendFile>(AppendFile(*opened)) : opened.error();
 }
 
 std::size_t AppendFile::append(std::string_view text) noexcept {

@@ -1,17 +1,18 @@
 #include "platform/file_backup.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/file.h"
-#include "platform/memory.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/retry.h"
 
 namespace platform {
 namespace {
@@ -21,7 +22,7 @@ constexpr mode_t owner_only = 0600;
 constexpr mode_t owner_permissions = 0700;
 
 SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : SystemError::posix(errno);
+    return answer == 0 ? SystemError() : last_error();
 }
 
 /// The file that will be the target, under a name of its own until finish().
@@ -35,7 +36,7 @@ class NewFile {
             ::unlink(name_.c_str());
             descriptor_ = create();
         }
-        error_ = descriptor_ < 0 ? SystemError::posix(errno) : SystemError();
+        error_ = descriptor_ < 0 ? last_error() : SystemError();
     }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
@@ -84,7 +85,8 @@ class NewFile {
 
   private:
     int create() {
-        return ::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, owner_only);
+        constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+        return retry([&] { return ::open(name_.c_str(), flags, owner_only); });
     }
 
     const std::string& target_;
@@ -109,7 +111,7 @@ SystemError copy_content(FileHandle source, NewFile& target) {
 SystemError copy_open(FileHandle source, const std::string& target) {
     struct stat status = {};
     if (::fstat(static_cast<int>(source), &status) != 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     NewFile copy(target);
     SystemError error = copy.error();
@@ -124,7 +126,7 @@ Result<std::string> real_path(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
                                                                &std::free);
     if (!resolved) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     return std::string(resolved.get());
 }
@@ -157,7 +159,7 @@ SystemError rename_over(const std::string& source, const std::string& target) {
     const std::string directory = end == std::string::npos ? "." : target.substr(0, end + 1);
     const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor >= 0) {
-        ::fsync(descriptor);
+        retry([&] { return ::fsync(descriptor); });
         ::close(descriptor);
     }
     return {};

@@ -37,10 +37,6 @@ SystemError create_for_group(const std::string& path) {
 
 } // namespace
 
-bool exists(const std::string& path) {
-    return !check_existence(path);
-}
-
 SystemError create_directory(const std::string& path) {
     if (take_failure(Call::create_directory)) {
         return seams().failure;

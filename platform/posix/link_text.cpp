@@ -1,8 +1,9 @@
 #include "platform/posix/link_text.h"
 
-#include <cerrno>
 #include <climits>
 #include <unistd.h>
+
+#include "platform/posix/last_error.h"
 
 namespace platform {
 
@@ -10,7 +11,7 @@ Result<std::string> text_of_link(const std::string& link) {
     std::string text(PATH_MAX, '\0');
     const ssize_t length = ::readlink(link.c_str(), text.data(), text.size());
     if (length < 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     text.resize(static_cast<std::size_t>(length));
     return text;

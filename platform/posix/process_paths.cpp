@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <unistd.h>
 
+#include "platform/posix/last_error.h"
 #include "platform/posix/link_text.h"
 #include "platform/seams.h"
 
@@ -14,7 +15,7 @@ constexpr std::size_t first_buffer_size = 260;
 } // namespace
 
 SystemError set_current_directory(const std::string& path) {
-    return ::chdir(path.c_str()) == 0 ? SystemError() : SystemError::posix(errno);
+    return ::chdir(path.c_str()) == 0 ? SystemError() : last_error();
 }
 
 Result<std::string> current_directory(std::size_t& bufferSize) {
@@ -28,7 +29,7 @@ Result<std::string> current_directory(std::size_t& bufferSize) {
             return buffer;
         }
         if (errno != ERANGE) {
-            return SystemError::posix(errno);
+            return last_error();
         }
         bufferSize *= 2;
     }

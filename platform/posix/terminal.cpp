@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/memory.h"
+#include "platform/posix/retry.h"
 
 namespace platform {
 namespace {
@@ -31,11 +32,12 @@ void note_signal(int number) {
 
 void write_all(int descriptor, std::string_view text) {
     while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) {
+        const ssize_t written =
+            retry([&] { return ::write(descriptor, text.data(), text.size()); });
+        if (written < 0) {
             return; // reading will show what is wrong with the terminal
         }
-        text.remove_prefix(written > 0 ? static_cast<std::size_t>(written) : 0);
+        text.remove_prefix(static_cast<std::size_t>(written));
     }
 }
 

@@ -21,10 +21,6 @@ SystemError result_of(int answer) {
 
 } // namespace
 
-bool exists(const std::string& path) {
-    return !check_existence(path);
-}
-
 SystemError create_directory(const std::string& path) {
     if (take_failure(Call::create_directory)) {
         return seams().failure;
