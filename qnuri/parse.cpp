@@ -67,8 +67,7 @@ void UriParser::take_scheme(bool plainFile) {
             source_.seek(0);
             return;
         }
-        std::string& text = record_.text;
-        std::transform(text.begin(), text.begin() + source_.written(), text.begin(), to_lower);
+        std::ranges::transform(record_.view(written_since(0)), record_.text.begin(), to_lower);
     }
     source_.keep(1);
     record_.scheme = written_since(0);

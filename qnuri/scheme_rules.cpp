@@ -33,7 +33,7 @@ void UriParser::parse_file() {
     if (plain) {
         known_valid_ |= invalid_path;
     } else {
-        const auto begin = text.begin() + static_cast<std::ptrdiff_t>(path);
+        char* const begin = text.data() + path;
         std::replace(begin, begin + record_.path.count(), '\\', '/');
     }
     normalise_drive(path);

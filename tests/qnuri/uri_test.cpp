@@ -37,7 +37,7 @@ std::string components(const UriReference& whole) {
     return all.append(whole.fragment().view());
 }
 
-TEST(UriReference, GivesItsComponents) {
+TEST(UriReference, ReturnsItsComponents) {
     const struct {
         const char* text;
         std::string components; ///< scheme, specific part, authority, path, query; no fragment
@@ -87,11 +87,11 @@ TEST(UriReference, ComparesItsScheme) {
     EXPECT_FALSE(reference("x").scheme_equals("x"));
 }
 
-TEST(UriReference, KnowsTheUndefinedOne) {
+TEST(UriReference, MayBeUndefined) {
     UriReference moved = reference("gen:x");
     const UriReference taken = std::move(moved);
     EXPECT_EQ(taken.text(), "gen:x");
-    // NOLINTNEXTLINE(bugprone-use-after-move): what is left behind is defined
+    // NOLINTNEXTLINE(bugprone-use-after-move): a moved-from reference is undefined
     for (const UriReference& none : {moved, UriReference::undefined(), UriReference(nullptr),
                                      UriReference(Uri()), UriReference(RelativeUri())}) {
         EXPECT_TRUE(none.is_undefined());
@@ -132,10 +132,8 @@ TEST(Resolve, MergesPaths) {
         {"gen://h/a/b/c?z", "?", "gen://h/a/b/?"},
         {"gen://h/a/b/c", "", nullptr},
         {"gen://h/a/b/c", "#f", nullptr},
-        {"gen://h/a/b/c", "//k/p", "gen://k/p"},
         {"gen://h/a/b/c", "//k/../p?q#f", "gen://k/../p?q#f"},
         {"gen://h/a/b/c", "Tel:1", "tel:1"},
-        {"gen://h/a", "../../x", nullptr},
         {"gen://h/a", "../x", nullptr},
         {"gen://h/../a/./b/c", "../d", "gen://h/../a/./d"}, // the base's own dots stay
         {"gen://h//", "../x", "gen://h/x"},
@@ -162,7 +160,7 @@ TEST(Resolve, MergesPaths) {
         const std::string result = text_or_undefined(test.result);
         EXPECT_EQ(printed(resolve(from, uri(test.base))), result)
             << test.base << ' ' << test.reference;
-        // The member leaves the fragment out, unless it gives the reference back.
+        // The member drops the fragment, unless it returns the reference itself.
         EXPECT_EQ(printed(uri(test.base).resolve(from)), result.substr(0, result.find('#')));
     }
     EXPECT_EQ(printed(uri("gen:/a").resolve(reference("g:h#f"))), "g:h#f");
@@ -174,7 +172,7 @@ TEST(Resolve, MergesPaths) {
 }
 
 /// RFC 3986, 5.4.1 and 5.4.2, without the departures, which are in MergesPaths.
-TEST(Resolve, RunsTheExamplesOfTheRfc) {
+TEST(Resolve, FollowsTheExamplesOfTheRfc) {
     std::istringstream as_in_the_rfc(R"(
         g:h g:h   g http://a/b/c/g   ./g http://a/b/c/g   g/ http://a/b/c/g/   /g http://a/g
         //g http://g   g?y http://a/b/c/g?y   g#s http://a/b/c/g#s   g?y#s http://a/b/c/g?y#s
@@ -293,7 +291,7 @@ TEST(Order, IgnoresTheCaseOfEscapesAndTheFragment) {
         int order;
     } cases[] = {
         {"a%2Fb", "a%2fb", 0},       {"a%2Fb", "a%2eb", 1}, {"a%2", "a%2F", -1},
-        {"%AbC", "%aBc", 'C' - 'c'}, // the third is an ordinary character
+        {"%AbC", "%aBc", 'C' - 'c'}, // the third character is ordinary
         {"%%AA", "%%aa", 'A' - 'a'}, // a % among the digits begins no escape
         {"%GA", "%gA", 'G' - 'g'},   {"A", "a", 'A' - 'a'}, {"", "abc", -3},
         {"\x80", "a", -128 - 'a'},   {"", "", 0},
