@@ -4,10 +4,10 @@
 
 #include <gmock/gmock.h>
 
+#include "fuzz/plain_glob.h"
 #include "qncore/string_conversion.h"
 #include "qnfile/percent.h"
 #include "tests/support/exact_buffer.h"
-#include "tests/support/plain_glob.h"
 
 namespace qnfile {
 namespace {
