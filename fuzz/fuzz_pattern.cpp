@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/plain_glob.h"
 #include "fuzz/require.h"
 #include "qnfile/path_pattern.h"
-#include "tests/support/plain_glob.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include "fuzz/plain_glob.h"
 #include "qncore/string_conversion.h"
 #include "tests/support/exact_buffer.h"
-#include "tests/support/plain_glob.h"
 
 namespace qnfile {
 namespace {
