@@ -112,9 +112,9 @@ TEST_F(LifecycleTest, AFailureThatPassesReplacesNoKeys) {
         EXPECT_NO_THROW(construct());
     }
     // Whoever holds a file for longer than the attempts last.
-    const auto holder = platform::open_file(
-        machine.private_key_file(), platform::FileAccess::read,
-        platform::FileDisposition::open_existing, platform::FileSharing::none, {});
+    const auto holder = platform::open_file(machine.private_key_file(), platform::FileAccess::read,
+                                            platform::FileDisposition::open_existing,
+                                            platform::FileSharing::none, {});
     ASSERT_TRUE(holder);
     EXPECT_THROW(construct(), std::exception);
     platform::close_file(*holder);

@@ -141,9 +141,10 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
     const auto reading = owner | fs::perms::others_read;
     const auto writing = reading | fs::perms::others_write;
     const auto gone = fs::perms::none;
-    const std::pair<fs::perms, fs::perms> cases[] = { // modes of the public and the private key
-        {owner, owner}, {owner, writing}, {reading, owner}, {writing, owner}, {gone, owner},
-        {gone, reading}};
+    const std::pair<fs::perms, fs::perms> cases[] = {// modes of the public and the private key
+                                                     {owner, owner},   {owner, writing},
+                                                     {reading, owner}, {writing, owner},
+                                                     {gone, owner},    {gone, reading}};
     for (const auto& [public_mode, private_mode] : cases) {
         if (public_mode == gone) {
             fs::remove(machine.public_key_file());

@@ -44,13 +44,13 @@ bool call(const Accessor& accessor, C& file, S server, NodeType& n) {
     }
 #define ROLE(member, trusted)                                                                      \
     Role {                                                                                         \
-        #member, trusted,                                                                          \
+#member, trusted,                                                                          \
             [](C& store, S server, const Node& n) {                                                \
                 return call(ACCESSOR(set_##member##_certificate_information), store, server, n);   \
             },                                                                                     \
             [](C& store, S server, Node& n) {                                                      \
                 return call(ACCESSOR(get_##member##_certificate_information), store, server, n);   \
-            }                                                                                      \
+            }       \
     }
 
 class RolesTest : public StoreTest {

@@ -144,8 +144,8 @@ TEST_F(CertificateKeysTest, AFailureNamesTheFileAndKeepsTheObjectAsItWas) {
     const std::string reading = "Reading key file \"" + private_file + "\" failed";
     const std::string writing = "Writing to key file \"" + private_file + "\" failed";
     const std::pair<platform::Call, std::string> cases[] = {
-        {platform::Call::read, reading},    {platform::Call::seek, writing},
-        {platform::Call::write, writing},   {platform::Call::set_end, writing},
+        {platform::Call::read, reading},  {platform::Call::seek, writing},
+        {platform::Call::write, writing}, {platform::Call::set_end, writing},
         {platform::Call::flush, writing},
     };
     for (const auto& [call, message] : cases) {
