@@ -33,8 +33,7 @@ constexpr PathField path_fields[] = {
     {"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
 };
 
-CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
-                           PasswordCipher& cipher) {
+CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry, PasswordCipher& cipher) {
     CertificateNode node;
     node.name = entry->qualified_name();
     for_each_child(reader, entry, [&](const Element& child) {

@@ -13,8 +13,7 @@ namespace vdcertificates {
 using Text = const std::string&;
 
 const bool ConfigurationFile::set_cluster_certificate_information(Text publicKey, Text privateKey,
-                                                                  Text certificate,
-                                                                  Text password) {
+                                                                  Text certificate, Text password) {
     return set_role(*this, roles::cluster, qncore::g_emptyString,
                     {{}, publicKey, privateKey, certificate, password, {}});
 }
@@ -67,8 +66,8 @@ ACCESSORS_WITH_TRUSTED_PATH(media_retrieval_client, roles::media_retrieval_clien
 #undef ACCESSORS_BY_SERVER
 #undef ACCESSORS_WITH_TRUSTED_PATH
 
-const bool ConfigurationFile::set_additional_certificate_information(
-    const ConfigurationFileNodes& rNodes) {
+const bool
+ConfigurationFile::set_additional_certificate_information(const ConfigurationFileNodes& rNodes) {
     QN_TRACE_FUNCTION(
         g_traceTopic,
         "vdcertificates::ConfigurationFile::set_additional_certificate_information()");

@@ -149,10 +149,9 @@ bool get_role(ConfigurationFile& file, const Role& role, const std::string& serv
     // Keeps no more of a large section than the search can look at.
     const bool any_server = role.tries_short_name && has_short_name(serverName);
     const auto keeps = [&](const std::string* server) {
-        return role.by_server
-                   ? server != nullptr &&
-                         (any_server || qncore::equal_nocase_ascii(*server, serverName))
-                   : server == nullptr;
+        return role.by_server ? server != nullptr &&
+                                    (any_server || qncore::equal_nocase_ascii(*server, serverName))
+                              : server == nullptr;
     };
     ConfigurationFileNodes nodes;
     if (!succeeds([&] { Access::read_section(file, role.section.name, nodes, keeps); })) {

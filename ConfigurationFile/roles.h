@@ -12,8 +12,8 @@ struct Role {
     const ConfigurationFileAccess::Section& section;
     const char* setter; ///< qualified names
     const char* getter;
-    const char* trace_format; ///< of the arguments: server name, three paths, trusted path
-    bool by_server = true;    ///< grouped under a server name, else directly in the section
+    const char* trace_format;      ///< of the arguments: server name, three paths, trusted path
+    bool by_server = true;         ///< grouped under a server name, else directly in the section
     bool has_trusted_path = true;  ///< its accessors carry the trusted path
     bool tries_short_name = false; ///< its getter makes a second attempt with the short host name
 };

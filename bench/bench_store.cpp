@@ -223,7 +223,6 @@ void compare_with_floor() {
         });
 }
 
-
 } // namespace
 
 int main(int argc, char** argv) {

@@ -4,8 +4,8 @@
 
 namespace qncertificates {
 
-/// Writes any bytes as one PEM block (RFC 7468) with the label "ENCIPHERED PASSWORD", in lines of 64
-/// Base64 characters, each followed by a line feed.
+/// Writes any bytes as one PEM block (RFC 7468) with the label "ENCIPHERED PASSWORD", in lines of
+/// 64 Base64 characters, each followed by a line feed.
 void convert_DER_to_PEM(const std::vector<unsigned char>& in, std::vector<unsigned char>& out);
 
 /// Reads the bytes of such a block. Ignores text around it, as RFC 7468 allows. Throws

@@ -61,8 +61,7 @@ constexpr const char* open_message =
 
 platform::FileHandle open_for_writing(const std::string& filename) {
     return open_patiently([&] {
-        return value_of(platform::open_key_file(filename), open_message, filename,
-                        writer_name);
+        return value_of(platform::open_key_file(filename), open_message, filename, writer_name);
     });
 }
 
@@ -109,10 +108,10 @@ void KeyFileWriter::replace_content(const qncrypto::Key& content) const {
              function);
     std::size_t done = 0;
     while (done < content.size()) {
-        done += value_of(platform::write_file(
-                             file_, content.data() + done,
-                             qncore::safe_cast<std::uint32_t>(content.size() - done)),
-                         message, filename_, function);
+        done +=
+            value_of(platform::write_file(file_, content.data() + done,
+                                          qncore::safe_cast<std::uint32_t>(content.size() - done)),
+                     message, filename_, function);
     }
     for (const auto finish : {platform::set_end_of_file, platform::flush_file}) {
         if (const platform::SystemError error = finish(file_)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -17,23 +18,24 @@ inline bool is_refused_by_opener(const qncore::ErrorException& exception) {
            *number == qncore::to_string(platform::sharing_violation().number());
 }
 
-/// Calls `open` until no other opener refuses the file, for about a second: a virus scanner, a
-/// backup or a process that is just being killed lets go of a file within that time. Throws what
-/// the last call threw.
+/// Calls `open` again for up to a second while another opener refuses the file: a virus scanner, a
+/// backup or a process that is just being killed lets go of it within that time. Throws what the
+/// last call threw.
 template <class Open>
 auto open_patiently(const Open& open) {
-    using std::chrono::milliseconds;
-    for (milliseconds pause(1); pause < milliseconds(1000); pause *= 2) {
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + std::chrono::seconds(1);
+    for (steady_clock::duration pause = std::chrono::milliseconds(1);; pause *= 2) {
         try {
             return open();
         } catch (const qncore::ErrorException& exception) {
-            if (!is_refused_by_opener(exception)) {
+            pause = std::min(pause, end - steady_clock::now());
+            if (!is_refused_by_opener(exception) || pause <= pause.zero()) {
                 throw;
             }
         }
         std::this_thread::sleep_for(pause);
     }
-    return open();
 }
 
 } // namespace qncertificates

@@ -94,8 +94,7 @@ class FaultsTest : public StoreTest {
         ConfigurationFile file;
         ConfigurationFileNodes notifiers;
         ConfigurationFileNodes devices;
-        notifiers.certificates = {
-            entry("ServerGroupCertificate", "p", "k", "c", "secret")};
+        notifiers.certificates = {entry("ServerGroupCertificate", "p", "k", "c", "secret")};
         notifiers.notifiers["SRV"] = {entry("WebConfigCertificate", "p", "k", "c", "word")};
         devices.notifiers["SRV"] = {entry("SIPDevice", "p", "k", "c", "other", "t")};
         // What a read leaves that ends early, by the number of entries, and last the whole.
@@ -142,7 +141,8 @@ class FaultsTest : public StoreTest {
         std::vector<std::string> texts;
         for (const std::string& before : befores) {
             prepare(scene, before);
-            EXPECT_EQ(run(scene), scene.run == get && &before < &befores[1] ? Answer::no : Answer::yes);
+            EXPECT_EQ(run(scene),
+                      scene.run == get && &before < &befores[1] ? Answer::no : Answer::yes);
             texts.push_back(configuration());
         }
         return texts;

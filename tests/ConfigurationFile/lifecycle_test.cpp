@@ -1,5 +1,8 @@
+#include <cerrno>
 #include <filesystem>
 
+#include "platform/file.h"
+#include "platform/testing/testing.h"
 #include "qncertificates/errors.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/failure.h"
@@ -82,6 +85,40 @@ TEST_F(LifecycleTest, ACorruptPairIsRegenerated) {
                                    machine.private_key_file() + ", caughtException: "),
                 testing::EndsWith(". Regenerating NEW keys."))));
     }
+}
+
+TEST_F(LifecycleTest, ALoneKeyFileIsReplacedWithoutAWord) {
+    construct();
+    for (const std::string& lost : {machine.public_key_file(), machine.private_key_file()}) {
+        const std::string before = private_key();
+        support::remove_all(lost);
+        const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
+        construct();
+        expect_keys_at_rest();
+        EXPECT_NE(private_key(), before);
+        EXPECT_EQ(capture.text(), "");
+    }
+}
+
+TEST_F(LifecycleTest, AFailureThatPassesReplacesNoKeys) {
+    construct();
+    const std::string before = public_key() + private_key();
+    for (const platform::Call call : {platform::Call::open, platform::Call::read}) {
+        platform::testing::fail_next(call, platform::SystemError::posix(EMFILE));
+        EXPECT_THAT(support::failure_of(construct),
+                    testing::HasSubstr("Caught exception when loading keys"));
+        EXPECT_EQ(public_key() + private_key(), before);
+        expect_keys_at_rest();
+        EXPECT_NO_THROW(construct());
+    }
+    // Whoever holds a file for longer than the attempts last.
+    const auto holder = platform::open_file(machine.private_key_file(), platform::FileAccess::read,
+                                            platform::FileDisposition::open_existing,
+                                            platform::FileSharing::none, {});
+    ASSERT_TRUE(holder);
+    EXPECT_THROW(construct(), std::exception);
+    platform::close_file(*holder);
+    EXPECT_EQ(public_key() + private_key(), before);
 }
 
 TEST_F(LifecycleTest, WhenRegenerationFailsTooTheErrorNamesBothFiles) {

@@ -1,4 +1,7 @@
+#include <cerrno>
 #include <filesystem>
+#include <functional>
+#include <future>
 
 #include "ConfigurationFile/errors.h"
 #include "ConfigurationFile/location.h"
@@ -161,6 +164,34 @@ TEST_F(LocationTest, ASharingViolationUnderTheSettingIsOnlyAWarning) {
     EXPECT_EQ(create_and_get_default_root_configuration_directory(), machine.file("set"));
 }
 
+TEST_F(LocationTest, ASettingThatCannotBeReadAndAMissingNameAreErrors) {
+    for (const platform::Call call :
+         {platform::Call::machine_setting, platform::Call::computer_name}) {
+        machine.set_machine_root(machine.directory());
+        platform::testing::fail_next(call, platform::SystemError::posix(EIO));
+        EXPECT_THAT(failure_of(create_and_get_default_root_configuration_directory),
+                    HasSubstr("error.qncertificates.parameter.invalid"));
+    }
+}
+
+TEST_F(LocationTest, EachProbeWaitsForTheLock) {
+    ConfigurationFile file;
+    const EnvironmentGuard variable("ORVA_Certificates", machine.file("x.xml"));
+    machine.set_machine_root(machine.directory());
+    const std::function<std::string()> probes[] = {
+        [&] { return ConfigurationFileAccess::path(file); },
+        create_and_get_default_root_configuration_directory,
+    };
+    for (const auto& probe : probes) {
+        const auto mutex = vdcertificates::ConfigurationFileMutex::create();
+        mutex->acquire_lock();
+        auto waiting = std::async(std::launch::async, probe);
+        EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
+        mutex->release_lock();
+        EXPECT_NE(waiting.get(), "");
+    }
+}
+
 TEST_F(LocationTest, TheProfileIsTheLastResort) {
     struct Case {
         std::optional<std::string> profile;
@@ -180,18 +211,14 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
         EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root);
         EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
     }
-    // Whatever cannot be made on the way only counts when the last directory is not there.
-    if (platform::paths_have_drives) {
-        support::write_file(machine.file("dangling"), "");
-    } else {
-        fs::create_symlink(machine.file("nowhere"), machine.file("dangling"));
-    }
-    const EnvironmentGuard profile("USERPROFILE", machine.file("dangling"));
+    // Whatever cannot be made on the way only counts if the last directory does not exist then.
+    support::write_file(machine.file("file"), "");
+    const EnvironmentGuard profile("USERPROFILE", machine.file("file"));
     EXPECT_EQ(failure_of(create_and_get_default_root_configuration_directory),
               mkdir_code +
                   " vdcertificates::create_and_get_default_root_configuration_directory() Failed "
                   "to create the directory: " +
-                  machine.file("dangling/Orvane Systems/Certificates") + ".");
+                  machine.file("file/Orvane Systems/Certificates") + ".");
 }
 
 TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {

@@ -69,15 +69,37 @@ TEST_F(MergeTest, NewEntriesOverwriteByFoldedName) {
     }
 }
 
-TEST_F(MergeTest, APasswordThatDoesNotFitIsTheOnlyFailure) {
+// Required: only the trusted path is escaped, and only three characters of it.
+TEST_F(MergeTest, TheTextHasServersInByteOrderAndOneEscapedField) {
     ConfigurationFile file;
     ConfigurationFileNodes nodes;
-    nodes.certificates = {entry("A", "", "", "", std::string(245, 'x'))};
-    EXPECT_NO_THROW(ConfigurationFileAccess::merge(file, {}, nodes, "S"));
-    nodes.certificates[0].password += 'x';
-    std::string text = "kept";
-    EXPECT_ANY_THROW(text = ConfigurationFileAccess::merge(file, {}, nodes, "S"));
-    EXPECT_EQ(text, "kept");
+    nodes.notifiers["srv02"] = {entry("F")};
+    nodes.notifiers["SRV03"] = {};
+    nodes.notifiers["A\"b"] = {entry("E", "p&", "k\"", "a<b>&c", "", "a<b>&c\"'")};
+    nodes.certificates = {entry("D")};
+    EXPECT_EQ(ConfigurationFileAccess::merge(file, {}, nodes, "S"),
+              "<S>" + entry_text("D") +
+                  "<Notifier Name=\"A\"b\"><E><PublicKeyPath>p&</PublicKeyPath>"
+                  "<PrivateKeyPath>k\"</PrivateKeyPath><CertificatePath>a<b>&c</CertificatePath>"
+                  "<Password></Password><TrustedCertificatePath>a&lt;b&gt;&amp;c\"'"
+                  "</TrustedCertificatePath></E></Notifier><Notifier Name=\"SRV03\"></Notifier>"
+                  "<Notifier Name=\"srv02\">" +
+                  entry_text("F") + "</Notifier></S>");
+}
+
+// A cost that grew with the square would take minutes.
+TEST_F(MergeTest, ThousandsOfNamesAreMergedAtOnce) {
+    ConfigurationFile file;
+    ConfigurationFileNodes added;
+    for (int i = 0; i < 40000; ++i) {
+        const std::string name = "name" + std::to_string(i);
+        added.certificates.push_back(entry(name, "new"));
+        added.notifiers[name].push_back(entry("E", "new"));
+    }
+    ConfigurationFileNodes nodes = added;
+    nodes.certificates[7].publicKeyPath = "old";
+    ConfigurationFileAccess::merge(file, added, nodes, "S");
+    EXPECT_TRUE(show(nodes) == show(added));
 }
 
 } // namespace

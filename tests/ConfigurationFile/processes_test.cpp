@@ -1,15 +1,10 @@
 #include <filesystem>
 #include <memory>
-#include <thread>
 
 #include "ConfigurationFile/configuration_file_access.h"
-#include "ConfigurationFile/errors.h"
-#include "platform/file.h"
-#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/account.h"
 #include "tests/support/child_process.h"
-#include "tests/support/trace_capture.h"
 
 namespace store_test {
 namespace {
@@ -114,64 +109,6 @@ TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
     }
 }
 
-/// Opens a file for itself alone; closes it after some milliseconds, or with 0 when told.
-CHILD_PROCESS(hold_file) {
-    const auto file = platform::open_file(arguments[1], platform::FileAccess::read,
-                                          platform::FileDisposition::open_existing,
-                                          platform::FileSharing::none, {});
-    support::say(file ? "held" : "refused");
-    if (const int time = std::stoi(arguments[2]); time != 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(time));
-    } else {
-        support::wait_to_be_told();
-    }
-    platform::close_file(*file);
-    return 0;
-}
-
-TEST_F(ProcessesTest, AFileThatAnotherProcessHoldsIsWaitedForAWhile) {
-    using Access = vdcertificates::ConfigurationFileAccess;
-    const std::string path = machine.file("x.xml");
-    const support::EnvironmentGuard variable("ORVA_Certificates", path);
-    ConfigurationFile file;
-    vdcertificates::ConfigurationFileNodes nodes;
-    nodes.notifiers["NEW"].push_back(entry("E", "p"));
-    const auto change = [&](const Access::Section& section) {
-        try {
-            (file.*section.write)(nodes);
-            return true;
-        } catch (const qncore::ErrorException& exception) {
-            EXPECT_TRUE(exception.matches(vdcertificates::error::sharing_violation));
-            return false;
-        }
-    };
-    for (const auto* section : {&Access::notifiers, &Access::devices, &Access::media_retrieval}) {
-        SCOPED_TRACE(section->name);
-        const std::string before = document("", "", "");
-        support::write_file(path, before);
-        const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
-        const auto holder = start("hold_file", {path, "0"});
-        holder->wait_for("held");
-        EXPECT_FALSE(change(*section));
-        holder->tell();
-        EXPECT_EQ(holder->wait(), 0);
-        EXPECT_EQ(support::read_file(path), before);
-        // Required: the media retrieval section alone goes on, and fails where it would write.
-        EXPECT_EQ(capture.text().find("NOT performing") == std::string::npos,
-                  section == &Access::media_retrieval);
-        // A busy machine may make a short hold a long one, but not each time.
-        bool changed = false;
-        for (int attempt = 0; attempt < 20 && !changed; ++attempt) {
-            const auto brief = start("hold_file", {path, "15"});
-            brief->wait_for("held");
-            changed = change(*section);
-            EXPECT_EQ(brief->wait(), 0);
-        }
-        EXPECT_TRUE(changed);
-        EXPECT_THAT(support::read_file(path), testing::HasSubstr("NEW"));
-    }
-}
-
 CHILD_PROCESS(construct_as_nobody) {
     if (!support::become_nobody()) {
         return 1;
@@ -200,13 +137,26 @@ TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
         fs::permissions(path, fs::perms::all);
     }
     fs::permissions(machine.directory(), fs::perms::all);
-    for (const char* what : {"both files", "public key alone"}) {
+    const auto owner = fs::perms::owner_read;
+    const auto reading = owner | fs::perms::others_read;
+    const auto writing = reading | fs::perms::others_write;
+    const auto gone = fs::perms::none;
+    const std::pair<fs::perms, fs::perms> cases[] = {// modes of the public and the private key
+                                                     {owner, owner},   {owner, writing},
+                                                     {reading, owner}, {writing, owner},
+                                                     {gone, owner},    {gone, reading}};
+    for (const auto& [public_mode, private_mode] : cases) {
+        if (public_mode == gone) {
+            fs::remove(machine.public_key_file());
+        } else {
+            fs::permissions(machine.public_key_file(), public_mode);
+        }
+        fs::permissions(machine.private_key_file(), private_mode);
         const std::string state = key_files();
         const auto child = start("construct_as_nobody");
-        EXPECT_EQ(child->next_line(), expected) << what;
+        EXPECT_EQ(child->next_line(), expected);
         EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(key_files(), state) << what;
-        fs::remove(machine.private_key_file());
+        EXPECT_EQ(key_files(), state);
     }
 }
 

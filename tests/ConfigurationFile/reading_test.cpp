@@ -71,15 +71,6 @@ TEST_F(ReadingTest, FormsOfTheDocument) {
     }
 }
 
-TEST_F(ReadingTest, EachSectionByItsName) {
-    const std::string text = document("<A/>", "<B/>", "<C/>");
-    write_configuration(text);
-    using Access = ConfigurationFileAccess;
-    EXPECT_EQ(show(Access::read(file, Access::notifiers)), "A(,,,,)");
-    EXPECT_EQ(show(Access::read(file, Access::devices)), "B(,,,,)");
-    EXPECT_EQ(show(Access::read(file, Access::media_retrieval)), "C(,,,,)");
-}
-
 TEST_F(ReadingTest, AFaultEndsTheReadingAndLeavesWhatStoodBeforeIt) {
     struct Case {
         std::string text;

@@ -1,4 +1,7 @@
+#include <cerrno>
+
 #include "ConfigurationFile/machine_name.h"
+#include "platform/testing/testing.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/trace_capture.h"
 
@@ -64,20 +67,25 @@ TEST_F(SecondAttemptTest, GoesByTheOutputsAndTheShortName) {
     }
 }
 
-TEST_F(SecondAttemptTest, NoOtherRoleMakesOne) {
-    ASSERT_TRUE(file.set_remote_client_certificate_information("srv01", "p", "", "", "", ""));
-    std::string publicKey;
-    std::string other;
-    EXPECT_TRUE(file.get_remote_client_certificate_information("srv01.example.test", publicKey,
-                                                               other, other, other, other));
-    EXPECT_EQ(publicKey, "");
+TEST_F(SecondAttemptTest, AFailedLookUpAnswersFalse) {
+    const std::pair<platform::Call, const char*> cases[] = {
+        {platform::Call::start_name_service, "WSAStartup() failed. WSAGetLastError="},
+        {platform::Call::host_name, "getnameinfo() failed. WSAGetLastError="},
+    };
+    for (const auto& [call, message] : cases) {
+        const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
+        std::string publicKey;
+        std::string other;
+        platform::testing::fail_next(call, platform::SystemError::posix(EIO));
+        EXPECT_FALSE(file.get_subsystems_remote_client_certificate_information(
+            "192.0.2.7", publicKey, other, other, other, other));
+        EXPECT_EQ(publicKey, "");
+        EXPECT_THAT(capture.text(), testing::HasSubstr(message));
+    }
 }
 
-TEST(AutoSearchString, TurnsNamesAndAddressesIntoShortNames) {
+TEST_F(SecondAttemptTest, AnAddressBecomesAShortName) {
     vdcertificates::auto_search_string names;
-    EXPECT_EQ(names.to_host_name("srv01"), "srv01");
-    EXPECT_EQ(names.to_host_name("srv01.example.test"), "srv01");
-    EXPECT_EQ(names.to_host_name("192.0.2.7"), "192");
     const support::TraceCapture capture("41");
     const std::string local = names.to_host_name("::1");
     EXPECT_EQ(local.find('.'), std::string::npos);

@@ -1,6 +1,9 @@
 #include "ConfigurationFile/errors.h"
+#include "ConfigurationFile/password_cipher.h"
 #include "platform/testing/testing.h"
+#include "qncertificates/certificate_keys.h"
 #include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/allocations.h"
 #include "tests/support/failure.h"
 #include "tests/support/trace_capture.h"
 
@@ -86,12 +89,14 @@ TEST_F(WriteCycleTest, WhatCouldBeReadBeforeAFaultIsKept) {
         {"another document", "<x/>", document("", added)},
         {"no document", "junk", document("", added)},
         {"fault in the first section", document("<A/><J></K>", "<B/>", "<C/>"), document(a, added)},
-        {"fault behind all sections", document("<A/>", "<B/>", "<C/>").substr(0, 80),
+        {"fault after all sections", document("<A/>", "<B/>", "<C/>").substr(0, 80),
          document(a, added)},
         {"undecipherable in the first section", document("<A/>" + junk + "<C/>", "<B/>"),
          document(a, added)},
         {"undecipherable in the second section", document("<A/>", "<B/>" + junk, "<C/>"),
          document(a, b + added)},
+        {"undecipherable as the first entry of a server",
+         document("<A/><Notifier Name=\"S\">" + junk + "</Notifier>"), document(a, added)},
     };
     for (const Case& test : cases) {
         support::write_file(machine.file("x.xml"), test.before);
@@ -113,14 +118,59 @@ TEST_F(WriteCycleTest, SectionsThatAreNotChangedStayAsTheyWereRead) {
     EXPECT_EQ(content(), document(doubles + added, "", added));
 }
 
-TEST_F(WriteCycleTest, AFailureBeforeTheWriteLeavesTheFile) {
-    const std::string before = document("<A/>");
-    support::write_file(machine.file("x.xml"), before);
-    nodes.notifiers["NEW"][0].password = std::string(1000, 'x');
-    for (const Setter& setter : setters) {
-        EXPECT_ANY_THROW((file.*setter.section.write)(nodes)) << setter.function;
-        EXPECT_EQ(content(), before);
+TEST_F(WriteCycleTest, ARefusedOpenIsRepeatedForASecond) {
+    const EnvironmentGuard in_the_root("ORVA_Certificates", std::nullopt);
+    ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", ""));
+    const std::string before = configuration();
+    for (const int refusals : {1, 3}) {
+        platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), refusals);
+        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", ""));
+        EXPECT_EQ(configuration(), before);
     }
+    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 1000);
+    EXPECT_THAT(support::failure_of([&] {
+                    ConfigurationFileAccess::read(file, ConfigurationFileAccess::notifiers);
+                }),
+                testing::HasSubstr("Unable to open file"));
+    platform::testing::fail_next(platform::Call::none, {});
+}
+
+// Stored texts that were read are kept, but for those in a form that is not the writer's.
+TEST_F(WriteCycleTest, TheFileIsTheOneThatEncipheringEachPasswordGives) {
+    nodes.certificates = {entry("A", "", "", "", "one password"), entry("B", "", "", "", "two")};
+    nodes.notifiers["NEW"][0].password = "one password";
+    ConfigurationFileAccess::replace(file, nodes, {}, nodes);
+    std::string before = content();
+    const std::string tail = "-----END ENCIPHERED PASSWORD-----\n";
+    before.replace(before.find(tail), tail.size(), tail + "\n");
+    before.insert(before.rfind("-----BEGIN"), "a word before it\n");
+    support::write_file(machine.file("x.xml"), before);
+    ConfigurationFileNodes changed;
+    changed.certificates = {entry("B", "", "", "", "three")};
+    (file.*ConfigurationFileAccess::notifiers.write)(changed);
+    const std::string after = content();
+    ConfigurationFileAccess::replace(
+        file, ConfigurationFileAccess::read(file, ConfigurationFileAccess::notifiers), {}, nodes);
+    EXPECT_EQ(content(), after);
+    EXPECT_NE(after.size(), before.size());
+}
+
+TEST_F(WriteCycleTest, TheCipherWipesClearPasswords) {
+    const qncertificates::CertificateKeys keys(machine.public_key_file(),
+                                               machine.private_key_file(),
+                                               qncertificates::eFormatPkcs1Der, false);
+    const std::string password = "a password of some length";
+    const auto use = [&] {
+        vdcertificates::PasswordCipher cipher(keys, vdcertificates::PasswordCipher::Memory::texts);
+        std::string text = cipher.encipher(password);
+        const std::string stored = text;
+        std::string clear = cipher.decipher(text);
+        EXPECT_EQ(text, std::string(stored.size(), '\0'));
+        EXPECT_EQ(clear, password);
+        EXPECT_EQ(cipher.encipher(clear), stored);
+        qncrypto::cleanse(clear);
+    };
+    EXPECT_EQ(support::blocks_given_back_with(password.data(), password.size(), use), 0);
 }
 
 TEST_F(WriteCycleTest, AFailedWriteIsReportedByTheAccessor) {

@@ -10,8 +10,6 @@
 #include "qncertificates/errors.h"
 #include "qncrypto/rsa.h"
 #include "tests/qncertificates/quick_keys.h"
-#include "tests/support/account.h"
-#include "tests/support/child_process.h"
 #include "tests/support/failure.h"
 #include "tests/support/temporary_directory.h"
 
@@ -146,8 +144,8 @@ TEST_F(CertificateKeysTest, AFailureNamesTheFileAndKeepsTheObjectAsItWas) {
     const std::string reading = "Reading key file \"" + private_file + "\" failed";
     const std::string writing = "Writing to key file \"" + private_file + "\" failed";
     const std::pair<platform::Call, std::string> cases[] = {
-        {platform::Call::read, reading},    {platform::Call::seek, writing},
-        {platform::Call::write, writing},   {platform::Call::set_end, writing},
+        {platform::Call::read, reading},  {platform::Call::seek, writing},
+        {platform::Call::write, writing}, {platform::Call::set_end, writing},
         {platform::Call::flush, writing},
     };
     for (const auto& [call, message] : cases) {
@@ -179,58 +177,6 @@ TEST_F(CertificateKeysTest, APairThatCannotBeOpenedWholeIsNotTouched) {
         EXPECT_EQ(info->text(),
                   "Unable to open key file \"" + public_file + "\" for reading and writing");
         EXPECT_TRUE(info->nested());
-        EXPECT_EQ(contents(), before);
-    }
-}
-
-CHILD_PROCESS(replace_keys_as_nobody) {
-    if (!support::become_nobody()) {
-        return 2;
-    }
-    for (const bool regenerate : {false, true}) {
-        try {
-            const Keys keys(
-                new CertificateKeys(arguments[0], arguments[1], eFormatPkcs1Der, regenerate));
-            keys->set_keys(eFormatPkcs1Der);
-            return 1;
-        } catch (const qncore::ErrorException& exception) {
-            support::say(exception.what());
-        }
-    }
-    return 0;
-}
-
-TEST_F(CertificateKeysTest, WhoMayNotReadThePairMayNotReplaceIt) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "this account cannot turn into another";
-    }
-    fs::permissions(directory.path(), fs::perms::all);
-    struct Case {
-        bool public_lost;
-        fs::perms private_mode;
-        fs::perms public_mode;
-        const char* refusal;
-    };
-    const auto owner = fs::perms::owner_all;
-    const auto reading = owner | fs::perms::others_read;
-    const auto writing = reading | fs::perms::others_write;
-    const Case cases[] = {
-        {false, owner, owner, "PrivateKey.bin"},     {false, writing, owner, "PublicKey.bin"},
-        {false, reading, reading, "PrivateKey.bin"}, {false, owner, writing, "PrivateKey.bin"},
-        {true, reading, owner, "PrivateKey.bin"},
-    };
-    for (const Case& test : cases) {
-        if (test.public_lost) {
-            fs::remove(public_file);
-        } else {
-            fs::permissions(public_file, test.public_mode);
-        }
-        fs::permissions(private_file, test.private_mode);
-        const std::string before = contents();
-        support::ChildProcess child("replace_keys_as_nobody", {public_file, private_file});
-        EXPECT_THAT(child.next_line(), HasSubstr(test.refusal));
-        EXPECT_THAT(child.next_line(), HasSubstr(test.refusal));
-        EXPECT_EQ(child.wait(), 0);
         EXPECT_EQ(contents(), before);
     }
 }
