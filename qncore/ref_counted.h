@@ -11,7 +11,7 @@ namespace qncore {
 class AtomicRefCount {
   public:
     void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-    /// Returns true when the count reaches zero.
+    /// True when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
@@ -23,7 +23,7 @@ class AtomicRefCount {
 class NonAtomicRefCount {
   public:
     void increment() noexcept { ++count_; }
-    /// Returns true when the count reaches zero.
+    /// True when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
     bool is_one() const noexcept { return count_ == 1; }
 
