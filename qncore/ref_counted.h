@@ -29,7 +29,7 @@ class AtomicRefCount {
 class NonAtomicRefCount {
   public:
     void increment() noexcept { ++count_; }
-    /// Returns true when the count reaches zero.
+    /// True when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
     bool is_one() const noexcept { return count_ == 1; }
 
