@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/plain_glob.h"
 #include "fuzz/require.h"
 #include "qnfile/path_pattern.h"
-#include "tests/support/plain_glob.h"
 
 namespace {
 
@@ -53,7 +53,7 @@ void check(const std::basic_string<Unit>& text, const std::basic_string<Unit>& n
             return;
         }
         fuzz::require(pattern.text().at(pattern.segment_length()) == Unit{'/'},
-                      "a slash stands behind the segment");
+                      "a slash follows the segment");
         pattern = pattern.next_segment();
     }
 }

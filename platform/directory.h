@@ -20,8 +20,8 @@ struct DirectoryIdentity {
     friend bool operator==(const DirectoryIdentity&, const DirectoryIdentity&) = default;
 };
 
-/// Reads the entries of one directory in the system's order, "." and ".." included. It stands on
-/// one entry at a time and keeps none of those that it has passed.
+/// Reads the entries of one directory in the system's order, "." and ".." included. It holds one
+/// entry at a time.
 class DirectoryReader {
   public:
     DirectoryReader() noexcept;
@@ -30,8 +30,8 @@ class DirectoryReader {
     ~DirectoryReader();
 
     /// Opens a directory, whose path ends in a separator, and moves to its first entry; call it
-    /// once. A `parent` that is not null stands on this directory in the directory above: on Linux
-    /// the directory is opened through it, so the path may be longer than the system's limit.
+    /// once. A `parent` that is not null is at this directory in the directory above: on Linux the
+    /// directory is opened through it, so the path may be longer than the system's limit.
     /// False when there are no entries.
     Result<bool> open(const std::string& path, const DirectoryReader* parent);
 

@@ -7,7 +7,7 @@
 #include "platform/file.h"
 #include "platform/system_error.h"
 
-// What is done with one file by its name. Names as in platform/file_system.h.
+// Operations on single files by name. Names as in platform/file.h.
 namespace platform {
 
 /// Copies the content of a file, its permissions (Windows: its attributes) and its times of
@@ -34,11 +34,11 @@ inline constexpr std::int64_t largest_time = INT64_MAX;
 TimesChange set_file_times(const std::string& path, const std::int64_t* accessed,
                            const std::int64_t* modified);
 
-/// Length in bytes of what a name stands for, links followed, by the runtime library: a failure is
-/// an `errno` also on Windows.
+/// Length in bytes of a file, links followed, by the runtime library: a failure is an `errno` also
+/// on Windows.
 Result<std::uint64_t> file_size_by_name(const std::string& path);
 
-/// Opens a file to ask for its path; a link is followed, a directory refused.
+/// Opens a file for path_of_file(); a link is followed, a directory refused.
 Result<FileHandle> open_link_target(const std::string& path);
 
 struct FilePath {

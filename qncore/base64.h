@@ -14,7 +14,7 @@ struct TransformHelperBase64 {
 
 } // namespace impl
 
-/// Appends the Base64 form of the bytes, with "=" padding when asked for, without line ends.
+/// Appends the Base64 form of the bytes without line ends, with "=" padding if `padding`.
 void append_base64(std::string& text, const unsigned char* bytes, std::size_t size, bool padding);
 
 } // namespace qncore

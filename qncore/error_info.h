@@ -4,8 +4,8 @@
 #include <string>
 
 #include "platform/system_error.h"
-#include "qncore/errors.h"
 #include "qncore/error_params.h"
+#include "qncore/errors.h"
 #include "qncore/ref_counted.h"
 #include "qncore/source_location.h"
 

@@ -27,8 +27,8 @@ class ErrorParams {
 
     TransferSource<ErrorParams> transfer() noexcept { return TransferSource<ErrorParams>(*this); }
 
-    /// Adds or replaces a value: text as it stands, numbers and enumerations in decimal, anything
-    /// else as its inserter writes it.
+    /// Adds or replaces a value: text unchanged, numbers and enumerations in decimal, anything else
+    /// as its inserter writes it in the classic locale.
     template <class Value>
     void insert(const SourceString& name, const Value& value) {
         if constexpr (std::convertible_to<Value, std::string_view>) {

@@ -6,8 +6,8 @@
 
 namespace qncore {
 
-/// A pointer to an abstract interface that counts on the object behind it: the interface, and a
-/// RefCountPtr to the counted base of the same object.
+/// A pointer to an abstract interface that keeps the object alive: the interface, and a RefCountPtr
+/// to the counted base of the same object.
 template <class Interface, class Holder>
 class InterfacePtr {
   public:
@@ -28,7 +28,7 @@ class InterfacePtr {
         : interface_(other.get())
         , holder_(other.holder()) {}
 
-    /// An interface to a part of the object that the holder keeps alive.
+    /// An interface to a part of the holder's object.
     InterfacePtr(Interface* part, Holder holder) noexcept
         : interface_(part)
         , holder_(std::move(holder)) {}
@@ -55,7 +55,7 @@ class InterfacePtr {
     Holder holder_;
 };
 
-/// The holder of objects that may be shared between threads.
+/// The holder of objects that threads may share.
 using AtomicHolder = RefCountPtr<const RefCounted<AtomicRefCount>>;
 
 } // namespace qncore

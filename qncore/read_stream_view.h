@@ -5,10 +5,10 @@
 
 namespace qncore {
 
-/// A read-only range of a file with a position of its own. Views form a tree: each lies inside its
-/// parent's range and keeps its parent and the root, which is the whole file, alive. Positions
-/// count from the view's start. Different views of one tree may be used by different threads at a
-/// time, one view by one thread.
+/// A read-only range of a file with a position of its own, which counts from the view's start.
+/// Views form a tree: each is a part of its parent's range and keeps the parent and the root, the
+/// whole file, alive. Threads may use different views of one tree at the same time, but not one
+/// view.
 class ISeekableReadStreamView : public ISeekableReadStream {
   public:
     /// Length of the view; of a root, the file's length as it is now.
@@ -26,7 +26,7 @@ class ISeekableReadStreamView : public ISeekableReadStream {
                                                              std::uint64_t size) = 0;
     virtual RefCountPtr<ISeekableReadStreamView> create_view(std::uint64_t offset) = 0;
 
-    /// The object behind the view, as the holder of an InterfacePtr.
+    /// The view's object, as the holder of an InterfacePtr.
     virtual const RefCounted<AtomicRefCount>& counted() const noexcept = 0;
 
     // What a RefCountPtr to the interface calls.

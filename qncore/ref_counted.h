@@ -10,8 +10,14 @@ namespace qncore {
 /// Reference count that may be shared between threads.
 class AtomicRefCount {
   public:
-    void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-    /// True when the count reaches zero.
+    void increment() noexcept {
+        if (count_.load(std::memory_order_relaxed) == 0) {
+            count_.store(1, std::memory_order_relaxed); // a new object, which no other thread has
+        } else {
+            count_.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+    /// Returns true when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
@@ -23,7 +29,7 @@ class AtomicRefCount {
 class NonAtomicRefCount {
   public:
     void increment() noexcept { ++count_; }
-    /// True when the count reaches zero.
+    /// Returns true when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
     bool is_one() const noexcept { return count_ == 1; }
 
@@ -43,7 +49,7 @@ class RefCounted {
 
     void increment() const noexcept { count_.increment(); }
     bool decrement() const noexcept { return count_.decrement(); }
-    /// True unless there is exactly one reference; only its holder can rely on the answer.
+    /// True unless there is exactly one reference. Only the holder of a reference can rely on it.
     bool is_shared() const noexcept { return !count_.is_one(); }
 
   protected:

@@ -4,7 +4,7 @@
 
 namespace qncore::streamers {
 
-/// A value to be inserted in hexadecimal. The second operand is the least number of digits.
+/// A value to insert in hexadecimal. The second operand is the minimum number of digits.
 class Hex {
   public:
     explicit Hex(unsigned long long value, unsigned long long digits = 0) noexcept

@@ -9,8 +9,8 @@
 
 namespace qncore {
 
-/// A stretch of some text: where it starts and how many characters it has; `npos` characters
-/// reach to the end of the text.
+/// A part of some text: the position of its first character and the number of characters, where
+/// `npos` means up to the end of the text.
 class StringRange {
   public:
     static constexpr std::size_t npos = static_cast<std::size_t>(-1);
@@ -25,8 +25,8 @@ class StringRange {
 
     void swap(StringRange& other) noexcept { std::swap(*this, other); }
 
-    /// The range of `count` characters from `start` on, both counted inside this range and cut
-    /// at its end.
+    /// The part of this range that begins at `start`, counted from its beginning, and has `count`
+    /// characters, cut at its end.
     constexpr StringRange subrange(std::size_t start, std::size_t count) const noexcept {
         if (count_ == npos) {
             return {start_ + start, count};
@@ -56,7 +56,7 @@ struct StringSliceTraits<const char*> {
     static constexpr const char* empty_string_pointer() noexcept { return ""; }
 };
 
-/// A stretch of a text that somebody else owns and that outlives the slice.
+/// A part of a text that the slice does not own; the text must outlive it.
 template <class Base>
 class StringSlice;
 
@@ -65,7 +65,7 @@ class StringSlice<const char*> {
   public:
     constexpr StringSlice() noexcept = default;
 
-    /// A null base is the empty text; an open count is measured at once.
+    /// A null base is the empty text. A `count` of npos is measured at once.
     StringSlice(const char* base, std::size_t start, std::size_t count) noexcept
         : base_(base != nullptr ? base : StringSliceTraits<const char*>::empty_string_pointer())
         , range_(start, count) {
@@ -86,7 +86,7 @@ class StringSlice<const char*> {
     StringRange range_;
 };
 
-/// The empty text, for functions that return a reference.
+/// The empty text, for functions that return a reference to a text.
 extern const std::string g_emptyString;
 
 } // namespace qncore

@@ -7,10 +7,10 @@
 
 namespace qncore {
 
-/// Base of objects that a trace shows as text, computed only when the message is written.
+/// Base of objects that a trace shows as text. The text is computed only if the message is written.
 class StringTraceData {
   public:
-    /// The text; it lives as long as the object.
+    /// The text, which lives as long as the object.
     virtual std::string_view trace_text() const = 0;
 
     static void write_to_stream(std::ostream& stream,

@@ -7,11 +7,11 @@
 
 namespace qncore {
 
-/// Two counts: the strong references together own one weak reference. Both start at one.
+/// Two counts, both one at first: the strong references together own one weak reference.
 class AtomicStrongWeakRefCount {
   public:
     void increment_strong() noexcept { strong_.fetch_add(1, std::memory_order_relaxed); }
-    /// True when that count reaches zero.
+    /// Return true when that count reaches zero.
     bool decrement_strong() noexcept {
         return strong_.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }

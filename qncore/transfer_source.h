@@ -2,7 +2,7 @@
 
 namespace qncore {
 
-/// Marks an object whose content its next owner takes over without copying.
+/// Marks an object whose content is moved to a new owner.
 template <class T>
 class TransferSource {
   public:

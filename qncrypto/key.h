@@ -7,9 +7,9 @@
 namespace qncrypto {
 
 /// Bytes of a key, a password or a plain text. The whole allocation is overwritten with zeros
-/// before any of it is released. Storage comes from `::operator new` in multiples of 8 bytes; what
-/// lies between size() and capacity() is always zero. A size beyond all memory throws
-/// std::bad_alloc and changes nothing.
+/// before it is released. Storage comes from `::operator new` in multiples of 8 bytes; the bytes
+/// from size() to capacity() are always zero. A size beyond all memory throws std::bad_alloc and
+/// changes nothing.
 class Key {
   public:
     Key() noexcept = default;
@@ -29,20 +29,20 @@ class Key {
     std::size_t capacity() const noexcept { return capacity_; }
     std::size_t size() const noexcept { return size_; }
     bool empty() const noexcept { return size_ == 0; }
-    /// Null when nothing is allocated.
+    /// Null if nothing is allocated.
     unsigned char* data() noexcept { return data_; }
     const unsigned char* data() const noexcept { return data_; }
 
     /// Makes room for `size` bytes; never shrinks and never changes size().
     void reserve(std::size_t size);
-    /// Grows with zero bytes, or cuts; cut bytes become zero.
+    /// Appends zero bytes, or overwrites the bytes that it drops with zeros.
     void resize(std::size_t size);
-    /// Takes a copy of the bytes, which may be its own.
+    /// Replaces the content with a copy of the bytes, which may be its own.
     void assign(const unsigned char* bytes, std::size_t size);
 
     void swap(Key& other) noexcept;
 
-    /// True for the same bytes. Not for comparing secrets of which one is guessed.
+    /// True for the same bytes. Its time depends on them, so never compare a guess with a secret.
     friend bool operator==(const Key& left, const Key& right) noexcept;
 
   private:
@@ -53,8 +53,7 @@ class Key {
     unsigned char* data_ = nullptr;
 };
 
-/// Overwrites a text or a vector with zeros: its content, which keeps its size, and all that its
-/// allocation still holds of earlier contents.
+/// Overwrites the whole allocation of a text or a vector with zeros; its size stays.
 void cleanse(std::string& text) noexcept;
 void cleanse(std::vector<unsigned char>& bytes) noexcept;
 

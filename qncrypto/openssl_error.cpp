@@ -12,7 +12,7 @@
 namespace qncrypto {
 namespace {
 
-/// OpenSSL gives a location that it does not know as null or as an empty text.
+/// A text that OpenSSL does not know is null or empty.
 qncore::SourceString known_text(const char* text, const char* unknown) {
     const std::string_view view = text != nullptr ? text : "";
     return view.empty() ? qncore::SourceString(unknown) : qncore::SourceString::copy_of(view);

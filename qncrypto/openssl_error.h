@@ -4,19 +4,19 @@
 
 namespace qncrypto {
 
-/// Takes up to `maxDepth` entries out of OpenSSL's error queue of this thread: a chain of records
-/// with the code "error.qncrypto.openssl" and OpenSSL's own locations, the oldest entry outermost.
-/// Null when nothing is queued. To be called right after the failed call.
+/// Removes up to `maxDepth` entries from OpenSSL's error queue of this thread and returns them as a
+/// chain of records with the code "error.qncrypto.openssl" and OpenSSL's locations, the oldest
+/// entry outermost; null if the queue is empty. Call it right after the failed call.
 qncore::ErrorInfoPtr openssl_error_info(int maxDepth);
 
 /// The depth that callers pass.
 inline constexpr int openssl_error_depth = 32;
 
-/// Throws an error with what OpenSSL said nested.
+/// Throws an error with OpenSSL's queue as its cause.
 [[noreturn]] void throw_openssl_error(const qncore::ErrorCode& code, const char* text,
                                       const qncore::SourceLocation& location);
 
-/// The same by the rule of an error slot.
+/// The same, by the rule of an error slot.
 void deliver_openssl_error(qncore::ErrorInfoPtr* error, const qncore::ErrorCode& code,
                            const char* text, const qncore::SourceLocation& location);
 

@@ -28,7 +28,7 @@ class OpensslHandle {
     T* get() const noexcept { return object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
 
-    /// Gives the object up to a new owner.
+    /// Releases ownership and returns the object.
     T* detach() noexcept { return std::exchange(object_, nullptr); }
 
   private:

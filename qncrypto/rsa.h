@@ -130,7 +130,8 @@ class RsaPrivateContext final : public RsaCipher<RsaKeyKind::private_key> {
     /// Check for 0: with `pkcs1`, a failure of OpenSSL (a digest too long for the key, for
     /// instance) returns 0 without exception or record, and leaves its entry in OpenSSL's queue,
     /// where the next error finds it as a cause. With `pss`, a failed private operation throws in
-    /// spite of the slot, and a digest too long for the key yields a signature that never verifies.
+    /// spite of the slot, and a failed encoding (of a digest too long for the key, for instance)
+    /// yields a signature that never verifies.
     std::int64_t sign(const unsigned char* digest, unsigned char* signature,
                       std::size_t signatureSize, HashAlgorithm hash, RsaPadding padding,
                       qncore::ErrorInfoPtr* error) const;

@@ -21,7 +21,7 @@ using qncore::ErrorComposer;
 using qncore::ErrorInfoPtr;
 using qncore::SourceLocation;
 
-/// Gives the operations, and nobody else, the key of a context.
+/// Access to the key of a context, for the operations only.
 struct RsaAccess {
     static RSA* rsa(const RsaContext& context) noexcept { return context.rsa_; }
 };
@@ -137,7 +137,7 @@ std::int64_t sign_pkcs1(RSA* rsa, const unsigned char* digest, const EVP_MD* md,
     return length;
 }
 
-/// True for a match. That there is none is no error: OpenSSL's word on it is dropped.
+/// True for a match. A mismatch is no error, so OpenSSL's entry for it is dropped.
 bool is_match(int result) {
     if (result == 0) {
         ERR_clear_error();

@@ -2,7 +2,7 @@
 
 #include "platform/path.h"
 #include "qnfile/directory_entry_impl.h"
-#include "qnfile/percent.h"
+#include "qnuri/percent_encoding.h"
 
 namespace qnfile {
 namespace {
@@ -24,7 +24,7 @@ DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
 
 DirectoryEntry DirectoryEntry::create_from_full_path(const qnuri::UriReference& uri,
                                                      qncore::ErrorInfoPtr* error) {
-    const std::string path = percent_decode(uri.path().view());
+    const std::string path = qnuri::percent_decode(uri.path().view());
     return create_from_full_path(has_slash_before_drive(path) ? path.substr(1) : path, error);
 }
 

@@ -22,8 +22,8 @@ platform::FilePath take_path(platform::FileHandle file) {
     return path;
 }
 
-/// The system may put this prefix before a path with a drive. Required: it is removed wherever it
-/// stands.
+/// The system may put this prefix before a path with a drive. Required: it is removed everywhere
+/// in the path.
 void remove_long_path_prefixes(std::string& path) {
     const std::string prefix = "\\\\?\\";
     for (std::size_t place = 0; (place = path.find(prefix, place)) != std::string::npos;) {

@@ -15,10 +15,14 @@ const std::string& xmlns_namespace() {
 }
 
 bool XmlNode::set_name(std::string_view qualifiedName) {
-    name_.assign(qualifiedName);
-    localNameOffset_ = qualifiedName.find(':') + 1; // npos, no colon, gives 0
     namespace_ = nullptr;
-    return localNameOffset_ == 0 || localNameOffset_ != name_.size();
+    // Nodes are used again, mostly for a tag like the one before: the name is often there already.
+    if (name_ == qualifiedName) {
+        return false;
+    }
+    name_ = qualifiedName;
+    localNameOffset_ = qualifiedName.find(':') + 1; // npos, no colon, gives 0
+    return true;
 }
 
 bool XmlNode::matches(std::string_view namespaceName, std::string_view localName) const noexcept {

@@ -54,8 +54,12 @@ class XmlNode {
     friend class XmlElement;
     friend class XmlReader;
 
-    /// Sets the name and finds its local part. False if nothing follows the colon.
+    /// Sets the name and finds its local part. True if the name was another one before.
     bool set_name(std::string_view qualifiedName);
+    /// Whether something follows the first colon, if there is one.
+    bool has_local_name() const noexcept {
+        return localNameOffset_ == 0 || localNameOffset_ != name_.size();
+    }
 
     std::string name_;
     std::size_t localNameOffset_ = 0;

@@ -49,9 +49,8 @@ XmlTokenType XmlCharStreamTokenizerBase::next_token() {
         text_.clear();
         return enter(State::Content, XmlTokenType::DocumentStart);
     case State::End:
-        return syntax_failure("Read past end", QN_TOKENIZER_LOCATION("next_token"));
     case State::Failed:
-        return syntax_failure("Cannot continue after error", QN_TOKENIZER_LOCATION("next_token"));
+        return past_end();
     case State::XmlDecl:
         return parse_xmldecl();
     case State::XmlDeclValue:
@@ -76,7 +75,15 @@ XmlTokenType XmlCharStreamTokenizerBase::next_token() {
     case State::Content:
         return parse_content();
     }
-    return syntax_failure("Invalid parser state", QN_TOKENIZER_LOCATION("next_token"));
+    return past_end();
+}
+
+/// The failures of next_token() itself.
+XmlTokenType XmlCharStreamTokenizerBase::past_end() {
+    return syntax_failure(state_ == State::End      ? "Read past end"
+                          : state_ == State::Failed ? "Cannot continue after error"
+                                                    : "Invalid parser state",
+                          QN_TOKENIZER_LOCATION("next_token"));
 }
 
 bool XmlCharStreamTokenizerBase::next_char_uncond() {
@@ -84,7 +91,8 @@ bool XmlCharStreamTokenizerBase::next_char_uncond() {
     pendingLength_ = static_cast<std::size_t>(std::max(length, 0));
     if (length < 0) {
         if (!error_) {
-            stream_failure("Error reading from stream", QN_TOKENIZER_LOCATION("next_char_uncond"),
+            stream_failure("Error reading from stream",
+                           QN_LOCATION("qnxml::XmlCharStreamTokenizerBase::next_char_uncond()"),
                            {});
         }
         state_ = State::Failed;
@@ -102,8 +110,8 @@ bool XmlCharStreamTokenizerBase::pending_in_name() const {
     return (char_class(code_point) & (text_.empty() ? name_start_classes : name_classes)) != 0;
 }
 
-/// Takes a name that lies ready as a whole, with the terminator, which is pending then. False, and
-/// nothing taken, if it does not.
+/// Takes a name that is ready as a whole, with its terminator, which is pending then. Otherwise
+/// takes nothing and returns false.
 bool XmlCharStreamTokenizerBase::take_name(const ByteSet& terminators) {
     if (pendingLength_ != 0 && !pendingIsReady_) {
         return false;
@@ -121,7 +129,7 @@ bool XmlCharStreamTokenizerBase::take_name(const ByteSet& terminators) {
     return fetch_next();
 }
 
-/// Copies a text that lies ready, so that it outlasts the next character.
+/// Copies the token's text if it is among the ready bytes, so that it outlasts them.
 void XmlCharStreamTokenizerBase::copy_text_in_place() {
     if (textInPlace_.data() != nullptr) {
         text_ = textInPlace_;
@@ -130,16 +138,9 @@ void XmlCharStreamTokenizerBase::copy_text_in_place() {
 }
 
 /// Appends a name to the empty text, up to one of the terminators, which stays pending.
-bool XmlCharStreamTokenizerBase::read_name(const ByteSet& terminators, const char* message) {
-    if (take_name(terminators)) {
-        return true;
-    }
+bool XmlCharStreamTokenizerBase::read_name_by_characters(const ByteSet& terminators,
+                                                         const char* message) {
     for (;;) {
-        if (pendingLength_ == 0 && !text_.empty()) {
-            const char* const begin = cursor_;
-            cursor_ = impl::end_of_run<name_bytes>(begin, dataEnd_);
-            text_.append(begin, cursor_);
-        }
         if (!fetch()) {
             no_char("End of XML data in markup name", QN_TOKENIZER_LOCATION("read_name"));
             return false;
@@ -184,18 +185,16 @@ bool XmlCharStreamTokenizerBase::expect_literal(const char* literal) {
 
 /// The failure of a fetch: that of the source, already stored, or else the message for the end.
 XmlTokenType XmlCharStreamTokenizerBase::no_char(const char* message,
-                                                 const qncore::SourceLocation& location) {
-    if (state_ == State::Failed) {
-        return XmlTokenType::Error;
-    }
-    return syntax_failure(message, location);
+                                                 const impl::TokenizerPlace& place) {
+    return state_ == State::Failed ? XmlTokenType::Error : syntax_failure(message, place);
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::syntax_failure(const char* message,
-                                                        const qncore::SourceLocation& location) {
+                                                        const impl::TokenizerPlace& place) {
     text_.clear();
     textInPlace_ = {};
-    return fail(error::qnxml_tokenizer_syntaxError, message, location, {});
+    return fail(error::qnxml_tokenizer_syntaxError, message,
+                {place.function, place.file, place.line}, {});
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::stream_failure(const char* message,

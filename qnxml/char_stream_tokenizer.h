@@ -6,12 +6,17 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "qncore/source_location.h"
 #include "qnxml/byte_run.h"
 #include "qnxml/tokenizer.h"
 
 namespace qnxml {
+
+namespace impl {
+struct TokenizerPlace;
+}
 
 /// The tokenizer over a source of UTF-8 characters. Checks what needs no memory of nesting; what it
 /// accepts beyond XML 1.0 is listed in reader.h.
@@ -35,15 +40,14 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     /// comes.
     virtual int get_next_char(char* out) = 0;
 
-    /// Both create an error with that message at the current position, store it in place of any
-    /// other, and put the tokenizer into its final state of failure.
-    XmlTokenType syntax_failure(const char* message, const qncore::SourceLocation& location);
+    /// Creates an error with that message at the current position, stores it in place of any other,
+    /// and puts the tokenizer into its final state of failure.
     XmlTokenType stream_failure(const char* message, const qncore::SourceLocation& location,
                                 qncore::ErrorInfoPtr nested);
 
-    /// The bytes that a derived class holds ready; empty if it holds none. A byte below 128 other
-    /// than 10 and 13 may be taken from here instead of by get_next_char(), which is called for all
-    /// else. The bytes stay in place until then.
+    /// The bytes that a derived class has ready; none if it has none. A byte below 128 other than
+    /// 10 and 13 may be taken from here without a call of get_next_char(). The bytes must stay
+    /// where they are until that is called.
     const char* cursor_ = nullptr;
     const char* dataEnd_ = nullptr;
 
@@ -93,6 +97,16 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     bool next_char_uncond();
     void drop() { pendingLength_ = 0; }
     bool pending_is(char byte) const { return pendingLength_ == 1 && pending_[0] == byte; }
+    /// Consumes the byte if it comes next, pending or ready. It must be one that may be taken from
+    /// the cursor.
+    bool accept_ready(char byte) {
+        if (pendingLength_ != 0) {
+            return pending_is(byte) && std::exchange(pendingLength_, 0) != 0;
+        }
+        const bool accepted = cursor_ != dataEnd_ && *cursor_ == byte;
+        cursor_ += accepted ? 1 : 0;
+        return accepted;
+    }
     bool pending_in_name() const;
     /// Moves the pending character to the text. True if the text is a whole chunk now.
     bool append_pending() {
@@ -101,7 +115,7 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
         return text_.size() > chunkLimit;
     }
 
-    // Texts. A text that lies ready as a whole becomes the token's where it lies.
+    // Texts. A text that is ready as a whole is not copied: the token refers to the bytes.
     template <const ByteSet& plain, const ByteSet& ends>
     bool take_text();
     bool take_name(const ByteSet& terminators);
@@ -109,17 +123,28 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
 
     // Helpers of the parse functions.
     bool expect_literal(const char* literal);
-    bool read_name(const ByteSet& terminators, const char* message);
+    bool read_name(const ByteSet& terminators, const char* message) {
+        return take_name(terminators) || read_name_by_characters(terminators, message);
+    }
+    bool read_name_by_characters(const ByteSet& terminators, const char* message);
+    bool read_equals_sign();
     bool skip_whitespace();
-    XmlTokenType no_char(const char* message, const qncore::SourceLocation& location);
+    XmlTokenType no_char(const char* message, const impl::TokenizerPlace& place);
+    XmlTokenType syntax_failure(const char* message, const impl::TokenizerPlace& place);
     XmlTokenType fail(const qncore::ErrorCode& code, const char* message,
                       const qncore::SourceLocation& location, qncore::ErrorInfoPtr nested);
 
     XmlTokenType parse_attrname();
+    XmlTokenType parse_after_attrname();
     XmlTokenType parse_attrvalue();
+    XmlTokenType parse_attrvalue_by_characters();
+    bool take_attrvalue();
+    XmlTokenType end_attrvalue();
     XmlTokenType parse_cdata();
     XmlTokenType parse_comment();
     XmlTokenType parse_content();
+    XmlTokenType parse_content_by_characters();
+    XmlTokenType past_end();
     XmlTokenType parse_declaration();
     XmlTokenType parse_doctype();
     XmlTokenType parse_endtag();
@@ -143,7 +168,7 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
 
     State state_ = State::Start;
     std::string text_;             ///< one string for all tokens
-    std::string_view textInPlace_; ///< the token's text where it lies ready; null if in text_
+    std::string_view textInPlace_; ///< the token's text among the ready bytes; null if in text_
     std::array<char, 8> pending_{};
     std::size_t pendingLength_ = 0; ///< 0 if nothing is pending
     bool pendingIsReady_ = false;   ///< the pending character is the byte before the cursor
@@ -152,9 +177,9 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     qncore::ErrorInfoPtr error_;
 };
 
-/// With nothing pending, takes the bytes of `plain` that lie ready, as far as one character after
-/// the other would. True if they complete a chunk, or if they are all of the token's text because
-/// a byte of `ends` follows, which is pending then.
+/// With nothing pending, takes the ready bytes of `plain`, as far as they would be taken one by
+/// one. True if they complete a chunk, or if they are the whole text of the token because a byte of
+/// `ends` follows, which is pending then.
 template <const ByteSet& plain, const ByteSet& ends>
 bool XmlCharStreamTokenizerBase::take_text() {
     if (pendingLength_ != 0) {
@@ -169,8 +194,7 @@ bool XmlCharStreamTokenizerBase::take_text() {
         return false;
     }
     const bool completes_chunk = run.size() == room;
-    if (!text_.empty() ||
-        (!completes_chunk && (cursor_ == dataEnd_ || !ends.contains(*cursor_)))) {
+    if (!text_.empty() || (!completes_chunk && (cursor_ == dataEnd_ || !ends.contains(*cursor_)))) {
         text_.append(run);
         return completes_chunk;
     }

@@ -39,10 +39,17 @@ constexpr std::array<XmlCharStreamTokenizerBase::Declaration, 3>
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_content() {
     text_.clear();
+    if (take_text<content_bytes, content_ends>()) {
+        return XmlTokenType::CharData;
+    }
+    if (text_.empty() && accept_ready('<')) {
+        return parse_markup();
+    }
+    return parse_content_by_characters();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_content_by_characters() {
     for (;;) {
-        if (take_text<content_bytes, content_ends>()) {
-            return XmlTokenType::CharData;
-        }
         if (!fetch()) {
             if (state_ == State::Failed) {
                 return XmlTokenType::Error;
@@ -56,15 +63,19 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_content() {
         if (pending_is('<')) {
             return text_.empty() ? parse_markup() : XmlTokenType::CharData;
         }
-        if (append_pending()) {
+        if (append_pending() || take_text<content_bytes, content_ends>()) {
             return XmlTokenType::CharData;
         }
     }
 }
 
-/// Goes on after a pending "<".
+/// Goes on after "<", which has been consumed or is pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
-    if (!fetch_next()) {
+    drop();
+    if (take_name(after_start_tag_name)) {
+        return enter(State::StartTag, XmlTokenType::StartTagStart);
+    }
+    if (!fetch()) {
         return no_char("End of data in markup", QN_TOKENIZER_LOCATION("parse_content"));
     }
     if (pending_is('/')) {
@@ -104,7 +115,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_pi_target() {
         return XmlTokenType::Error;
     }
     return token_text().view() == "xml" ? enter(State::XmlDecl, XmlTokenType::XmldeclStart)
-                          : enter(State::Pi, XmlTokenType::PIStart);
+                                        : enter(State::Pi, XmlTokenType::PIStart);
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {

@@ -14,11 +14,9 @@ constexpr ByteSet cdata_bytes = ByteSet::plain_but("]");
 } // namespace
 
 /// Consumes the last byte of a section's end and returns its text, or its end if there is no text.
-XmlTokenType XmlCharStreamTokenizerBase::close_section(State closing,
-                                                       XmlTokenType end) {
+XmlTokenType XmlCharStreamTokenizerBase::close_section(State closing, XmlTokenType end) {
     drop();
-    return text_.empty() ? enter(State::Content, end)
-                         : enter(closing, XmlTokenType::CharData);
+    return text_.empty() ? enter(State::Content, end) : enter(closing, XmlTokenType::CharData);
 }
 
 /// Delivers the declaration as text. Required: only the balance of angle brackets counts, even in
@@ -125,8 +123,8 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_cdata() {
             if (!fetch_next()) {
                 return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_cdata"));
             }
-            // Only the last two brackets of a row may belong to the end. The row is one step, and one
-            // chunk, however long it is.
+            // Only the last two brackets of a row may belong to the end. The row is one step, and
+            // one chunk, however long it is.
             while (pending_is(']')) {
                 if (!fetch_next()) {
                     return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_cdata"));

@@ -16,6 +16,10 @@ constexpr ByteSet after_attribute_name = ByteSet::of(std::string_view("\n\t =\0"
 
 constexpr const char* expecting_whitespace = "Expecting whitespace before attribute name";
 
+constexpr bool is_quote(char byte) noexcept {
+    return byte == '"' || byte == '\'';
+}
+
 } // namespace
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
@@ -39,7 +43,14 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
     text_.clear();
-    const bool blanks = skip_whitespace();
+    if (accept_ready('>')) {
+        return enter(State::Content, XmlTokenType::StartTagEnd);
+    }
+    bool blanks = accept_ready(' ');
+    if (blanks && take_name(after_attribute_name)) {
+        return parse_after_attrname();
+    }
+    blanks |= skip_whitespace();
     if (pendingLength_ == 0) {
         return no_char("End of data in start tag declaration",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
@@ -61,29 +72,40 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
     return parse_attrname();
 }
 
+/// Reads from the end of an attribute's name up to the quote, which stays pending.
+bool XmlCharStreamTokenizerBase::read_equals_sign() {
+    const char* expecting = "Expecting '='";
+    copy_text_in_place();
+    skip_whitespace();
+    if (pending_is('=')) {
+        drop();
+        skip_whitespace();
+        if (pendingLength_ == 1 && is_quote(pending_[0])) {
+            return true;
+        }
+        expecting = "Expecting '\"' or ''' to start attribute value";
+    }
+    if (pendingLength_ == 0) {
+        no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
+    } else {
+        syntax_failure(expecting, QN_TOKENIZER_LOCATION("parse_attrname"));
+    }
+    return false;
+}
+
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     text_.clear();
     if (!read_name(after_attribute_name, "Expecting attribute name")) {
         return XmlTokenType::Error;
     }
-    if (!pending_is('=') || !is_ready() || (*cursor_ != '"' && *cursor_ != '\'')) {
-        copy_text_in_place();
-    }
-    skip_whitespace();
-    if (pendingLength_ == 0) {
-        return no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    if (!pending_is('=')) {
-        return syntax_failure("Expecting '='", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    drop();
-    skip_whitespace();
-    if (pendingLength_ == 0) {
-        return no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    if (!pending_is('"') && !pending_is('\'')) {
-        return syntax_failure("Expecting '\"' or ''' to start attribute value",
-                              QN_TOKENIZER_LOCATION("parse_attrname"));
+    return parse_after_attrname();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_after_attrname() {
+    if (pending_is('=') && is_ready() && is_quote(*cursor_)) {
+        fetch_next();
+    } else if (!read_equals_sign()) {
+        return XmlTokenType::Error;
     }
     quote_ = static_cast<std::uint8_t>(pending_[0]);
     drop();
@@ -97,14 +119,24 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     }
 }
 
+bool XmlCharStreamTokenizerBase::take_attrvalue() {
+    return quote_ == '"' ? take_text<double_quoted_bytes, double_quoted_ends>()
+                         : take_text<single_quoted_bytes, single_quoted_ends>();
+}
+
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
-    const char quote = static_cast<char>(quote_);
     text_.clear();
+    if (take_attrvalue()) {
+        return XmlTokenType::CharData;
+    }
+    if (text_.empty() && accept_ready(static_cast<char>(quote_))) {
+        return end_attrvalue();
+    }
+    return parse_attrvalue_by_characters();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue_by_characters() {
     for (;;) {
-        if (quote == '"' ? take_text<double_quoted_bytes, double_quoted_ends>()
-                         : take_text<single_quoted_bytes, single_quoted_ends>()) {
-            return XmlTokenType::CharData;
-        }
         if (!fetch()) {
             return no_char("End of data in attribute value",
                            QN_TOKENIZER_LOCATION("parse_attrvalue"));
@@ -116,10 +148,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
             return syntax_failure("Invalid character ('<') in attribute value",
                                   QN_TOKENIZER_LOCATION("parse_attrvalue"));
         }
-        if (pending_is(quote)) {
+        if (pending_is(static_cast<char>(quote_))) {
             break;
         }
-        if (append_pending()) {
+        if (append_pending() || take_attrvalue()) {
             return XmlTokenType::CharData;
         }
     }
@@ -127,6 +159,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
         return XmlTokenType::CharData;
     }
     drop();
+    return end_attrvalue();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::end_attrvalue() {
     switch (state_) {
     case State::XmlDeclValue:
         return enter(State::XmlDecl, XmlTokenType::AttributeEnd);

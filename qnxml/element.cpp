@@ -58,20 +58,21 @@ void XmlElement::clear() noexcept {
     attributeCount_ = 0;
     if (attributes_.size() > most_kept_attributes) {
         attributes_ = {};
+        distinctNames_ = 0;
     }
     bindsPrefixes_ = false;
-    localNameOffset_ = 0;
     namespace_ = nullptr;
     defaultNamespace_ = nullptr;
     space_ = XmlSpace::not_set;
+    if (kind_ == XmlElementKind::pi) {
+        name_.clear(); // a target has no local part for set_name() to keep
+    }
     free_if_large(name_);
 }
 
 XmlAttribute& XmlElement::next_attribute() {
-    if (attributes_.empty()) {
-        attributes_.reserve(first_room);
-    }
     if (attributeCount_ == attributes_.size()) {
+        attributes_.reserve(first_room);
         attributes_.emplace_back();
     }
     return attributes_[attributeCount_];

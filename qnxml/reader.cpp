@@ -242,6 +242,14 @@ void XmlReader::fail_with(const qncore::ErrorInfoPtr& error) {
     qncore::throw_error(error);
 }
 
+void XmlReader::fail_with_tokenizers_error() {
+    const qncore::ErrorInfoPtr error = tokenizer_->last_error();
+    if (!error) {
+        fail_unexpected_token(QN_READER_LOCATION("fetch_token"));
+    }
+    fail_with(error);
+}
+
 void XmlReader::fail(std::string_view message, const qncore::SourceLocation& location,
                      Params params, const qncore::ErrorCode& code) {
     qncore::ErrorParams all;
@@ -263,29 +271,6 @@ void XmlReader::throw_string_size_error() {
     fail("Node value exceeds {@maxSize}bytes of character data",
          QN_READER_LOCATION("throw_string_size_error"),
          {{"maxSize", qncore::to_string(sm_maxValueSize)}}, error::qnxml_reader_unexpected_size);
-}
-
-void XmlReader::append_limited(std::string& target, std::string_view piece) {
-    if (target.size() + piece.size() > sm_maxValueSize) {
-        throw_string_size_error();
-    }
-    target.append(piece);
-}
-
-XmlTokenType XmlReader::fetch_token() {
-    if (pushedBack_) {
-        pushedBack_ = false;
-        return lastToken_;
-    }
-    lastToken_ = tokenizer_->next_token();
-    if (lastToken_ == XmlTokenType::Error) {
-        const qncore::ErrorInfoPtr error = tokenizer_->last_error();
-        if (!error) { // a tokenizer of somebody else's
-            fail_unexpected_token(QN_READER_LOCATION("fetch_token"));
-        }
-        fail_with(error);
-    }
-    return lastToken_;
 }
 
 /// Skips character data up to the end token.

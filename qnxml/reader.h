@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "qncore/source_location.h"
@@ -33,42 +34,43 @@ enum class XmlNodeType : std::uint32_t {
     EndElement = 10,
 };
 
-/// Writes the node type's name; a value without one as "##UNKNOWN(value)##".
+/// Writes the node type's name; a value without a name as "##UNKNOWN(value)##".
 std::ostream& operator<<(std::ostream& stream, XmlNodeType type);
 
-/// The pull parser: the caller asks for the next node and looks at it. No tree is built, and a value
-/// that nobody asks for is not copied.
+/// The pull parser: the caller asks for the next node and looks at it. No tree is built, and a
+/// value that nobody asks for is not copied.
 ///
 /// Every failure is an ErrorException with a code below error.qnxml (a failure of the source is
 /// nested in it) and is final: from then on each read throws. What an entity resolver or a
 /// destination stream throws passes through; the token at which it happened is lost.
 ///
-/// Documents are UTF-8. These are refused although they are well-formed (XML 1.0, fifth edition;
-/// Namespaces in XML 1.0):
-/// - a declared version other than "1.0" (2.8); names that the first to fourth edition do not
-///   allow, and names that begin with a colon (2.3);
-/// - entities other than the five of 4.6, unless an IEntityResolver knows them; character
-///   references of more than 8 hexadecimal or 10 decimal digits (4.1);
+/// Documents are UTF-8. The reader refuses these, although they are well-formed (XML 1.0, fifth
+/// edition; Namespaces in XML 1.0):
+/// - a declared version other than "1.0", a declared encoding other than the expected one (2.8);
+/// - names that only the fifth edition allows, and names that begin with a colon (2.3);
+/// - references to entities other than the five of 4.6, unless an IEntityResolver knows them, and
+///   character references of more than 8 hexadecimal or 10 decimal digits (4.1);
 /// - an `xml:space` other than "preserve" and "default" (2.10);
 /// - values of more than `sm_maxValueSize` bytes.
 ///
-/// These are accepted, or lost without a word, although they are not well-formed:
-/// - characters that are no Char, NUL and other control characters among them, also by reference
-///   (2.2); only `&#0;`, surrogates and numbers above 0x10FFFF are refused (4.1);
-/// - names that begin with a dot (2.3); a NUL in place of the byte that ends a name;
-/// - "]]>" in text (2.4); a name of a processing instruction such as "XML" (2.6);
+/// It accepts these, although they are not well-formed:
+/// - characters that are no Char, such as control characters and NUL, also by reference (2.2); only
+///   references to 0, to surrogates and to numbers above 0x10FFFF are refused;
+/// - names that begin with a dot (2.3), and a NUL as the byte that ends a name;
+/// - "]]>" in text (2.4) and targets such as "XML" (2.6);
 /// - in an instruction, a "?" that does not end it: it is lost, and "??>" does not end it (2.6);
-/// - a DOCTYPE: skipped with nothing checked and nothing declared, up to the angle bracket that
-///   closes it, even one in quotes; also more than one, and one after the elements (2.8);
+/// - any DOCTYPE, any number of them, before, between and after the root elements (2.8): skipped up
+///   to the angle bracket that closes it, which may be one in quotes; it declares nothing;
 /// - several root elements, or none (2.1);
-/// - in an XML declaration, any further attributes in any order (2.8); in all tags, text between
-///   "/" or "?" and ">" (2.8, 3.1); letters within "--", "[CDATA[" and "DOCTYPE" after "<!";
-/// - a numeric reference closed by any byte below 128 in place of ";" (4.1);
-/// - a character cut by the end of the data: lost; after it, and after a CR as the last byte, the
-///   last buffer may be read a second time;
-/// - `xmlns:p=""`, which removes a binding; any use of the prefixes `xml` and `xmlns`; two
-///   attributes with the same namespace and local name; names with several colons, of which the
-///   first one counts (Namespaces, 2.1, 3, 4, 6.3).
+/// - in an XML declaration, any other attributes and any order (2.8);
+/// - characters within "/>", "?>" of an XML declaration, and "--", "[CDATA[" and "DOCTYPE" after
+///   "<!": they are lost (2.5, 2.7, 2.8, 3.1);
+/// - a numeric reference closed by any single byte, which is lost, in place of ";" (4.1);
+/// - the end of the data inside a character, which is lost; after it, and after a final CR, what
+///   was read last may come a second time;
+/// - `xmlns:p=""`, which removes a binding; any use of the prefixes `xml` and `xmlns`; names with
+///   several colons, of which the first one counts; two attributes with the same namespace and
+///   local name (Namespaces, 2.1, 3, 4, 6.3).
 class XmlReader {
   public:
     using Node = XmlNode;
@@ -76,7 +78,7 @@ class XmlReader {
     using Element = XmlElement;
     using ElementPtr = qncore::RefCountPtr<Element>;
 
-    /// The most bytes of a value, an attribute's value or an element's text.
+    /// The largest number of bytes of a value, an attribute's value or an element's text.
     static constexpr std::size_t sm_maxValueSize = 0x8000000;
 
     /// Both must outlive the reader. The resolver may be null.
@@ -191,17 +193,30 @@ class XmlReader {
 
     // Failures.
     [[noreturn]] void fail_with(const qncore::ErrorInfoPtr& error);
+    [[noreturn]] void fail_with_tokenizers_error();
     [[noreturn]] void fail(std::string_view message, const qncore::SourceLocation& location,
-                           Params params = {},
-                           const qncore::ErrorCode& code = error::qnxml_reader);
+                           Params params = {}, const qncore::ErrorCode& code = error::qnxml_reader);
     [[noreturn]] void fail_misplaced(const char* Misplaced::*message,
                                      const qncore::SourceLocation& location);
     [[noreturn]] void fail_unexpected_token(const qncore::SourceLocation& location);
     [[noreturn]] void throw_string_size_error();
-    void append_limited(std::string& target, std::string_view piece);
+    void append_limited(std::string& target, std::string_view piece) {
+        if (target.size() + piece.size() > sm_maxValueSize) {
+            throw_string_size_error();
+        }
+        target.append(piece);
+    }
 
     // Tokens.
-    XmlTokenType fetch_token();
+    XmlTokenType fetch_token() {
+        if (!std::exchange(pushedBack_, false)) {
+            lastToken_ = tokenizer_->next_token();
+            if (lastToken_ == XmlTokenType::Error) {
+                fail_with_tokenizers_error();
+            }
+        }
+        return lastToken_;
+    }
     void push_back() noexcept { pushedBack_ = true; }
     std::string_view token_text() const { return tokenizer_->token_text().view(); }
     void discard_chardata(XmlTokenType end);
@@ -230,6 +245,7 @@ class XmlReader {
     XmlTokenType read_attributes(Element& element);
     void read_attribute_value(std::string& value);
     bool add_attribute(Element& element);
+    bool is_new_name(const Element& element);
     void leave_element();
 
     // Namespaces.
@@ -267,7 +283,7 @@ class XmlReader {
     ValueReadStreamImpl valueStream_{*this};
     qncore::RefCountPtr<impl::ElementPool> pool_;
     ElementPtr nullElement_;
-    ElementPtr current_; ///< the innermost; it holds the others
+    ElementPtr current_;                                ///< the innermost; it holds the others
     std::set<std::string, std::less<>> attributeNames_; ///< of an element that has many
     /// The namespaces of each prefix, the innermost last. No document costs more than the logarithm
     /// of its length for each name.

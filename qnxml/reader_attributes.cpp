@@ -1,6 +1,7 @@
 // Start tags: attributes, namespaces, xml:space.
 #include <algorithm>
 
+#include "qnxml/byte_run.h"
 #include "qnxml/element_pool.h"
 #include "qnxml/reader.h"
 #include "qnxml/reader_location.h"
@@ -8,6 +9,9 @@
 namespace qnxml {
 
 namespace {
+
+/// No byte of a value among these becomes a blank.
+constexpr ByteSet plain_bytes = ByteSet::plain_but("\t");
 
 constexpr std::size_t most_compared_names = 32;
 constexpr std::size_t most_idle_prefixes = 32;
@@ -17,7 +21,8 @@ constexpr std::size_t most_idle_prefixes = 32;
 void XmlReader::read_starttag() {
     ElementPtr taken = pool_->take(XmlElementKind::open, current_);
     Element& element = *taken;
-    if (!element.set_name(token_text())) {
+    element.set_name(token_text());
+    if (!element.has_local_name()) {
         fail("Invalid element name: '{@elementName}'", QN_READER_LOCATION("read_starttag"),
              {{"elementName", element.name_}});
     }
@@ -38,7 +43,10 @@ void XmlReader::read_starttag() {
 XmlTokenType XmlReader::read_attributes(Element& element) {
     while (fetch_token() == XmlTokenType::AttributeStart) {
         XmlAttribute& attribute = element.next_attribute();
-        if (!attribute.set_name(token_text())) {
+        if (attribute.set_name(token_text())) {
+            element.distinctNames_ = std::min(element.distinctNames_, element.attributeCount_);
+        }
+        if (!attribute.has_local_name()) {
             fail("Invalid attribute name: '{@attributeName}'",
                  QN_READER_LOCATION("read_attributes"), {{"attributeName", attribute.name_}});
         }
@@ -61,38 +69,45 @@ void XmlReader::read_attribute_value(std::string& value) {
     value.clear();
     while (fetch_token() != XmlTokenType::AttributeEnd) {
         if (lastToken_ == XmlTokenType::CharData) {
-            const auto start = static_cast<std::ptrdiff_t>(value.size());
-            append_limited(value, token_text());
-            std::replace_if(value.begin() + start, value.end(), becomes_blank, ' ');
+            const std::string_view text = token_text();
+            append_limited(value, text);
+            const char* const end = text.data() + text.size();
+            const auto rest = end - impl::end_of_run<plain_bytes>(text.data(), end);
+            std::replace_if(value.end() - rest, value.end(), becomes_blank, ' ');
         } else if (!eval_reference(&value)) {
             fail_unexpected_token(QN_READER_LOCATION("read_attributes"));
         }
     }
 }
 
-/// Adds the attribute that has been filled, in the namespace of its prefix if that is a reserved
-/// one. False if the element has its qualified name already. Few names are compared one by one,
-/// many are looked up, so that no document costs the square of their number.
-bool XmlReader::add_attribute(Element& element) {
+/// Whether no attribute has the name of the one that has been filled. Few names are compared one by
+/// one, many are looked up, so that no document costs the square of their number.
+bool XmlReader::is_new_name(const Element& element) {
     const std::span<const XmlAttribute> others = element.attributes();
-    XmlAttribute& added = element.attributes_[others.size()];
+    const std::string& name = element.attributes_[others.size()].qualified_name();
     if (others.size() < most_compared_names) {
         const XmlAttribute* const end = others.data() + others.size();
-        if (find_attribute(others.data(), end, added.qualified_name()) != end) {
-            return false;
-        }
-    } else {
-        if (others.size() == most_compared_names) {
-            attributeNames_.clear();
-            for (const XmlAttribute& other : others) {
-                attributeNames_.insert(other.qualified_name());
-            }
-        }
-        if (!attributeNames_.insert(added.qualified_name()).second) {
-            return false;
+        return find_attribute(others.data(), end, name) == end;
+    }
+    if (others.size() == most_compared_names) {
+        attributeNames_.clear();
+        for (const XmlAttribute& other : others) {
+            attributeNames_.insert(other.qualified_name());
         }
     }
-    ++element.attributeCount_;
+    return attributeNames_.insert(name).second;
+}
+
+/// Adds the attribute that has been filled, in the namespace of its prefix if that is a reserved
+/// one. False if the element has its qualified name already.
+bool XmlReader::add_attribute(Element& element) {
+    if (element.attributeCount_ >= element.distinctNames_) {
+        if (!is_new_name(element)) {
+            return false;
+        }
+        element.distinctNames_ = element.attributeCount_ + 1;
+    }
+    XmlAttribute& added = element.attributes_[element.attributeCount_++];
     if (added.prefix() == "xml") {
         added.namespace_ = &xml_namespace();
     } else if (added.prefix() == "xmlns") {

@@ -225,7 +225,7 @@ bool XmlReader::begin_chardata_outside() {
 
 void XmlReader::read_xmldecl() {
     const ElementPtr declaration = pool_->take(XmlElementKind::xml_declaration, current_);
-    declaration->name_ = "xml";
+    declaration->set_name("xml");
     if (read_attributes(*declaration) != XmlTokenType::XmldeclEnd) {
         fail_unexpected_token(QN_READER_LOCATION("read_xmldecl"));
     }
@@ -259,6 +259,7 @@ void XmlReader::check_xmldecl() {
 void XmlReader::read_pi() {
     current_ = pool_->take(XmlElementKind::pi, current_);
     current_->name_ = token_text();
+    current_->localNameOffset_ = 0;
     begin_node(XmlNodeType::PI, State::PiBody);
 }
 

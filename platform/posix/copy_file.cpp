@@ -95,10 +95,10 @@ void keep_permissions_and_times(const struct stat& source, int target) {
     ::futimens(target, times.data());
 }
 
-/// Removes the target under its own name, also when it was opened through a link.
+/// Removes the target itself, also if it was opened through a link.
 void discard(int target) {
     if (const auto path = text_of_link(link_of_descriptor(target))) {
-        ::unlink((*path).c_str());
+        ::unlink(path->c_str());
     }
 }
 

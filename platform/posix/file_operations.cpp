@@ -78,7 +78,7 @@ FilePath path_of_file(FileHandle file, std::size_t capacity) {
     if (!path) {
         return {{}, 0, path.error()};
     }
-    const std::size_t length = (*path).size();
+    const std::size_t length = path->size();
     if (length + 1 > capacity) {
         return {{}, length + 1, SystemError::posix(ENAMETOOLONG)};
     }

@@ -84,14 +84,9 @@ TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {
 }
 
 TEST(Errors, CausesAreNested) {
-    struct Case {
-        ErrorInfoPtr cause;
-        const ErrorCode& code;
-        const char* text;
-    };
     const SourceLocation location = QN_LOCATION("here()");
     const auto carried = ErrorComposer("carried").create(leaf, location);
-    const Case cases[] = {
+    const std::tuple<ErrorInfoPtr, ErrorCode, const char*> cases[] = {
         {ErrorInfo::from_errno(location, ENOENT), error::qncore_errno,
          "No such file or directory (errno 2)"},
         {ErrorInfo::from_winerror(location, 5, false), error::qncore_windows, "Windows error 5"},
@@ -101,12 +96,12 @@ TEST(Errors, CausesAreNested) {
         {ErrorInfo::from_system_error(location, platform::SystemError::posix(EEXIST)),
          error::qncore_errno, "File exists (errno 17)"},
     };
-    for (const Case& test : cases) {
-        EXPECT_EQ(test.cause->code(), test.code) << test.text;
-        EXPECT_EQ(test.cause->text(), test.text);
-        EXPECT_FALSE(test.cause->nested());
+    for (const auto& [cause, code, text] : cases) {
+        EXPECT_EQ(cause->code(), code) << text;
+        EXPECT_EQ(cause->text(), text);
+        EXPECT_FALSE(cause->nested());
     }
-    const auto outer = ErrorComposer("outer").create(leaf, location, cases[0].cause);
+    const auto outer = ErrorComposer("outer").create(leaf, location, std::get<0>(cases[0]));
     EXPECT_EQ(outer->chain_text(), "outer; cause: No such file or directory (errno 2)");
     EXPECT_EQ(error_of([&] {
                   ErrorComposer("m").throw_with_nested_exception(leaf, location,

@@ -66,8 +66,9 @@ TEST(Ownership, ConcurrentOwnersFreeOnce) {
         for (int i = 0; i < 4; ++i) {
             threads.emplace_back([owner] {
                 for (int turn = 0; turn < 1000; ++turn) {
-                    const StrongPtr<Counted> mine = owner;
+                    StrongPtr<Counted> mine = owner;
                     EXPECT_EQ(mine->deaths, 0);
+                    mine = StrongPtr<Counted>();
                 }
             });
         }

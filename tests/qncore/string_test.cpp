@@ -1,5 +1,6 @@
 #include <cstring>
 #include <sstream>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -89,12 +90,7 @@ TEST(Conversion, WideAndNarrowTextAgree) {
 }
 
 TEST(Conversion, OnlyAsciiLettersFold) {
-    struct Case {
-        std::string left;
-        std::string right;
-        int sign;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, int> cases[] = {
         {"SRV01", "srv01", 0},
         {"", "", 0},
         {"a", "", 1},
@@ -105,21 +101,16 @@ TEST(Conversion, OnlyAsciiLettersFold) {
         {"Z", "[", 1},
         {std::string("a\0b", 3), std::string("A\0C", 3), -1},
     };
-    for (const Case& test : cases) {
-        const int order = compare_nocase_ascii(test.left.data(), test.left.size(),
-                                               test.right.data(), test.right.size());
-        EXPECT_EQ((order > 0) - (order < 0), test.sign) << test.left << " against " << test.right;
-        EXPECT_EQ(to_lower_ascii(test.left) == to_lower_ascii(test.right), test.sign == 0);
+    for (const auto& [left, right, sign] : cases) {
+        const int order =
+            compare_nocase_ascii(left.data(), left.size(), right.data(), right.size());
+        EXPECT_EQ((order > 0) - (order < 0), sign) << left << " against " << right;
+        EXPECT_EQ(to_lower_ascii(left) == to_lower_ascii(right), sign == 0);
     }
 }
 
 TEST(Utf8, OnlyWholeValidSequencesAreRead) {
-    struct Case {
-        std::string bytes;
-        std::size_t consumed;
-        unsigned int codePoint;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::size_t, unsigned int> cases[] = {
         {"", 0, 0},
         {"a", 1, 'a'},
         {std::string("\0", 1), 1, 0},
@@ -137,18 +128,18 @@ TEST(Utf8, OnlyWholeValidSequencesAreRead) {
         {"\xF8\x88\x80\x80\x80", 0, 0},
         {"\xC3\x28", 0, 0},
     };
-    for (const Case& test : cases) {
-        const support::ExactBuffer buffer(test.bytes);
+    for (const auto& [text, length, expected] : cases) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        const support::ExactBuffer buffer(text);
         unsigned int codePoint = 0;
-        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), &codePoint), test.consumed)
-            << testing::PrintToString(test.bytes);
-        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), nullptr), test.consumed);
-        EXPECT_EQ(codePoint, test.codePoint);
-        if (test.consumed != 0) {
+        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), &codePoint), length);
+        EXPECT_EQ(utf8_to_ucs4_char(buffer.data(), buffer.size(), nullptr), length);
+        EXPECT_EQ(codePoint, expected);
+        if (length != 0) {
             char bytes[4];
-            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + 4), test.consumed);
-            EXPECT_EQ(std::memcmp(bytes, buffer.data(), test.consumed), 0);
-            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + test.consumed - 1), 0U);
+            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + 4), length);
+            EXPECT_EQ(std::memcmp(bytes, buffer.data(), length), 0);
+            EXPECT_EQ(ucs4_char_to_utf8(codePoint, bytes, bytes + length - 1), 0U);
         }
     }
     for (const unsigned int refused : {0xD800U, 0xDFFFU, 0x110000U, 0xFFFFFFFFU}) {

@@ -24,12 +24,8 @@ intTopicHdl* topic() {
 }
 
 TEST(Trace, TheLevelsOfTheEnvironmentGovernTheGate) {
-    struct Case {
-        const char* levels;
-        int ours;
-        int others;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, int, int> cases[] = {
+        // levels, of our topic, of another
         {"", 0, 0},
         {"41", 41, 41},
         {"Test=81", 81, 0},
@@ -39,11 +35,11 @@ TEST(Trace, TheLevelsOfTheEnvironmentGovernTheGate) {
         {"Test=128,Test=-1,Test=x,Test=,nonsense", 0, 0},
         {"Test=8 1,21", 21, 21},
     };
-    for (const Case& test : cases) {
-        const TraceCapture capture(test.levels);
-        EXPECT_EQ(topic()->topic->trace_level(), test.ours) << test.levels;
-        EXPECT_EQ(get_system_topic_handle()->topic->trace_level(), test.others) << test.levels;
-        EXPECT_EQ(is_enabled(topic(), level_note), test.ours >= level_note);
+    for (const auto& [levels, ours, others] : cases) {
+        const TraceCapture capture(levels);
+        EXPECT_EQ(topic()->topic->trace_level(), ours) << levels;
+        EXPECT_EQ(get_system_topic_handle()->topic->trace_level(), others) << levels;
+        EXPECT_EQ(is_enabled(topic(), level_note), ours >= level_note);
     }
     EXPECT_FALSE(is_enabled(nullptr, level_error));
 }

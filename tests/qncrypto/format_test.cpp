@@ -44,20 +44,18 @@ TEST_F(Formats, KeyPairsHaveTheSizeAskedForAndBelongTogether) {
 }
 
 TEST_F(Formats, KeyPairsHaveLimits) {
-    const std::string report = "error.qncrypto.rsa.keygen|qncrypto::RsaContext::create_key_pair()|";
-    const std::string too_short = report + "Specified RSA key length is insufficient";
-    const std::string too_long = report + "Excessively larget RSA key length specified";
-    const std::string failed = report + "Failed to generate RSA key pair";
+    const std::string report = "error.qncrypto.rsa.keygen|qncrypto::RsaContext::create_key_pair()";
+    const std::string too_long = report + "|Excessively larget RSA key length specified";
     Key private_key;
     Key public_key;
     const auto create = [&](unsigned int bits) {
         return [&, bits] { RsaContext::create_key_pair(bits, private_key, public_key); };
     };
     const FailingOpenssl failing;
-    support::check_failures({{create(0), too_short},
-                             {create(511), too_short},
-                             {create(512), failed, openssl},
-                             {create(32768), failed, openssl},
+    support::check_failures({{create(0), report},
+                             {create(511), report},
+                             {create(512), report, openssl},
+                             {create(32768), report, openssl},
                              {create(32769), too_long},
                              {create(0xFFFFFFFF), too_long}});
     EXPECT_TRUE(private_key.empty() && public_key.empty());
@@ -67,24 +65,18 @@ TEST_F(Formats, WhatIsNoKeyIsRefused) {
     const Bytes garbage = some_bytes(40);
     const KeyPair& pair = key_pair();
     const std::string code = "error.qncrypto.rsa.key|qncrypto::";
-    const auto check = [&](const unsigned char* bytes, std::size_t size, bool empty) {
-        const std::string text = empty ? "Key size is 0" : "RSA key specified";
-        const char* const cause = empty ? "" : openssl;
+    const auto check = [&](const unsigned char* bytes, std::size_t size, const char* cause) {
         support::check_failures({{[=] { RsaPrivateContext(bytes, size); },
-                                  code + "RsaPrivateContext::RsaPrivateContext()|" +
-                                      (empty ? "Private " : "Invalid private ") + text,
-                                  cause},
+                                  code + "RsaPrivateContext::RsaPrivateContext()", cause},
                                  {[=] { RsaPublicContext(bytes, size); },
-                                  code + "RsaPublicContext::RsaPublicContext()|" +
-                                      (empty ? "Public " : "Invalid public ") + text,
-                                  cause}});
+                                  code + "RsaPublicContext::RsaPublicContext()", cause}});
     };
-    check(nullptr, 0, true);
-    check(nullptr, 5, true);
-    check(garbage.data(), 0, true);
-    check(garbage.data(), 40, false);
-    check(pair.private_key.data(), pair.private_key.size() - 1, false);
-    check(pair.public_key.data(), pair.public_key.size() - 1, false);
+    check(nullptr, 0, "");
+    check(nullptr, 5, "");
+    check(garbage.data(), 0, "");
+    check(garbage.data(), 40, openssl);
+    check(pair.private_key.data(), pair.private_key.size() - 1, openssl);
+    check(pair.public_key.data(), pair.public_key.size() - 1, openssl);
     for (const Key& key : {Key(), Key(garbage.data(), 40), pair.public_key}) {
         support::check_failures({{[&] { RsaContext::public_key_from_private_key(key); },
                                   code + "RsaContext::public_key_from_private_key()", openssl}});

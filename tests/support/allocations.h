@@ -12,7 +12,7 @@ std::size_t allocations() noexcept;
 /// Runs the action with its `number`-th `new` (from 1 on) failing; false when it has fewer.
 bool with_failing_allocation(std::size_t number, const std::function<void()>& action);
 
-/// How many blocks the action gives back in which the secret still stands.
+/// How many blocks that still contain the secret the action frees.
 int blocks_given_back_with(const void* secret, std::size_t size,
                            const std::function<void()>& action);
 

@@ -52,7 +52,9 @@ struct FailureCase {
     std::function<void(Slot)> action;
     bool has_slot;
     std::string report; ///< "code|function", or "code|function|text" where the text matters
-    std::string cause;  ///< code of the nested record, "system" for the system's; empty: none
+    /// Code of the nested record, "system" or "errno 2" or "windows 2" for the system's; empty:
+    /// none.
+    std::string cause;
 };
 
 /// Compares a record with what a row expects; a cause of the system has the same location.
@@ -65,7 +67,9 @@ inline void check_failure(const qncore::ErrorInfoPtr& info, const FailureCase& e
     std::string cause = nested ? std::string(nested->code().path()) : "";
     if (cause == "error.qncore.errno" || cause == "error.qncore.windows") {
         EXPECT_EQ(nested->location().function.view(), function);
-        cause = expected.cause == cause ? cause : "system";
+        const std::string number =
+            cause.substr(cause.rfind('.') + 1) + " " + *nested->params().find("number");
+        cause = expected.cause == cause || expected.cause == number ? expected.cause : "system";
     }
     EXPECT_EQ(cause, expected.cause) << info->chain_text();
 }

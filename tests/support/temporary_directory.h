@@ -6,7 +6,7 @@
 
 namespace support {
 
-/// A new directory that goes with all it holds when the test ends.
+/// A new directory, removed with its content by the destructor.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();

@@ -1,11 +1,15 @@
 #include "tests/support/launch.h"
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/environment_guard.h"
 
 namespace support {
 namespace {
@@ -19,6 +23,7 @@ int descriptor(FileHandle handle) {
 FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
     std::vector<std::string> texts = words;
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) {
         pointers.push_back(text.data());
     }
@@ -69,6 +74,14 @@ FileHandle own_error_stream() {
 
 std::string own_program() {
     return "/proc/self/exe";
+}
+
+void set_variable(const std::string& name, const std::optional<std::string>& value) {
+    if (value) {
+        ::setenv(name.c_str(), value->c_str(), 1);
+    } else {
+        ::unsetenv(name.c_str());
+    }
 }
 
 } // namespace support

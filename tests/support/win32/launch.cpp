@@ -6,6 +6,7 @@
 
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
+#include "tests/support/environment_guard.h"
 
 namespace support {
 namespace {
@@ -103,6 +104,11 @@ std::string own_program() {
     std::array<wchar_t, 4096> name{};
     const DWORD length = ::GetModuleFileNameW(nullptr, name.data(), name.size());
     return platform::narrow({name.data(), length});
+}
+
+void set_variable(const std::string& name, const std::optional<std::string>& value) {
+    // An empty value removes a variable from the C runtime.
+    ::_wputenv_s(platform::wide(name).c_str(), platform::wide(value.value_or("")).c_str());
 }
 
 } // namespace support
