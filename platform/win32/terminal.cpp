@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/memory.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -24,22 +25,15 @@ class Console {
         : handle_(::CreateFileW(name, GENERIC_READ | GENERIC_WRITE,
                                 FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
                                 nullptr)) {}
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
-    ~Console() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            ::CloseHandle(handle_);
-        }
-    }
-    HANDLE handle() const noexcept { return handle_; }
+    HANDLE handle() const noexcept { return handle_.get(); }
 
     void write(std::wstring_view text) const {
         DWORD done = 0;
-        ::WriteConsoleW(handle_, text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
+        ::WriteConsoleW(handle(), text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
     }
 
   private:
-    HANDLE handle_;
+    Handle handle_;
 };
 
 /// The UTF-8 of what was typed, in memory that does not move.
