@@ -163,8 +163,8 @@ struct Walk {
     std::vector<double> times = {};
 };
 
-/// A turn is one walk of each kind, starting with another kind each time. `x/y` is the median of the
-/// turns' quotients.
+/// A turn is one walk of each kind, starting with another kind each time. `x/y` is the median of
+/// the turns' quotients.
 void walks(benchmark::State& state) {
     const std::string root = tree_of(state.range(0)).root().string();
     std::array<Walk, 4> kinds{{{"ours", walk_ours},

@@ -1,5 +1,7 @@
 #include "qnfile/directory_entry.h"
 
+#include <tuple>
+
 #include "platform/path.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnuri/percent_encoding.h"
@@ -79,8 +81,7 @@ std::strong_ordering operator<=>(const DirectoryEntry& left, const DirectoryEntr
     if (!left || !right) {
         return static_cast<bool>(left) <=> static_cast<bool>(right);
     }
-    const auto directories = left.directory() <=> right.directory();
-    return directories != 0 ? directories : left.name() <=> right.name();
+    return std::tie(left.directory(), left.name()) <=> std::tie(right.directory(), right.name());
 }
 
 } // namespace qnfile
