@@ -19,7 +19,8 @@ class VDCERTIFICATES_API ConfigurationFileMutex
     /// A new object on the one mutex; throws when it can be neither created nor opened.
     static qncore::RefCountPtr<ConfigurationFileMutex> create();
 
-    /// Waits with no time limit. To be released by the same thread.
+    /// Waits with no time limit; returns at once in a thread that holds the mutex, through whatever
+    /// object. Released by the same thread, once for each time.
     void acquire_lock();
     void release_lock();
 

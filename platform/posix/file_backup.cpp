@@ -1,10 +1,10 @@
 #include "platform/file_backup.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>

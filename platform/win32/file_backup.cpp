@@ -73,9 +73,9 @@ SystemError finish(SystemError error, const std::string& made, const std::string
 } // namespace
 
 Result<std::string> real_path(const std::string& path) {
-    const Handle file(::CreateFileW(
-        wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-        OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const Handle file(::CreateFileW(wide(path).c_str(), 0,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     const auto name = std::make_unique<wchar_t[]>(longest_path);
     const DWORD length =
         file ? ::GetFinalPathNameByHandleW(file.get(), name.get(), longest_path, 0) : 0;

@@ -195,11 +195,11 @@ TEST_F(Streams, OutputThatCannotBeWrittenIsAFailure) {
                                Case{"set cluster --public-key /p --private-key /k --certificate /c "
                                     "--password-stdin <&-",
                                     2}}) {
-        const auto result = support::run(
-            {"/bin/sh",
-             {"-c", "exec \"$0\" " + std::string(closed.redirection), program_file()},
-             environment,
-             ""});
+        const auto result =
+            support::run({"/bin/sh",
+                          {"-c", "exec \"$0\" " + std::string(closed.redirection), program_file()},
+                          environment,
+                          ""});
         EXPECT_EQ(result.status, closed.status) << closed.redirection;
     }
     EXPECT_THAT(support::read_file(machine.file("trace")), Not(HasSubstr("geheim")));
@@ -238,11 +238,11 @@ class Files : public ProgramTest {
     }
 
     std::string shell(const std::string& script) {
-        const auto result = support::run(
-            {"/bin/sh",
-             {"-c", "cd \"$0\" && exec 2>&1 && " + script, machine.file("home")},
-             environment,
-             ""});
+        const auto result =
+            support::run({"/bin/sh",
+                          {"-c", "cd \"$0\" && exec 2>&1 && " + script, machine.file("home")},
+                          environment,
+                          ""});
         EXPECT_EQ(result.status, 0) << result.output;
         return result.output;
     }
@@ -285,10 +285,12 @@ TEST_F(Files, WhatIsWrongWithThemIsTold) {
         std::string found;
         for (const auto& finding : nlohmann::json::parse(result.output)) {
             if (finding["role"] == "sip-device") {
-                found += std::string(finding["severity"]) + ": " + std::string(finding["code"]) + "\n";
+                found +=
+                    std::string(finding["severity"]) + ": " + std::string(finding["code"]) + "\n";
             }
         }
-        EXPECT_THAT(found, wrong.finding.empty() ? testing::Eq("") : HasSubstr(wrong.finding + "\n"))
+        EXPECT_THAT(found,
+                    wrong.finding.empty() ? testing::Eq("") : HasSubstr(wrong.finding + "\n"))
             << testing::PrintToString(wrong.update);
     }
     support::write_file(file(), before);
@@ -323,8 +325,7 @@ TEST_F(Streams, AFailedWriteChangesNothing) {
               std::filesystem::perms(0640));
     const std::string before = support::read_file(file());
     const Words more = set_words("web-config", "/" + std::string(1000, 'x'));
-    const Words limited =
-        Words{"-c", "ulimit -f 6; exec \"$0\" \"$@\"", program_file()} + more;
+    const Words limited = Words{"-c", "ulimit -f 6; exec \"$0\" \"$@\"", program_file()} + more;
     const auto result = support::run({"/bin/bash", limited, environment, ""});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("could not be changed, and the former content is back"));
@@ -342,8 +343,7 @@ TEST_F(Streams, CompletionKnowsServersAndRunsNoneOfThem) {
         "COMP_CWORD=$(($# - 1)); _vdcertificates; echo \"${COMPREPLY[*]}\"; }; "
         "answer vdcertificates re; answer vdcertificates get web; "
         "answer vdcertificates get cluster --server S; answer vdcertificates list --format ''";
-    const auto result =
-        support::run({"/bin/bash", {"-c", script, machine.str()}, environment, ""});
+    const auto result = support::run({"/bin/bash", {"-c", script, machine.str()}, environment, ""});
     EXPECT_EQ(result.output, "remove restore\nweb-config\nSRV\\$\\(touch\\ evil\\)\ntext json\n");
     EXPECT_FALSE(std::filesystem::exists(machine.file("evil")));
 }
