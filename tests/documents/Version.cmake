@@ -1,0 +1,11 @@
+# The version stands in the project's CMakeLists.txt; whoever else names it must agree.
+cmake_minimum_required(VERSION 3.25)
+execute_process(COMMAND ${PROGRAM} --version OUTPUT_VARIABLE program COMMAND_ERROR_IS_FATAL ANY)
+file(STRINGS ${ROOT}/debian/changelog debian LIMIT_COUNT 1)
+file(STRINGS ${ROOT}/CHANGELOG.md changes REGEX "^## [0-9]")
+list(GET changes 0 change)
+foreach(line program debian change)
+  if(NOT "${${line}}" MATCHES "[ (]${VERSION}[ )\n]")
+    message(FATAL_ERROR "The version is ${VERSION}, but ${line} says: ${${line}}")
+  endif()
+endforeach()
