@@ -21,7 +21,8 @@ class VDCERTIFICATES_API ConfigurationFileMutex
     /// Returns a new object for the one mutex. Throws if it can be neither created nor opened.
     static qncore::RefCountPtr<ConfigurationFileMutex> create();
 
-    /// Waits without a time limit.
+    /// Waits without a time limit; returns at once in a thread that holds the mutex, through any
+    /// object.
     void acquire_lock();
     /// Once for each acquire_lock(), on the same thread. Throws if this thread does not hold it.
     void release_lock();

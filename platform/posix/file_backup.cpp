@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "platform/file.h"
+#include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
 #include "platform/posix/retry.h"
 
@@ -157,11 +158,8 @@ SystemError rename_over(const std::string& source, const std::string& target) {
     // The new name reaches the device with its directory; a file system that cannot is let be.
     const std::size_t end = target.rfind('/');
     const std::string directory = end == std::string::npos ? "." : target.substr(0, end + 1);
-    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        retry([&] { return ::fsync(descriptor); });
-        ::close(descriptor);
-    }
+    const Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    retry([&] { return ::fsync(opened.get()); });
     return {};
 }
 

@@ -1,8 +1,8 @@
 #include "platform/file_backup.h"
 
+#include <algorithm>
 #include <memory>
 
-#include "platform/file.h"
 #include "platform/win32/handle.h"
 #include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
@@ -37,7 +37,7 @@ SystemError copy_access(const std::wstring& source, const std::wstring& target) 
 SystemError flush(const std::wstring& path) {
     const Handle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
-    return result_of(file && ::FlushFileBuffers(file.get()));
+    return file ? result_of(::FlushFileBuffers(file.get())) : last_error();
 }
 
 /// Makes the file anew, for its owner alone, and writes it through.
@@ -73,13 +73,20 @@ SystemError finish(SystemError error, const std::string& made, const std::string
 } // namespace
 
 Result<std::string> real_path(const std::string& path) {
-    const auto name = std::make_unique<wchar_t[]>(longest_path);
     const Handle file(::CreateFileW(wide(path).c_str(), 0,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const auto name = std::make_unique<wchar_t[]>(longest_path);
     const DWORD length =
         file ? ::GetFinalPathNameByHandleW(file.get(), name.get(), longest_path, 0) : 0;
-    return length != 0 ? Result<std::string>(narrow({name.get(), length})) : last_error();
+    if (length == 0) {
+        return last_error();
+    }
+    std::string real = narrow({name.get(), length});
+    if (real.starts_with(R"(\\?\)") && real.find(':') == 5) { // as everybody writes a drive's path
+        real.erase(0, 4);
+    }
+    return real;
 }
 
 SystemError copy_whole(const std::string& source, const std::string& target) {

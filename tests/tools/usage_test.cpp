@@ -1,3 +1,4 @@
+#include "platform/file.h"
 #include "platform/path.h"
 #include "tests/tools/program_fixture.h"
 
@@ -30,8 +31,10 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         Words words;
         std::string line;
     };
-    const std::string known = "set, update, remove, get, list, where, check, restore, export, import "
-                              "and completion";
+    const std::string known =
+        "set, update, remove, get, list, where, check, restore, export, import "
+        "and completion";
+    const std::string no_such_file = platform::describe(platform::open_input("/no/such").error());
     const Words two_passwords{"--password-stdin", "--prompt"};
     const std::string exclude =
         "--password-stdin, --password-file, --prompt and --no-password exclude each other";
@@ -53,6 +56,7 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"get", "cluster", "--", "--format"}, "unexpected argument '--format'"},
         {{"get", "cluster", "--", "--"}, "unexpected argument '--'"},
         {{"get", "cluster", "--form", "json"}, "unknown option '--form'"},
+        {{"get", "cluster", "--format="}, "unknown format '': the formats are text and json"},
         {{"get", "cluster", "--format", "xml"},
          "unknown format 'xml': the formats are text and json"},
         {{"get", "cluster", "--format=json", "--format=json"}, "--format is given more than once"},
@@ -70,7 +74,7 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {cluster + two_passwords, exclude},
         {cluster + Words{"--no-password", "--password-file", "/f"}, exclude},
         {cluster + Words{"--password-file", "/no/such"},
-         "cannot read the file '/no/such': No such file or directory"},
+         "cannot read the file '/no/such': " + no_such_file},
         {{"get", "cluster", "--field", "name"}, "unknown field 'name'"},
         {{"get", "cluster", "--field", "password"}, "--field password needs --show-password"},
         {{"update", "cluster"}, "nothing to update: give at least one field or password option"},
@@ -84,7 +88,8 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"import", "/f", "--plain", "--prompt"}, "--plain takes no password"},
         {{"completion", "sh"}, "unknown shell 'sh': the shells are bash, zsh and fish"},
         {device + Words{"--server", "T"}, "--server is given more than once"},
-        {device + Words{"--trusted", "a\xE2\x80\xAE" "b"},
+        {device + Words{"--trusted", "a\xE2\x80\xAE"
+                                     "b"},
          "--trusted holds the control character \\u202e, which the file cannot keep"},
         {device + Words{"--trusted", "a\rb"},
          "--trusted holds the control character \\x0d, which the file cannot keep"},
@@ -112,7 +117,10 @@ TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
     const std::string control = " holds the control character \\x";
     expect_refused(device("a\tb", "/p"), "--server" + control + "09" + rest);
     expect_refused(device("S", "a\x7F"), "--public-key" + control + "7f" + rest);
-    expect_refused(device("a\xC2\x9B" "31m", "/p"), "--server" + control + "9b" + rest);
+    expect_refused(device("a\xC2\x9B"
+                          "31m",
+                          "/p"),
+                   "--server" + control + "9b" + rest);
     if (!platform::names_are_utf8) { // else no argument can be anything but Unicode
         expect_refused(device("S", "\xFF"), "--public-key is not valid UTF-8");
         expect_refused(device("\xC3(", "/p"), "--server is not valid UTF-8");
@@ -137,8 +145,8 @@ TEST_F(Usage, PasswordsThatCannotBeStoredAreRefused) {
 TEST_F(Usage, HelpAndVersionAreAnswers) {
     EXPECT_EQ(done({"--version"}), "vdcertificates 1.0.0\n");
     const std::string help = done({"--help"});
-    for (const char* command : {"set", "update", "remove", "get", "list", "where", "check", "restore",
-                                "export", "import", "completion"}) {
+    for (const char* command : {"set", "update", "remove", "get", "list", "where", "check",
+                                "restore", "export", "import", "completion"}) {
         EXPECT_THAT(help, testing::HasSubstr(std::string("\n  ") + command + " "));
         const std::string text = done({command, "--help"});
         EXPECT_THAT(text, testing::HasSubstr(std::string("Usage: vdcertificates ") + command));
