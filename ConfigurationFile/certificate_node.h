@@ -6,22 +6,22 @@
 
 namespace vdcertificates {
 
-/// One entry of the file. Texts are UTF-8; the paths are kept, never opened.
+/// One entry of the file. Texts are UTF-8. The library never opens the paths.
 struct CertificateNode {
     std::string name; ///< the role's element name, such as "SIPDevice"
     std::string publicKeyPath;
     std::string privateKeyPath;
     std::string certificatePath;
-    std::string password; ///< in clear: the file holds it enciphered
+    std::string password; ///< in clear; enciphered in the file
     std::string trustedCertificatePath;
 };
 
 /// One section of the file.
 struct ConfigurationFileNodes {
-    /// The entries that stand directly in the section, in file order.
+    /// The entries directly in the section, in file order.
     std::vector<CertificateNode> certificates;
-    /// The entries under each server name. Keys are ordered by bytes, while all searches fold
-    /// the case of ASCII letters.
+    /// The entries by server name. Keys are ordered by their bytes, but all searches ignore the
+    /// case of ASCII letters.
     std::map<std::string, std::vector<CertificateNode>> notifiers;
 };
 

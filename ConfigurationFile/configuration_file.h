@@ -19,25 +19,35 @@ class CertificateKeys;
 
 namespace vdcertificates {
 
-/// The certificate record of this machine: for each role, where its key and certificate files
-/// lie, and its password. Every call reads the file anew and every change rewrites it; the object
-/// holds only the machine's keys and mutex, and copies share both.
+/// The certificate record of this machine: for each role, the paths of its key and certificate
+/// files and its password. Every call reads the file anew and every change rewrites it; the object
+/// holds only the machine's keys and mutex, which copies share. Thread-safe.
 ///
-/// Setters give true when the change is in the file. Getters give true when the file could be
-/// read, whether or not it holds the entry: outputs of a missing entry stay as they were, so pass
-/// empty strings. On false nothing was changed; the cause stands in the trace. Texts are UTF-8,
-/// server names are found whatever the case of their ASCII letters, and an empty password or
-/// trusted path in a setter clears the stored one. May be used from several threads at once.
+/// A getter returns true if the file could be read to its end. A missing server or entry leaves the
+/// outputs as they were, so pass empty strings. On false the outputs are unchanged, too, unless the
+/// look-up of a host name failed (get_subsystems_remote_client_certificate_information).
+///
+/// A setter returns true once the file is written. It drops what it cannot read: of a file that is
+/// malformed, holds a password that these keys do not decipher, or cannot be opened, only the
+/// entries before that point and the new one remain, and the result is true. Only a file that
+/// another process holds exclusively ends the change, if `ORVA_Certificates` names it and the
+/// section is not "MediaRetrieval". False means that the change is not in the file: it is as it
+/// was, unless the write itself failed and left it cut.
+///
+/// The trace names the cause of every false (QNTRACE=11). Texts are UTF-8. Server names match
+/// regardless of the case of ASCII letters. Setters overwrite all fields, also by empty texts.
+/// Where a function throws, catch std::exception: the type behind it is not part of the package.
 class VDCERTIFICATES_API ConfigurationFile {
   public:
-    /// Loads the machine's keys, making them on first use. Throws ErrorException when they can be
-    /// neither read nor made, or the machine-wide mutex fails.
+    /// Loads the machine's keys; makes them on first use, and in place of files that hold no pair.
+    /// Throws if they can be neither read nor made, or if the machine-wide mutex fails. Files that
+    /// hold a pair but cannot be read now are never replaced: a later attempt may succeed.
     ConfigurationFile();
     ConfigurationFile(const ConfigurationFile& other);
     ConfigurationFile& operator=(const ConfigurationFile& other);
     ~ConfigurationFile();
 
-    // The cluster's certificate: one for the machine.
+    // The certificate of the cluster: one per machine.
     const bool
     set_cluster_certificate_information(const std::string& rClusterCertificatePublicKeyFilePath,
                                         const std::string& rClusterCertificatePrivateKeyFilePath,
@@ -77,8 +87,9 @@ class VDCERTIFICATES_API ConfigurationFile {
         const std::string& rSubsystemsRemoteClientCertificatePrivateKeyFilePath,
         const std::string& rSubsystemsRemoteClientCertificateFilePath, const std::string& rPassword,
         const std::string& rTrustedCertificateFilePath);
-    /// When nothing is found under the name and it is an address or a name with dots, the search
-    /// goes on with the short host name behind it; that may wait for the network.
+    /// If the certificate and the trusted path are empty after the search, and the name contains a
+    /// dot or a colon, searches again: for the short host name of an address, which may wait for
+    /// the network, or for the part of the name before its first dot.
     const bool get_subsystems_remote_client_certificate_information(
         const std::string& rServerName,
         std::string& rSubsystemsRemoteClientCertificatePublicKeyFilePath,
@@ -144,9 +155,9 @@ class VDCERTIFICATES_API ConfigurationFile {
         std::string& rMediaRetrievalClientCertificateFilePath, std::string& rPassword,
         std::string& rTrustedCertificateFilePath);
 
-    /// Entries of any name, merged into the section "Notifiers".
+    /// Merges entries of any name into the section "Notifiers".
     const bool set_additional_certificate_information(const ConfigurationFileNodes& rNodes);
-    /// The whole section "Notifiers"; on false what could be read of it.
+    /// Reads the whole section "Notifiers"; on false `rNodes` holds what could be read of it.
     const bool get_additional_certificate_information(ConfigurationFileNodes& rNodes);
 
     // The names of the file, its elements and its keys.
@@ -173,7 +184,7 @@ class VDCERTIFICATES_API ConfigurationFile {
 
     // All of these report by exception.
 
-    /// Reads the section `nodeName` of the file in place of what `nodes` held.
+    /// Replaces `nodes` by the section `nodeName` of the file.
     void get_certificate_information(ConfigurationFileNodes& nodes, const std::string& nodeName);
     void get_subsystems_certificate_information(ConfigurationFileNodes& nodes);
     void get_devices_certificate_information(ConfigurationFileNodes& nodes);
@@ -190,23 +201,24 @@ class VDCERTIFICATES_API ConfigurationFile {
                                      const std::string& nodeName, std::string& text);
 
     std::string encipher_password(const std::string& password);
-    /// Wipes the cipher text that it was given.
+    /// Wipes `cipherText`.
     std::string decipher_password(std::string& cipherText);
 
-    /// The whole path of the file, its directory made and its access probed.
+    /// The path of the file. Creates its directory and probes the access to it.
     std::string get_configuration_file_path();
 
     qncore::RefCountPtr<qncertificates::CertificateKeys> m_certificateKeys;
     qncore::RefCountPtr<ConfigurationFileMutex> m_configurationFileMutex;
 };
 
-/// The computer's name, which the names of the file and of the key files begin with. UTF-8,
-/// neither folded nor cut.
+/// The computer's name, with which the names of the file and of the key files begin: UTF-8, neither
+/// folded nor cut. Throws if the system does not tell it.
 VDCERTIFICATES_API std::string get_local_machine_name();
 
 /// The directory of the key files and, by default, of the configuration file, without a trailing
-/// separator; made when missing. The machine's setting when this account may write there, else
-/// below the user's profile, else empty. Throws ErrorException when it cannot be made.
+/// separator; creates it. The machine's setting if this account may write there, else a directory
+/// in the user's profile, else empty. Throws if it cannot be created, or if the setting cannot be
+/// read.
 VDCERTIFICATES_API std::string create_and_get_default_root_configuration_directory();
 
 } // namespace vdcertificates

@@ -1,5 +1,7 @@
 #include "ConfigurationFile/configuration_file_mutex.h"
 
+#include <exception>
+
 #include "ConfigurationFile/trace_topic.h"
 #include "platform/system_error.h"
 #include "qncertificates/errors.h"
@@ -83,7 +85,13 @@ ConfigurationFileExclusiveAccessLock& ConfigurationFileExclusiveAccessLock::oper
     const ConfigurationFileExclusiveAccessLock& other) = default;
 
 ConfigurationFileExclusiveAccessLock::~ConfigurationFileExclusiveAccessLock() noexcept(false) {
-    m_mutexHolder->release_lock();
+    try {
+        m_mutexHolder->release_lock();
+    } catch (const std::exception&) {
+        if (std::uncaught_exceptions() == 0) { // else it is the first failure that goes on
+            throw;
+        }
+    }
 }
 
 } // namespace vdcertificates

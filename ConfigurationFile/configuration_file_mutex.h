@@ -8,19 +8,23 @@
 
 namespace vdcertificates {
 
-/// The machine-wide mutex that all programs take around each access to the file. Failures are
-/// ErrorExceptions with the code of qncertificates_parameter_invalid and the system's number.
+/// The machine-wide mutex that all programs take around each access to the file. Recursive: the
+/// thread that holds it may take it again, also through another object, and call the operations of
+/// ConfigurationFile, so that a program can read and change under one lock. Failures derive from
+/// std::exception and carry the system's number in their text.
 class VDCERTIFICATES_API ConfigurationFileMutex
     : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
-    /// The same in every build: it is what the programs of a machine have in common.
+    /// The same in every build: all programs of a machine share it.
     static const std::string sm_configurationFileMutexName;
 
-    /// A new object on the one mutex; throws when it can be neither created nor opened.
+    /// Returns a new object for the one mutex. Throws if it can be neither created nor opened.
     static qncore::RefCountPtr<ConfigurationFileMutex> create();
 
-    /// Waits with no time limit. To be released by the same thread.
+    /// Waits without a time limit; returns at once in a thread that holds the mutex, through any
+    /// object.
     void acquire_lock();
+    /// Once for each acquire_lock(), on the same thread. Throws if this thread does not hold it.
     void release_lock();
 
   private:
@@ -30,8 +34,9 @@ class VDCERTIFICATES_API ConfigurationFileMutex
     platform::NamedMutex m_mutex;
 };
 
-/// Holds the mutex for a scope. A copy does not acquire, yet releases: an object and its copy
-/// release twice, and the second release throws out of the destructor.
+/// Holds the mutex for a scope. A copy does not acquire but releases (required): of an object and
+/// its copy, the second destructor throws. No destructor throws while another exception is on its
+/// way.
 class VDCERTIFICATES_API ConfigurationFileExclusiveAccessLock {
   public:
     explicit ConfigurationFileExclusiveAccessLock(

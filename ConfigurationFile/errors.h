@@ -5,6 +5,7 @@
 namespace vdcertificates::error {
 
 /// Another process holds the configuration file open exclusively.
-extern const qncore::ErrorCode sharing_violation;
+inline constinit const qncore::ErrorCode sharing_violation{
+    "error.qncertificates.filesystem.open.sharing_violation"};
 
 } // namespace vdcertificates::error

@@ -4,8 +4,8 @@
 
 namespace vdcertificates {
 
-/// True when this process may write the file; the probe creates a missing one, empty. A file that
-/// another process holds exclusively for all of three attempts in 60 ms sets `sharingViolation`.
+/// Returns true if this process may write the file; creates a missing one, empty. Sets
+/// `sharingViolation` if another process holds the file exclusively during three attempts in 60 ms.
 bool file_has_write_access(const std::string& path, bool* sharingViolation);
 
 } // namespace vdcertificates

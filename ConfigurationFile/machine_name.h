@@ -7,15 +7,15 @@ namespace vdcertificates {
 /// Keeps the system's name service started for its scope and turns addresses into host names.
 class auto_search_string {
   public:
-    /// Throws std::runtime_error when the name service does not start.
+    /// Throws std::runtime_error if the name service does not start.
     auto_search_string();
     auto_search_string(const auto_search_string&) = delete;
     auto_search_string& operator=(const auto_search_string&) = delete;
     ~auto_search_string();
 
-    /// The short host name behind an address, or the part of a name before its first dot. May
-    /// wait for the network; throws std::runtime_error when the look-up fails. An address that
-    /// has no name is cut at its first dot like any name.
+    /// The short host name of an address, or the part of a name before its first dot. May wait for
+    /// the network; throws std::runtime_error if the look-up fails. An address without a name is
+    /// cut at its first dot like any name.
     std::string to_host_name(const std::string& server);
 };
 

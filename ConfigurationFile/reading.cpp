@@ -52,6 +52,16 @@ CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry,
     return node;
 }
 
+/// Whatever throws, no server is left without an entry.
+void append(ConfigurationFileNodes& nodes, const std::string& server, CertificateNode node) {
+    std::vector<CertificateNode> entries;
+    entries.push_back(std::move(node));
+    const auto [place, is_new] = nodes.notifiers.try_emplace(server, std::move(entries));
+    if (!is_new) {
+        place->second.push_back(std::move(entries.front()));
+    }
+}
+
 void read_entries(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
                   PasswordCipher& cipher, const ConfigurationFileAccess::Filter& keeps) {
     for_each_child(reader, section, [&](const Element& child) {
@@ -66,9 +76,9 @@ void read_entries(qnxml::XmlReader& reader, const Element& section, Configuratio
         const std::string key = attribute != nullptr ? attribute->value() : qncore::g_emptyString;
         const bool kept = keeps(&key);
         for_each_child(reader, child, [&](const Element& entry) {
-            CertificateNode node = read_entry(reader, entry, cipher); // may throw: no empty key then
+            CertificateNode node = read_entry(reader, entry, cipher);
             if (kept) {
-                nodes.notifiers[key].push_back(std::move(node));
+                append(nodes, key, std::move(node));
             }
         });
     });

@@ -12,46 +12,42 @@ namespace vdcertificates {
 using Access = ConfigurationFileAccess;
 
 #define FUNCTIONS(name)                                                                            \
-    "vdcertificates::ConfigurationFile::set_" name "_certificate_information()",                   \
-        "vdcertificates::ConfigurationFile::get_" name "_certificate_information()"
+    .setter = "vdcertificates::ConfigurationFile::set_" name "_certificate_information()",         \
+    .getter = "vdcertificates::ConfigurationFile::get_" name "_certificate_information()"
 
 // clang-format off
 const Role roles::cluster{
-    ConfigurationFile::sm_clusterCertificate, Access::notifiers, false, false, false,
-    FUNCTIONS("cluster"),
-    "rClusterCertificatePublicKeyFilePath: {}, rClusterCertificatePrivateKeyFilePath: {}, rClusterCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_clusterCertificate, .section = Access::notifiers, FUNCTIONS("cluster"),
+    .trace_format = "rClusterCertificatePublicKeyFilePath: {}, rClusterCertificatePrivateKeyFilePath: {}, rClusterCertificateFilePath: {}",
+    .by_server = false,
+    .has_trusted_path = false};
 const Role roles::subsystems{
-    ConfigurationFile::sm_subsystemsCertificate, Access::notifiers, true, false, false,
-    FUNCTIONS("subsystems"),
-    "rServerName: {}, rSubsystemsCertificatePublicKeyFilePath: {}, rSubsystemsCertificatePrivateKeyFilePath: {}, rSubsystemsCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_subsystemsCertificate, .section = Access::notifiers, FUNCTIONS("subsystems"),
+    .trace_format = "rServerName: {}, rSubsystemsCertificatePublicKeyFilePath: {}, rSubsystemsCertificatePrivateKeyFilePath: {}, rSubsystemsCertificateFilePath: {}",
+    .has_trusted_path = false};
 const Role roles::subsystems_server{
-    ConfigurationFile::sm_subsystemsServerCertificate, Access::notifiers, true, true, false,
-    FUNCTIONS("subsystems_server"),
-    "rServerName: {}, rSubsystemsServerCertificatePublicKeyFilePath: {}, rSubsystemsServerCertificatePrivateKeyFilePath: {}, rSubsystemsServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_subsystemsServerCertificate, .section = Access::notifiers, FUNCTIONS("subsystems_server"),
+    .trace_format = "rServerName: {}, rSubsystemsServerCertificatePublicKeyFilePath: {}, rSubsystemsServerCertificatePrivateKeyFilePath: {}, rSubsystemsServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
 const Role roles::subsystems_remote_client{
-    ConfigurationFile::sm_subsystemsRemoteClientCertificate, Access::notifiers, true, true, true,
-    FUNCTIONS("subsystems_remote_client"),
-    "rServerName: {}, rSubsystemsRemoteClientCertificatePublicKeyFilePath: {}, rSubsystemsRemoteClientCertificatePrivateKeyFilePath: {}, rSubsystemsRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_subsystemsRemoteClientCertificate, .section = Access::notifiers, FUNCTIONS("subsystems_remote_client"),
+    .trace_format = "rServerName: {}, rSubsystemsRemoteClientCertificatePublicKeyFilePath: {}, rSubsystemsRemoteClientCertificatePrivateKeyFilePath: {}, rSubsystemsRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}",
+    .tries_short_name = true};
 const Role roles::remote_client{
-    ConfigurationFile::sm_remoteClientCertificate, Access::notifiers, true, true, false,
-    FUNCTIONS("remote_client"),
-    "rServerName: {}, rRemoteClientCertificatePublicKeyFilePath: {}, rRemoteClientCertificatePrivateKeyFilePath: {}, rRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_remoteClientCertificate, .section = Access::notifiers, FUNCTIONS("remote_client"),
+    .trace_format = "rServerName: {}, rRemoteClientCertificatePublicKeyFilePath: {}, rRemoteClientCertificatePrivateKeyFilePath: {}, rRemoteClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
 const Role roles::web_config{
-    ConfigurationFile::sm_webConfigCertificate, Access::notifiers, true, false, false,
-    FUNCTIONS("webconfig"),
-    "rServerName: {}, rWebConfigCertificatePublicKeyFilePath: {}, rWebConfigCertificatePrivateKeyFilePath: {}, rWebConfigCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_webConfigCertificate, .section = Access::notifiers, FUNCTIONS("webconfig"),
+    .trace_format = "rServerName: {}, rWebConfigCertificatePublicKeyFilePath: {}, rWebConfigCertificatePrivateKeyFilePath: {}, rWebConfigCertificateFilePath: {}",
+    .has_trusted_path = false};
 const Role roles::device{
-    ConfigurationFile::sm_deviceCertificate, Access::devices, true, true, false,
-    FUNCTIONS("devices"),
-    "rServerName: {}, rDevicesCertificatePublicKeyFilePath: {}, rDevicesCertificatePrivateKeyFilePath: {}, rDevicesCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_deviceCertificate, .section = Access::devices, FUNCTIONS("devices"),
+    .trace_format = "rServerName: {}, rDevicesCertificatePublicKeyFilePath: {}, rDevicesCertificatePrivateKeyFilePath: {}, rDevicesCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
 const Role roles::media_retrieval_server{
-    ConfigurationFile::sm_mediaRetrievalServerCertificate, Access::media_retrieval, true, true, false,
-    FUNCTIONS("media_retrieval_server"),
-    "rServerName: {}, rMediaRetrievalServerCertificatePublicKeyFilePath: {}, rMediaRetrievalServerCertificatePrivateKeyFilePath: {}, rMediaRetrievalServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_mediaRetrievalServerCertificate, .section = Access::media_retrieval, FUNCTIONS("media_retrieval_server"),
+    .trace_format = "rServerName: {}, rMediaRetrievalServerCertificatePublicKeyFilePath: {}, rMediaRetrievalServerCertificatePrivateKeyFilePath: {}, rMediaRetrievalServerCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
 const Role roles::media_retrieval_client{
-    ConfigurationFile::sm_mediaRetrievalClientCertificate, Access::media_retrieval, true, true, false,
-    FUNCTIONS("media_retrieval_client"),
-    "rServerName: {}, rMediaRetrievalClientCertificatePublicKeyFilePath: {}, rMediaRetrievalClientCertificatePrivateKeyFilePath: {}, rMediaRetrievalClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
+    .element = ConfigurationFile::sm_mediaRetrievalClientCertificate, .section = Access::media_retrieval, FUNCTIONS("media_retrieval_client"),
+    .trace_format = "rServerName: {}, rMediaRetrievalClientCertificatePublicKeyFilePath: {}, rMediaRetrievalClientCertificatePrivateKeyFilePath: {}, rMediaRetrievalClientCertificateFilePath: {}, rTrustedCertificateFilePath: {}"};
 // clang-format on
 
 #undef FUNCTIONS
@@ -144,12 +140,7 @@ bool set_role(ConfigurationFile& file, const Role& role, const std::string& serv
     entry.name = role.element;
     ConfigurationFileNodes nodes;
     (role.by_server ? nodes.notifiers[serverName] : nodes.certificates).push_back(std::move(entry));
-    try {
-        (file.*role.section.write)(nodes);
-        return true;
-    } catch (...) {
-        return false;
-    }
+    return succeeds([&] { (file.*role.section.write)(nodes); });
 }
 
 bool get_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
@@ -164,9 +155,7 @@ bool get_role(ConfigurationFile& file, const Role& role, const std::string& serv
                    : server == nullptr;
     };
     ConfigurationFileNodes nodes;
-    try {
-        Access::read_section(file, role.section.name, nodes, keeps);
-    } catch (...) {
+    if (!succeeds([&] { Access::read_section(file, role.section.name, nodes, keeps); })) {
         return false;
     }
     search(nodes, role, serverName, outputs);

@@ -6,16 +6,16 @@
 
 namespace vdcertificates {
 
-/// One certificate role: where its entry stands and how its accessors trace.
+/// One certificate role: where its entry is in the file, and how its accessors trace.
 struct Role {
     const std::string& element; ///< name of its entry
     const ConfigurationFileAccess::Section& section;
-    bool by_server;        ///< grouped under a server name, else directly in the section
-    bool has_trusted_path; ///< its accessors carry the trusted path
-    bool tries_short_name; ///< its getter makes a second attempt with the short host name
-    const char* setter;    ///< qualified names
+    const char* setter; ///< qualified names
     const char* getter;
     const char* trace_format; ///< of the arguments: server name, three paths, trusted path
+    bool by_server = true;    ///< grouped under a server name, else directly in the section
+    bool has_trusted_path = true;  ///< its accessors carry the trusted path
+    bool tries_short_name = false; ///< its getter makes a second attempt with the short host name
 };
 
 namespace roles {
@@ -32,7 +32,7 @@ extern const Role media_retrieval_client;
 
 } // namespace roles
 
-/// What a getter fills; `trusted_path` is null for roles without one.
+/// The outputs of a getter; `trusted_path` is null for roles without one.
 struct RoleOutputs {
     std::string& public_key;
     std::string& private_key;
@@ -40,6 +40,17 @@ struct RoleOutputs {
     std::string& password;
     std::string* trusted_path;
 };
+
+/// Runs the private operation of an accessor; returns false if anything was thrown.
+template <class Operation>
+bool succeeds(const Operation& operation) {
+    try {
+        operation();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
 
 /// The bodies of all setters and of all getters. `serverName` is ignored for the cluster.
 bool set_role(ConfigurationFile& file, const Role& role, const std::string& serverName,

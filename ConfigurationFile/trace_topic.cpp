@@ -8,16 +8,15 @@ constinit qntrace::intTopicHdl* g_traceTopic = nullptr;
 
 namespace {
 
-/// Opens the module's topic while the library is loaded.
+/// Opens the module's topic while the library is loaded. Messages work from the first line on.
 struct TopicRegistration {
     TopicRegistration() {
+        g_traceTopic = qntrace::get_system_topic_handle();
         const std::string name = "VDCertificatesConfigurationFile";
         g_traceTopic = qntrace::get_trace_mgr().open_topic(name, nullptr, static_cast<char>(0x81));
     }
 };
 
-// In this order: messages work from the first of the two on.
-const bool g_systemTopicFirst = (g_traceTopic = qntrace::get_system_topic_handle()) != nullptr;
 const TopicRegistration g_registration;
 
 } // namespace

@@ -1,5 +1,5 @@
-// Parsing with normalisation against uriparser and Boost.URL, the three in turn over one list; and
-// the cost of a byte in long texts that repeat one piece.
+// Parsing with normalisation against uriparser and Boost.URL, in turn over one list; and the cost
+// of a byte in long texts of one repeated piece.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -11,7 +11,6 @@
 #include <boost/url.hpp>
 #include <uriparser/Uri.h>
 
-#include "qnuri/parse.h"
 #include "qnuri/uri.h"
 
 namespace {
@@ -39,13 +38,13 @@ const std::string texts[] = {
     "?page=2",
 };
 
-/// Parses every text and gives how many bytes the normal forms hold.
+/// Parses every text and returns the size of all normal forms.
 using Parse = std::size_t (*)();
 
 std::size_t parse_here() {
     std::size_t bytes = 0;
     for (const std::string& text : texts) {
-        bytes += qnuri::parse_uri_reference(text.data(), text.size(), false)->text.size();
+        bytes += qnuri::UriReference::parse(text).text().size();
     }
     return bytes;
 }
@@ -128,18 +127,13 @@ std::string repeated(const std::string& start, const std::string& piece, std::si
 }
 
 std::size_t parsed_size(const std::string& text) {
-    return qnuri::parse_uri_reference(text.data(), text.size(), false)->text.size();
+    return qnuri::UriReference::parse(text).text().size();
 }
 
-/// One text against a base as deep as it climbs.
+/// Resolves a text against a base at least as deep as it climbs.
 std::size_t resolved_size(const std::string& text) {
-    const std::string base = repeated("gen://h/", "a/", text.size());
-    return resolve_text(text.data(), text.size(),
-                        to_uri(qnuri::UriReference(
-                            qnuri::parse_uri_reference(base.data(), base.size(), false))),
-                        false)
-        .text()
-        .size();
+    const qnuri::Uri base = qnuri::Uri::parse(repeated("gen://h/", "a/", text.size()));
+    return resolve_text(text.data(), text.size(), base, false).text().size();
 }
 
 void measure_long_texts() {

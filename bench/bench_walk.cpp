@@ -1,7 +1,7 @@
 // Recursive walks with statistics over 100,000 files: ours, fts(3), and the standard library's
-// iterator with lstat(2), in turn. Ours delivers "." and ".." of each directory, fts(3) when told
-// to. Each walk adds up the sizes. The counters are medians of milliseconds of processor time, and
-// the most heap that a walk held at a time.
+// iterator with lstat(2), in turn. Ours delivers "." and ".." of each directory, fts(3) on request.
+// Each walk adds up the sizes. The counters are medians of milliseconds of processor time, and the
+// largest heap of a walk.
 
 #include <algorithm>
 #include <array>
@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 
 constexpr int file_count = 100'000;
 
-/// A tree of the benchmark's own that goes at the end: `directories` with 100,000 files in all.
+/// A tree of 100,000 files in `directories`, removed at the end.
 class Tree {
   public:
     explicit Tree(int directories)
@@ -58,7 +58,7 @@ class Tree {
     fs::path root_;
 };
 
-/// The tree of that many directories, made on first use: making it takes longer than walks do.
+/// The tree of that many directories, created on first use, since that takes longer than walks.
 const Tree& tree_of(std::int64_t directories) {
     if (directories == 1) {
         static const Tree flat(1);
@@ -80,7 +80,7 @@ struct Sum {
     }
 };
 
-/// The most heap that is held at a time, looked at with every 16th file.
+/// The largest heap, sampled at every 16th file.
 class HeapMeter {
   public:
     void look() {
@@ -163,8 +163,8 @@ struct Walk {
     std::vector<double> times = {};
 };
 
-/// A turn is one walk of each kind, begun by another kind each time. `x/y` is the median of the
-/// quotients of the turns.
+/// A turn is one walk of each kind, starting with another kind each time. `x/y` is the median of the
+/// turns' quotients.
 void walks(benchmark::State& state) {
     const std::string root = tree_of(state.range(0)).root().string();
     std::array<Walk, 4> kinds{{{"ours", walk_ours},

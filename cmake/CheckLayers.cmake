@@ -1,22 +1,9 @@
-# Holds every #include between rooms against the allowed graph, and the operating system's headers
-# and macros against the one room that may use them.
+# Holds every #include between rooms against the graph in docs/architecture.md, and the operating
+# system's headers and macros against the one room that may use them.
 # Run: cmake -D ROOT=<source tree> -P CheckLayers.cmake
 cmake_minimum_required(VERSION 3.25)
 
-set(allowed_platform "")
-set(allowed_qncore platform)
-set(allowed_qnuri qncore)
-set(allowed_qnfile platform qncore qnuri)
-set(allowed_qnxml qncore qnuri)
-set(allowed_qncrypto qncore)
-set(allowed_VDCertificatesFileUtilities platform qncore)
-set(allowed_qncertificates platform qncore qnfile qncrypto)
-set(allowed_ConfigurationFile
-  platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates)
-set(allowed_tools
-  platform qncore qnuri qnfile qnxml qncrypto qncertificates ConfigurationFile)
-set(rooms platform qncore qnuri qnfile qnxml qncrypto VDCertificatesFileUtilities qncertificates
-  ConfigurationFile tools)
+include(${CMAKE_CURRENT_LIST_DIR}/Rooms.cmake)
 
 set(faults "")
 foreach(room IN LISTS rooms)

@@ -23,7 +23,7 @@ target_link_libraries(PkgConfig::ACE INTERFACE ws2_32 mswsock netapi32 iphlpapi)
 # Only these folders: beside them lie the headers of the C library of Linux.
 set(headers ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${headers})
-foreach(folder spdlog fmt utf8cpp CLI nlohmann)
+foreach(folder spdlog fmt utf8cpp nlohmann)
   if(NOT IS_DIRECTORY /usr/include/${folder})
     message(FATAL_ERROR "/usr/include/${folder} is missing; scripts/install-packages build installs it.")
   endif()
@@ -40,7 +40,6 @@ target_compile_definitions(spdlog::spdlog_header_only INTERFACE
   SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY SPDLOG_WCHAR_FILENAMES)
 orva_header_library(utf8cpp)
 target_include_directories(utf8cpp SYSTEM INTERFACE ${headers}/utf8cpp)
-orva_header_library(CLI11::CLI11)
 orva_header_library(nlohmann_json::nlohmann_json)
 
 if(ORVA_BUILD_TESTS)

@@ -53,7 +53,7 @@ void check(const std::basic_string<Unit>& text, const std::basic_string<Unit>& n
             return;
         }
         fuzz::require(pattern.text().at(pattern.segment_length()) == Unit{'/'},
-                      "a slash stands behind the segment");
+                      "a slash follows the segment");
         pattern = pattern.next_segment();
     }
 }

@@ -1,21 +1,24 @@
 // The reader against expat (with namespaces): whatever expat accepts the reader reports alike, by
-// elements, attributes, text, comments and targets of instructions, and in fills of any size.
+// elements, attributes, text, comments and targets of instructions, and in fills of any size. And
+// the tokenizer against itself without bytes at hand, character by character.
 //
 // Where the two differ by rule:
 // - The reader skips DOCTYPE, in which it knows nothing but angle brackets: no entities, no default
 //   attributes. Documents with an external or an internal subset are not compared.
 // - The reader knows UTF-8 only, so expat is told to take UTF-8.
-// - Data of instructions: the reader hands over the white space in front and loses a lone "?", so
-//   that "??>" ends none. Documents with that are not compared.
-// - A CR as the last byte of the data has the last fill read again, and so has a character that is
-//   cut by the end. Neither is compared.
-// - What expat accepts and the reader refuses stands in `refusals`.
+// - Data of instructions: the reader reports the white space in front and loses a lone "?", so
+// "??>"
+//   does not end one. Documents with that are not compared.
+// - After a CR as the last byte of the data, and after a character that is cut by the end, the last
+//   fill is read again. Neither is compared.
+// - What expat accepts and the reader refuses is in `refusals`.
 // - The reader accepts more: several root elements, dots before names, any control character, "]]>"
 //   in text, references without a semicolon, prefixes unbound by xmlns:p="", two attributes that
 //   are one by their namespaces. Nothing is said about that here.
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <sstream>
 #include <string_view>
 
 #include <expat.h>
@@ -31,7 +34,7 @@ namespace {
 using qnxml::XmlNodeType;
 using qnxml::XmlReader;
 
-/// Stands before each event. No document that expat accepts holds it.
+/// Precedes each event. No document that expat accepts contains it.
 constexpr char event_mark = '\1';
 
 constexpr std::string_view refusals[] = {
@@ -137,6 +140,58 @@ Report report_by_reader(const std::string& document, std::size_t bufferSize) {
     return report;
 }
 
+/// The tokenizer without bytes at hand: each character comes through get_next_char().
+class PlainTokenizer final : public qnxml::XmlCharStreamTokenizerBase {
+  public:
+    PlainTokenizer(std::size_t bufferSize, qnxml::XmlStreamTokenizer::Stream stream)
+        : source_(bufferSize, std::move(stream)) {}
+
+    qnxml::XmlLocation location() const override { return source_.location(); }
+
+  protected:
+    int get_next_char(char* out) override {
+        const int length = source_.get_next_char(out);
+        if (length < 0) {
+            stream_failure("Invalid UTF-8 character in stream", {}, source_.last_error()->nested());
+        }
+        return length;
+    }
+
+  private:
+    struct Source final : qnxml::XmlStreamTokenizer {
+        Source(std::size_t bufferSize, Stream stream)
+            : XmlStreamTokenizer({}, 1, bufferSize, std::move(stream)) {}
+        using XmlStreamTokenizer::get_next_char;
+    };
+
+    Source source_;
+};
+
+/// All tokens with all that can be asked about them, up to the end.
+std::string tokens_of(qnxml::IXmlTokenizer& tokenizer) {
+    std::ostringstream all;
+    qnxml::XmlTokenType token{};
+    while (token != qnxml::XmlTokenType::DocumentEnd && token != qnxml::XmlTokenType::Error) {
+        token = tokenizer.next_token();
+        const qnxml::XmlLocation at = tokenizer.location();
+        all << token << '(' << tokenizer.token_text().view() << ')' << tokenizer.attribute_quote()
+            << '@' << at.line << ',' << at.linePos << ',' << at.sourcePos << '\n';
+    }
+    if (tokenizer.last_error()) {
+        all << tokenizer.last_error()->text();
+    }
+    return all.str();
+}
+
+void compare_tokens(const std::string& document, std::size_t bufferSize) {
+    const auto stream = [&document] {
+        return qnxml::XmlStreamTokenizer::Stream(new support::MemoryReadStream(document));
+    };
+    qnxml::XmlStreamTokenizer with({}, 1, bufferSize, stream());
+    PlainTokenizer without(bufferSize, stream());
+    fuzz::require(tokens_of(with) == tokens_of(without), "bytes at hand make no difference");
+}
+
 /// What expat's handlers add to.
 struct ExpatRun {
     XML_Parser parser = XML_ParserCreateNS("UTF-8", '|');
@@ -209,6 +264,8 @@ bool may_end_inside_a_character(const std::string& document) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string document(data, data + size);
+    compare_tokens(document, 32 + size % 64);
+    compare_tokens(document, 4096);
     const Report report = report_by_reader(document, 4096);
     const Report in_small_fills = report_by_reader(document, 32);
     if (may_end_inside_a_character(document)) {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,8 +12,16 @@
 
 namespace platform {
 
-/// Reads the entries of one directory in the system's order, "." and ".." among them. It stands on
-/// one entry at a time and keeps nothing of those that it has passed.
+/// Which directory it is, whatever name leads to it.
+struct DirectoryIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t number = 0;
+
+    friend bool operator==(const DirectoryIdentity&, const DirectoryIdentity&) = default;
+};
+
+/// Reads the entries of one directory in the system's order, "." and ".." included. It holds one
+/// entry at a time.
 class DirectoryReader {
   public:
     DirectoryReader() noexcept;
@@ -19,39 +29,43 @@ class DirectoryReader {
     DirectoryReader& operator=(const DirectoryReader&) = delete;
     ~DirectoryReader();
 
-    /// Opens a directory, whose path ends in a separator, and steps on its first entry; to be
-    /// called once. `parent` may be null; else it is a reader that stands on this directory in the
-    /// directory above, and outlives this reader. False when there is nothing to read: no entries
-    /// at all, or (Linux) a link that leads back to a directory which a parent reads.
+    /// Opens a directory, whose path ends in a separator, and moves to its first entry; call it
+    /// once. A `parent` that is not null is at this directory in the directory above: on Linux the
+    /// directory is opened through it, so the path may be longer than the system's limit.
+    /// False when there are no entries.
     Result<bool> open(const std::string& path, const DirectoryReader* parent);
 
-    /// Steps on the next entry; false when there is none.
+    /// Moves to the next entry; false when there is none. On Linux it fails also when the system
+    /// cannot tell whether a symbolic link leads to a directory.
     Result<bool> next();
 
-    /// Gives the system's handle back. The reader is closed afterwards, whatever comes out.
+    /// Closes the system's handle. The reader is closed afterwards even if this fails.
     SystemError close();
 
     bool is_open() const noexcept { return state_ != nullptr; }
 
-    /// The system's handle, to be shown in messages.
-    const void* handle() const noexcept;
+    // Of an open reader.
 
-    // Of the entry that the reader stands on; the views hold until it moves.
+    /// The system's handle, to be shown in messages; also of a closed reader.
+    const void* handle() const noexcept;
+    /// The directory that is read; nothing on Windows, or when the system does not tell.
+    std::optional<DirectoryIdentity> identity() const noexcept;
+
+    // Of the current entry; the views hold until the reader moves.
 
     /// UTF-8 on Windows, plain bytes on Linux.
-    std::string_view name() const noexcept { return name_; }
+    std::string_view name() const noexcept;
     std::basic_string_view<NameUnit> native_name() const noexcept;
     /// A directory, or a link to one.
-    bool is_directory() const noexcept { return is_directory_; }
-    /// All about the entry. What the system no longer tells, because the entry is gone or may not
-    /// be looked at, is zero; the type bits hold even so.
+    bool is_directory() const noexcept;
+    bool is_link() const noexcept;
+    /// All that the system tells about the entry. If it no longer does, because the entry is gone
+    /// or access is denied, sizes and times are zero; the type is right even so.
     FileStatus status() const;
 
   private:
     struct State;
     std::unique_ptr<State> state_;
-    std::string_view name_;
-    bool is_directory_ = false;
 };
 
 } // namespace platform

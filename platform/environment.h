@@ -5,19 +5,18 @@
 
 namespace platform {
 
-/// The bytes of an environment variable as they stand, or nothing when it is not set. On Linux a
-/// process that runs with another's privileges (set-user-id) sees none.
+/// Returns the unchanged bytes of an environment variable, or nullopt if it is not set. On Linux a
+/// process with another account's privileges (set-user-id) sees no variable.
 std::optional<std::string> environment_variable(const char* name);
 
-/// The same in UTF-8, which on Windows takes any value of the process's own environment; on Linux
-/// the bytes.
+/// Returns a variable in UTF-8. On Windows this is the Unicode environment, which can hold any
+/// text; on Linux it is environment_variable().
 std::optional<std::string> environment_text(const char* name);
 
-/// Sets a variable of this process, for this module and all it calls later. The value is UTF-8 on
-/// Windows.
+/// Sets a variable of this process. The value is UTF-8 on Windows.
 void set_environment_variable(const char* name, const std::string& value);
 
-/// The directory of the user's profile: USERPROFILE; on Linux HOME when that is not set.
+/// Returns the directory of the user's profile: USERPROFILE; on Linux HOME if that is not set.
 std::optional<std::string> user_profile_directory();
 
 } // namespace platform

@@ -1,37 +1,35 @@
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 #include "platform/system_error.h"
 
-// Names are UTF-8 on Windows and plain bytes on Linux; what stands behind an embedded zero is not
-// seen.
+// Names are UTF-8 on Windows and any bytes on Linux; they end at an embedded zero.
 namespace platform {
 
-/// True when something of that name can be seen.
+/// True if check_existence() succeeds. A failed look counts as "no".
 bool exists(const std::string& path);
 
-/// Creates one directory; is_already_exists() when something of that name is there.
+/// Creates one directory. Windows has more than one error for a directory that exists, among them
+/// access denied for the root of a drive.
 SystemError create_directory(const std::string& path);
 
-/// True when the path names a directory, or a link to one.
+/// True if the path names a directory, or a link to one.
 bool is_directory(const std::string& path);
 
-/// Success when the name exists; else why not.
+/// Succeeds if the name exists. is_not_found() if it certainly does not; any other error leaves
+/// that open.
 SystemError check_existence(const std::string& path);
 
-/// Success when this process may read and write what the name stands for; else why not.
+/// Succeeds if this process may read and write the named file.
 SystemError check_read_write_access(const std::string& path);
 
-/// Opens for writing and closes at once, shared with readers and writers. A missing file is made,
-/// empty, and stays. is_sharing_violation() when another opener denies it.
+/// Opens a file for writing, shared with readers and writers, and closes it. Creates a missing
+/// file, which stays: on Linux with the umask, or with mode 0660 if the directory has the
+/// set-group-id bit. is_sharing_violation() if another opener denies writing.
 SystemError probe_write_access(const std::string& path);
 
-/// Removes a file if it can. May be called by a handler of signals.
+/// Removes a file; ignores failures. Async-signal-safe.
 void remove_file(const char* path) noexcept;
-
-/// Lets others remove or rename a file while it is open in this stream, as Linux always does.
-void allow_removal(std::FILE* file) noexcept;
 
 } // namespace platform

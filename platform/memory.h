@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/// Overwrites memory with zeros in a way that the compiler does not drop.
+/// Overwrites memory with zeros. The compiler does not optimise this away.
 void secure_zero(void* memory, std::size_t size) noexcept;
 
 } // namespace platform

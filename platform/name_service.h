@@ -6,8 +6,8 @@
 
 namespace platform {
 
-/// Starts and stops the system's name service for this process (counted). Success is 0; any other
-/// value is the system's own number. Nothing to do on Linux.
+/// Starts and stops the system's name service for this process; calls are counted. Returns 0 on
+/// success, else the system's error number. A no-op on Linux.
 int start_name_service() noexcept;
 int stop_name_service() noexcept;
 
@@ -15,12 +15,12 @@ enum class AddressFamily { ipv4, ipv6 };
 
 struct HostName {
     bool is_address = false; ///< the text was a numeric address of the family
-    int error = 0;           ///< number of the failed look-up, 0 when there is a name
-    std::string name;        ///< the host's name, or the address in numeric form
+    int error = 0;           ///< error number of the look-up; 0 if it succeeded
+    std::string name;        ///< the host's name, or the numeric address if it has none
 };
 
-/// Reads a numeric address and asks the system for the name of the host behind it. May wait for
-/// the network.
+/// Parses a numeric address and looks up the name of its host. May wait for the network. A dotted
+/// quad has four decimal numbers; the short forms of inet_aton() are not addresses.
 HostName host_name_of_address(const std::string& address, AddressFamily family);
 
 } // namespace platform

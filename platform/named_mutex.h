@@ -7,9 +7,8 @@ namespace platform {
 class SystemError;
 
 /// A recursive mutex that all processes of the machine share by its name, which is "Global\"
-/// followed by the mutex's own name. It belongs to a thread, which may take it again through any
-/// object of that name, and is released when its process dies. A child made by fork() holds
-/// nothing.
+/// followed by the mutex's own name. The thread that holds it may lock it again, through any object
+/// of that name. It is released when its process dies; a child made by fork() holds nothing.
 class NamedMutex {
   public:
     NamedMutex() noexcept = default;
@@ -17,12 +16,12 @@ class NamedMutex {
     NamedMutex& operator=(const NamedMutex&) = delete;
     ~NamedMutex() = default;
 
-    /// Creates the mutex, or opens it with full rights when it exists. is_access_denied() when it
-    /// exists and this account has not those rights. To be called once.
+    /// Creates the mutex, or opens it with full rights if it exists. is_access_denied() if this
+    /// account does not have those rights. Must be called once, before any other function.
     SystemError create(const std::string& name);
 
-    /// Opens the existing mutex with no right but to wait and to release, after create() was
-    /// denied.
+    /// Opens the existing mutex with only the right to wait and to release, after create() was
+    /// denied. On Linux there are no other rights.
     SystemError open_limited(const std::string& name);
 
     /// Waits with no time limit. Every lock() needs an unlock() of its own.
@@ -35,7 +34,7 @@ class NamedMutex {
     SystemError close();
 
   private:
-    void* state_ = nullptr; ///< what the system's side keeps for an open mutex
+    void* state_ = nullptr; ///< owned by the implementation
 };
 
 } // namespace platform

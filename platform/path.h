@@ -9,18 +9,17 @@ using NameUnit = wchar_t;
 using NameUnit = char;
 #endif
 
-/// The separator that paths are joined with and cut at: `\` on Windows, `/` on Linux.
+/// The separator by which paths are joined and split: `\` on Windows, `/` on Linux.
 extern const char preferred_separator;
 
-/// True where the system's names are Unicode and ours are UTF-8 therefore (Windows); on Linux a
-/// name is any bytes.
+/// True if file names are UTF-8 (Windows, whose own names are Unicode). On Linux they are any
+/// bytes.
 extern const bool names_are_utf8;
 
-/// Whether paths begin with a drive or a server: true on Windows. Elsewhere all of them hang on one
-/// root.
+/// True if paths begin with a drive or a server (Windows).
 extern const bool paths_have_drives;
 
-/// True for what the system takes as a separator: both on Windows, `/` alone on Linux.
+/// True for the system's separators: `\` and `/` on Windows, only `/` on Linux.
 bool is_separator(char character) noexcept;
 
 } // namespace platform

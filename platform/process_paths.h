@@ -8,20 +8,21 @@
 // The paths that belong to this process.
 namespace platform {
 
+/// Changes the current directory of the process.
 SystemError set_current_directory(const std::string& path);
 
-/// The current directory as the system gives it, whatever its length. `bufferSize` gets the size
-/// of the last buffer that was tried, in characters.
+/// Returns the current directory, of any length. `bufferSize` receives the size of the last buffer
+/// tried, in characters, also on failure.
 Result<std::string> current_directory(std::size_t& bufferSize);
 
-/// The same; on Windows by the runtime library, whose errors are an `errno`, and which is given
-/// 2048 characters.
+/// Returns the current directory; on Windows as the runtime library reports it, with at most 2048
+/// characters and an `errno` on failure.
 Result<std::string> runtime_current_directory();
 
-/// The program that this process runs.
+/// Returns the path of the program that this process runs.
 Result<std::string> application_path();
 
-/// The directory for temporary files; empty when it cannot be told.
+/// Returns the directory for temporary files, or an empty text if it is unknown.
 std::string temporary_directory();
 
 } // namespace platform

@@ -9,24 +9,24 @@
 
 namespace platform {
 
-/// How far the removal of a link came, and why no further; no error means that it is gone.
+/// The last step in the removal of a link, and its error; without an error the link is removed.
 struct LinkRemoval {
     enum class Step : std::uint8_t { open, read, remove, remove_directory };
     Step step = Step::open;
     SystemError error;
 };
 
-/// Where things are removed. All paths are whole paths; those given to an anchor of a directory
-/// name entries of that directory.
+/// The directory in which entries are removed. All paths are whole paths; those passed to an anchor
+/// of a directory name entries of that directory.
 ///
-/// On Linux an anchor holds its directory open and reaches its entries by nothing but their last
-/// names, none of which is followed when it is a link. So a removal never leaves the tree, also
-/// when the directory or an entry has been exchanged for a link since the tree was looked at. On
-/// Windows an anchor holds nothing and the paths are resolved anew each time: a link that was
-/// there when the tree was looked at is not followed, one that somebody puts there later may be.
+/// On Linux an anchor keeps its directory open and reaches the entries only by their last names,
+/// without following links. So a removal never leaves the tree, even if somebody replaces the
+/// directory or an entry by a link after the tree was listed. On Windows an anchor holds nothing
+/// and each path is resolved again: a link that existed when the tree was listed is not followed,
+/// one that is made later may be.
 class RemovalAnchor {
   public:
-    /// Takes any path as it is.
+    /// For paths of any directory.
     RemovalAnchor() noexcept = default;
     RemovalAnchor(RemovalAnchor&& other) noexcept
         : directory_(std::exchange(other.directory_, invalid_file)) {}
@@ -35,16 +35,16 @@ class RemovalAnchor {
     RemovalAnchor& operator=(RemovalAnchor&&) = delete;
     ~RemovalAnchor() { close_file(directory_); }
 
-    /// An anchor of a directory here; a link to one is refused unless `followLinks`.
+    /// An anchor of a directory here; unless `followLinks`, a link to one is_not_found().
     Result<RemovalAnchor> open(const std::string& path, bool followLinks) const;
 
-    /// Removes a file, or on Linux a link to anything.
+    /// Removes a file, or on Linux a link to anything. The path goes to the system as it is.
     SystemError remove_file(const std::string& path) const;
     /// Removes an empty directory.
     SystemError remove_directory(const std::string& path) const;
-    /// Removes a link to a directory, and leaves alone what it points at: on Windows a mount point
-    /// (junction), and the empty directory that it leaves behind; on Linux a symbolic link, all at
-    /// once.
+    /// Removes a link to a directory, and leaves its target alone: on Windows a mount point
+    /// (junction), and then the empty directory that is left; on Linux a symbolic link, in one
+    /// step.
     LinkRemoval remove_link(const std::string& path) const;
 
   private:

@@ -7,8 +7,8 @@
 
 #include "platform/system_error.h"
 
-// What the platform layer asks where a test may stand in for the machine. The library only reads
-// these values; the functions that set them are in platform/testing and only tests link those.
+// Where a test may take the machine's place. The library only reads these values; the functions
+// that set them are in platform/testing, which only tests link.
 namespace platform {
 
 /// The calls that a test can make fail.
@@ -29,6 +29,7 @@ enum class Call : std::uint8_t {
     open_directory,
     read_directory,
     close_directory,
+    follow_link, ///< on Linux: the look at what a symbolic link in a directory leads to
     create_mutex,
     lock_mutex,
     unlock_mutex,
@@ -39,29 +40,29 @@ enum class Call : std::uint8_t {
     copy,
     set_times,
     remove_file,
-    remove_link, ///< of any directory: Wine has no links that could be removed
+    remove_link, ///< also of what is no link, since Wine has none to remove
     remove_linked_directory,
     current_directory,
     application_path,
-    path_of_file, ///< on Windows: the path has as many units as may be, and does not fit
+    path_of_file, ///< Windows: the path has as many units as the capacity, so it does not fit
 };
 
 struct Seams {
-    std::string machine_setting;   ///< stands for the machine's place of the setting when not empty
+    std::string machine_setting;   ///< replaces the place of the machine's setting if not empty
     std::string mutex_name_suffix; ///< appended to every mutex name
-    std::string computer_name;     ///< stands for the computer's name when not empty
+    std::string computer_name;     ///< replaces the computer's name if not empty
     std::atomic<Call> failing_call{Call::none}; ///< fails by its kind,
     std::atomic<int> failures_left{0};          ///< that many times
     std::atomic<int> failing_number{0};         ///< fails by its number, whatever its kind
     std::atomic<int> calls{0};                  ///< calls since that number was set
-    SystemError failure; ///< what the failing calls answer; success: a write does one byte less
-    /// Called with each path that a RemovalAnchor is about to open or to remove.
+    SystemError failure; ///< the failing calls' error; success makes a write one byte shorter
+    /// Called with each path before a RemovalAnchor opens or removes it.
     std::function<void(const std::string&)> before_removal;
 };
 
 Seams& seams() noexcept;
 
-/// Counts one call of the platform layer. True if a test has it fail.
+/// Counts one call of the platform layer. Returns true if a test makes this call fail.
 bool take_failure(Call call) noexcept;
 
 } // namespace platform

@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The answer of a failed call of the operating system: whose number it is, and the number.
-/// A default SystemError means success.
+/// The error of a call of the operating system: an error number and the system that defines it. A
+/// default SystemError means success.
 class SystemError {
   public:
     enum class Domain : std::uint8_t { none, posix, windows };
@@ -29,6 +29,8 @@ class SystemError {
     constexpr Domain domain() const noexcept { return domain_; }
     constexpr unsigned long number() const noexcept { return number_; }
 
+    /// The file or a directory of its path does not exist: ENOENT, ENOTDIR; ERROR_FILE_NOT_FOUND,
+    /// ERROR_PATH_NOT_FOUND.
     bool is_not_found() const noexcept;
     bool is_access_denied() const noexcept;
     bool is_already_exists() const noexcept;
@@ -45,13 +47,13 @@ class SystemError {
     unsigned long number_ = 0;
 };
 
-/// The refusal that an open answers when another opener's share mode forbids it.
+/// The error of an open that another opener's share mode forbids: EBUSY; ERROR_SHARING_VIOLATION.
 SystemError sharing_violation() noexcept;
 
-/// The system's own words for an error, UTF-8, one line without a final full stop or line end.
+/// Returns the system's message for an error in UTF-8, one line without a final full stop.
 std::string describe(SystemError error);
 
-/// A value, or the SystemError of the call that did not give one.
+/// A value, or the error of the call that failed to produce one.
 template <class T>
 class [[nodiscard]] Result {
   public:
@@ -66,7 +68,7 @@ class [[nodiscard]] Result {
     const T* operator->() const { return &std::get<0>(content_); }
     T* operator->() { return &std::get<0>(content_); }
 
-    /// The error; success when there is a value.
+    /// Returns the error, or success if there is a value.
     SystemError error() const noexcept {
         const SystemError* error = std::get_if<1>(&content_);
         return error != nullptr ? *error : SystemError();

@@ -4,13 +4,13 @@
 
 namespace qncertificates {
 
-/// Any bytes as one PEM block (RFC 7468) with the label "ENCIPHERED PASSWORD": lines of 64
-/// characters of the Base64 alphabet, each with a line feed.
+/// Writes any bytes as one PEM block (RFC 7468) with the label "ENCIPHERED PASSWORD", in lines of 64
+/// Base64 characters, each followed by a line feed.
 void convert_DER_to_PEM(const std::vector<unsigned char>& in, std::vector<unsigned char>& out);
 
-/// The exact bytes of such a block. Text around the block is passed over, as RFC 7468 has it; a
-/// block of another label, one with headers, and all else throw
-/// error.qncertificates.parameter.invalid and leave `out` as it was.
+/// Reads the bytes of such a block. Ignores text around it, as RFC 7468 allows. Throws
+/// error.qncertificates.parameter.invalid and leaves `out` unchanged for a block with another label
+/// or with headers, and for anything that is no PEM text.
 void convert_PEM_to_DER(const std::vector<unsigned char>& in, std::vector<unsigned char>& out);
 
 } // namespace qncertificates

@@ -5,10 +5,16 @@
 // The codes of this layer.
 namespace qncertificates::error {
 
-extern const qncore::ErrorCode qncertificates;
-extern const qncore::ErrorCode qncertificates_filesystem;
-extern const qncore::ErrorCode qncertificates_filesystem_mkdir;
-extern const qncore::ErrorCode qncertificates_parameter;
-extern const qncore::ErrorCode qncertificates_parameter_invalid;
+using qncore::ErrorCode;
+
+inline constinit const ErrorCode qncertificates{"error.qncertificates"};
+inline constinit const ErrorCode qncertificates_filesystem{"error.qncertificates.filesystem"};
+inline constinit const ErrorCode qncertificates_filesystem_mkdir{
+    "error.qncertificates.filesystem.mkdir"};
+inline constinit const ErrorCode qncertificates_filesystem_open{
+    "error.qncertificates.filesystem.open"};
+inline constinit const ErrorCode qncertificates_parameter{"error.qncertificates.parameter"};
+inline constinit const ErrorCode qncertificates_parameter_invalid{
+    "error.qncertificates.parameter.invalid"};
 
 } // namespace qncertificates::error

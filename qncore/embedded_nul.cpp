@@ -1,6 +1,7 @@
 #include "qncore/embedded_nul.h"
 
 #include "qncore/error_exception.h"
+#include "qncore/errors.h"
 
 namespace qncore::impl {
 

@@ -7,7 +7,8 @@
 namespace qncore {
 
 /// The name of a kind of failure: a dotted path that begins with "error." and the layer, such as
-/// "error.qnfile.io.open". Codes are static constants; every prefix of a code is one, too.
+/// "error.qnfile.io.open". Codes are constants in their room's errors.h; every prefix of a code
+/// that ends before a dot is declared there, too (ctest error-codes).
 class ErrorCode {
   public:
     /// Borrows a literal.
@@ -20,7 +21,7 @@ class ErrorCode {
 
     std::string_view path() const noexcept { return path_.view(); }
 
-    /// True for the code itself and for each code below it.
+    /// True if `other` is this code or below it: "error.a" covers "error.a.b" and not "error.ab".
     bool covers(const ErrorCode& other) const noexcept;
 
     friend bool operator==(const ErrorCode& left, const ErrorCode& right) noexcept {

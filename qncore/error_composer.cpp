@@ -4,8 +4,7 @@ namespace qncore {
 
 ErrorInfoPtr ErrorComposer::create(const ErrorCode& code, const SourceLocation& location,
                                    ErrorInfoPtr nested) {
-    return ErrorInfo::create(code, message_, ErrorParams(params_.transfer()), location,
-                             std::move(nested));
+    return ErrorInfo::create(code, message_, std::move(params_), location, std::move(nested));
 }
 
 ErrorInfoPtr ErrorComposer::create_with_nested_winerror(const ErrorCode& code,

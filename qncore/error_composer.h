@@ -4,8 +4,8 @@
 
 namespace qncore {
 
-/// Puts one error together: a message template (a literal), its parameters in the order in which
-/// the template names them, then one final member.
+/// Composes one error: a message template (a literal), its parameters, then exactly one of the
+/// members create...() and throw...(), which moves the parameters into the record.
 class ErrorComposer {
   public:
     ErrorComposer() noexcept = default;
@@ -18,6 +18,8 @@ class ErrorComposer {
         return *this;
     }
 
+    /// The record, with that cause or with one made by ErrorInfo::from_winerror() (`withText` adds
+    /// the system's description) or ErrorInfo::from_errno().
     ErrorInfoPtr create(const ErrorCode& code, const SourceLocation& location,
                         ErrorInfoPtr nested = {});
     ErrorInfoPtr create_with_nested_winerror(const ErrorCode& code, const SourceLocation& location,
@@ -25,7 +27,7 @@ class ErrorComposer {
     ErrorInfoPtr create_with_nested_errno(const ErrorCode& code, const SourceLocation& location,
                                           int number);
 
-    /// These hand the record to the slot `out`, or throw it when `out` is null.
+    /// The same, delivered by the rule of the slot `out`: see deliver_error().
     void create_transfer(ErrorInfoPtr* out, const ErrorCode& code, const SourceLocation& location,
                          ErrorInfoPtr nested = {});
     void create_transfer_with_nested_winerror(ErrorInfoPtr* out, const ErrorCode& code,
@@ -34,6 +36,7 @@ class ErrorComposer {
     void create_transfer_with_nested_errno(ErrorInfoPtr* out, const ErrorCode& code,
                                            const SourceLocation& location, int number);
 
+    /// The same, thrown.
     [[noreturn]] void throw_error(const ErrorCode& code, const SourceLocation& location,
                                   ErrorInfoPtr nested = {});
     [[noreturn]] void throw_with_nested_winerror(const ErrorCode& code,
@@ -41,10 +44,11 @@ class ErrorComposer {
                                                  unsigned long number, bool withText);
     [[noreturn]] void throw_with_nested_errno(const ErrorCode& code, const SourceLocation& location,
                                               int number);
-    /// Nests a Windows error on Windows and an `errno` on Linux.
+    /// The cause is ErrorInfo::from_system_error().
     [[noreturn]] void throw_with_nested_system_error(const ErrorCode& code,
                                                      const SourceLocation& location,
                                                      platform::SystemError error);
+    /// The cause is ErrorInfo::from_exception().
     [[noreturn]] void throw_with_nested_exception(const ErrorCode& code,
                                                   const SourceLocation& location,
                                                   const std::exception& exception);

@@ -1,8 +1,28 @@
 #include "qncore/error_exception.h"
 
+#include <new>
+
 #include "qncore/trace_message.h"
 
 namespace qncore {
+namespace {
+
+/// Reports a throw to the trace. Tracing reports nothing to its caller, so this never throws.
+void trace_throw(const ErrorInfo& info) noexcept {
+    qntrace::intTopicHdl* const topic = qntrace::get_system_topic_handle();
+    if (!qntrace::is_enabled(topic, qntrace::level_error)) {
+        return;
+    }
+    try {
+        const std::string function(info.location().function.view());
+        QN_TRACE_ERROR(topic, function.c_str(), "Error Message: {} [{}]", info.chain_text(),
+                       info.code().path());
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
+
+} // namespace
 
 ErrorException::~ErrorException() = default;
 
@@ -19,8 +39,7 @@ bool ErrorException::matches(const ErrorCode& code) const noexcept {
 }
 
 void ErrorException::throw_error(const ErrorInfoPtr& info) {
-    QN_TRACE_ERROR(qntrace::get_system_topic_handle(), info->location().function.view().data(),
-                   "Error Message: {} [{}]", info->chain_text(), info->code().path());
+    trace_throw(*info);
     throw ErrorException(info);
 }
 
@@ -35,7 +54,7 @@ void throw_error(const ErrorCode& code, const char* message, const SourceLocatio
 
 void throw_error(const ErrorCode& code, const char* message, ErrorParams params,
                  const SourceLocation& location) {
-    throw_error(ErrorInfo::create(code, message, ErrorParams(params.transfer()), location));
+    throw_error(ErrorInfo::create(code, message, std::move(params), location));
 }
 
 void throw_error(const ErrorCode& code, SourceString message, const SourceLocation& location) {

@@ -4,11 +4,12 @@
 #include <string_view>
 
 #include "qncore/error_exception.h"
+#include "qncore/errors.h"
 
 namespace qncore {
 namespace {
 
-/// Replaces each `{@name}`; whatever has no value stays as it stands.
+/// Replaces each `{@name}` that has a value.
 std::string render(std::string_view message, const ErrorParams& params) {
     constexpr std::string_view opening = "{@";
     std::string text;
@@ -21,7 +22,7 @@ std::string render(std::string_view message, const ErrorParams& params) {
             return text.append(message);
         }
         const std::string_view name = message.substr(opening.size(), end - opening.size());
-        const std::string* value = params.find(SourceString::copy_of(name));
+        const std::string* value = params.find(SourceString::borrow(name));
         text += value != nullptr ? std::string_view(*value) : message.substr(0, end + 1);
         message.remove_prefix(end + 1);
     }
@@ -34,15 +35,15 @@ ErrorInfo::ErrorInfo(const ErrorCode& code, SourceString message, ErrorParams pa
                      const SourceLocation& location, ErrorInfoPtr nested)
     : code_(code)
     , message_(std::move(message))
-    , params_(params.transfer())
+    , params_(std::move(params))
     , location_(location)
     , nested_(std::move(nested))
     , text_(render(message_.view(), params_)) {}
 
 ErrorInfoPtr ErrorInfo::create(const ErrorCode& code, SourceString message, ErrorParams params,
                                const SourceLocation& location, ErrorInfoPtr nested) {
-    return ErrorInfoPtr(new ErrorInfo(code, std::move(message), ErrorParams(params.transfer()),
-                                      location, std::move(nested)));
+    return ErrorInfoPtr(
+        new ErrorInfo(code, std::move(message), std::move(params), location, std::move(nested)));
 }
 
 ErrorInfoPtr ErrorInfo::create_with_nested_errno(const ErrorCode& code, SourceString message,

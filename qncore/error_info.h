@@ -4,8 +4,8 @@
 #include <string>
 
 #include "platform/system_error.h"
-#include "qncore/error_code.h"
 #include "qncore/error_params.h"
+#include "qncore/errors.h"
 #include "qncore/ref_counted.h"
 #include "qncore/source_location.h"
 
@@ -14,26 +14,28 @@ namespace qncore {
 class ErrorInfo;
 using ErrorInfoPtr = RefCountPtr<const ErrorInfo>;
 
-/// One failure: what, where, with which values, and the failure that caused it. Immutable, and
-/// free to travel between threads.
+/// One failure: what, where, with which values, and the failure that caused it. Immutable; threads
+/// may share it.
 class ErrorInfo final : public RefCounted<AtomicRefCount> {
   public:
+    /// A record with that cause, or with none.
     static ErrorInfoPtr create(const ErrorCode& code, SourceString message, ErrorParams params,
                                const SourceLocation& location, ErrorInfoPtr nested = {});
+    /// A record whose cause is from_errno() of that number.
     static ErrorInfoPtr create_with_nested_errno(const ErrorCode& code, SourceString message,
                                                  const SourceLocation& location, int number);
 
     /// The record of a Windows error itself, code "error.qncore.windows"; `withText` adds the
-    /// system's own words.
+    /// system's description to the number.
     static ErrorInfoPtr from_winerror(const SourceLocation& location, unsigned long number,
                                       bool withText);
     /// The record of an `errno` value itself, code "error.qncore.errno".
     static ErrorInfoPtr from_errno(const SourceLocation& location, int number);
-    /// One of the two above, by whose error it is.
+    /// One of the two above: a Windows error on Windows, an `errno` on Linux.
     static ErrorInfoPtr from_system_error(const SourceLocation& location,
                                           platform::SystemError error);
     /// The record that an ErrorException carries; for any other exception a record with the code
-    /// "error.qncore.exception" and its words.
+    /// "error.qncore.exception" and its what().
     static ErrorInfoPtr from_exception(const std::exception& exception,
                                        const SourceLocation& location);
 
@@ -45,11 +47,11 @@ class ErrorInfo final : public RefCounted<AtomicRefCount> {
     /// The cause; null at the end of the chain.
     const ErrorInfoPtr& nested() const noexcept { return nested_; }
 
-    /// The message with every placeholder replaced by its value; one without a value stays as it
-    /// stands.
+    /// The message with every placeholder replaced by its value. A placeholder without a value
+    /// stays unchanged.
     const std::string& text() const noexcept { return text_; }
 
-    /// The texts of the whole chain on one line, for traces and for people.
+    /// The texts of the whole chain on one line: "text; cause: text; cause: text".
     std::string chain_text() const;
 
   private:
@@ -64,18 +66,5 @@ class ErrorInfo final : public RefCounted<AtomicRefCount> {
     ErrorInfoPtr nested_;
     std::string text_;
 };
-
-namespace error {
-
-extern const ErrorCode error;
-extern const ErrorCode qncore;
-extern const ErrorCode qncore_embeddedNul;
-extern const ErrorCode qncore_encoding;
-extern const ErrorCode qncore_errno;
-extern const ErrorCode qncore_exception;
-extern const ErrorCode qncore_safeCast;
-extern const ErrorCode qncore_windows;
-
-} // namespace error
 
 } // namespace qncore

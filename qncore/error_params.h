@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <locale>
 #include <map>
 #include <sstream>
 #include <string>
@@ -36,6 +37,7 @@ class ErrorParams {
             insert_ref(name) = to_string(value);
         } else {
             std::ostringstream stream;
+            stream.imbue(std::locale::classic());
             stream << value;
             insert_ref(name) = std::move(stream).str();
         }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <type_traits>
 #include <utility>
 
 #include "qncore/ref_counted.h"
@@ -14,23 +13,18 @@ class InterfacePtr {
   public:
     InterfacePtr() noexcept = default;
 
-    template <class Object>
-    requires std::is_convertible_v<Object*, Interface*>
+    template <PointerTo<Interface> Object>
     explicit InterfacePtr(Object* object) noexcept
         : interface_(object)
         , holder_(object) {}
 
-    template <class Object>
-    requires std::is_convertible_v<Object*, Interface*>
-    InterfacePtr(const RefCountPtr<Object>& object)
-    noexcept
+    template <PointerTo<Interface> Object>
+    InterfacePtr(const RefCountPtr<Object>& object) noexcept
         : interface_(object.get())
         , holder_(object) {}
 
-    template <class Other>
-    requires std::is_convertible_v<Other*, Interface*>
-    InterfacePtr(const InterfacePtr<Other, Holder>& other)
-    noexcept
+    template <PointerTo<Interface> Other>
+    InterfacePtr(const InterfacePtr<Other, Holder>& other) noexcept
         : interface_(other.get())
         , holder_(other.holder()) {}
 

@@ -10,7 +10,13 @@ namespace qncore {
 /// Reference count that may be shared between threads.
 class AtomicRefCount {
   public:
-    void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
+    void increment() noexcept {
+        if (count_.load(std::memory_order_relaxed) == 0) {
+            count_.store(1, std::memory_order_relaxed); // a new object, which no other thread has
+        } else {
+            count_.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
     /// True when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
@@ -54,6 +60,10 @@ class RefCounted {
     mutable Count count_;
 };
 
+/// A type whose pointers convert to pointers to `To`.
+template <class From, class To>
+concept PointerTo = std::is_convertible_v<From*, To*>;
+
 /// Shared pointer to an object that counts its own references.
 template <class T>
 class RefCountPtr {
@@ -73,16 +83,14 @@ class RefCountPtr {
     RefCountPtr(RefCountPtr&& other) noexcept
         : object_(std::exchange(other.object_, nullptr)) {}
 
-    template <class Derived>
-    requires std::is_convertible_v<Derived*, T*> RefCountPtr(const RefCountPtr<Derived>& other)
-    noexcept
+    template <PointerTo<T> Derived>
+    RefCountPtr(const RefCountPtr<Derived>& other) noexcept
         : object_(other.get()) {
         acquire();
     }
 
-    template <class Derived>
-    requires std::is_convertible_v<Derived*, T*> RefCountPtr(RefCountPtr<Derived>&& other)
-    noexcept
+    template <PointerTo<T> Derived>
+    RefCountPtr(RefCountPtr<Derived>&& other) noexcept
         : object_(other.detach()) {}
 
     RefCountPtr& operator=(RefCountPtr other) noexcept {
@@ -98,7 +106,7 @@ class RefCountPtr {
     void swap(RefCountPtr& other) noexcept { std::swap(object_, other.object_); }
     void reset() noexcept { RefCountPtr().swap(*this); }
 
-    /// Gives the object away with its reference.
+    /// Releases the object without touching its count.
     T* detach() noexcept { return std::exchange(object_, nullptr); }
 
     T* get() const noexcept { return object_; }

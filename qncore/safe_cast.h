@@ -3,17 +3,22 @@
 #include <cstddef>
 #include <typeinfo>
 
+#include "qncore/error_info.h"
+
 namespace qncore {
 
 namespace impl {
 
-/// Both throw error.qncore.safeCast with the value and the name of the type.
+/// The record of a value too large for a type: error.qncore.safeCast with both.
+ErrorInfoPtr safe_cast_value_truncated(const std::type_info& target, std::size_t value);
+
+/// Throw that record, and the one of a value that turns negative.
 [[noreturn]] void safe_cast_throw_value_truncated(const std::type_info& target, std::size_t value);
 [[noreturn]] void safe_cast_throw_sign_reversal(const std::type_info& target, std::size_t value);
 
 } // namespace impl
 
-/// The value in a narrower type; throws when it does not fit.
+/// The value in a narrower type. Throws error.qncore.safeCast if it does not fit.
 template <class Target>
 Target safe_cast(std::size_t value) {
     const auto image = static_cast<Target>(value);

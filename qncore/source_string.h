@@ -9,8 +9,8 @@
 
 namespace qncore {
 
-/// A text that borrows a string which outlives it, or owns a copy. The constructor from a literal
-/// borrows, allocates nothing and measures nothing, so that static objects can hold one.
+/// A text that owns a copy or borrows a string, which must outlive it. The constructor from a
+/// literal allocates and measures nothing, so that constants can hold one.
 class SourceString {
   public:
     static const char sm_emptyStrData[1];
@@ -24,6 +24,16 @@ class SourceString {
 
     /// Borrows (`borrow` true) or copies a zero-terminated text.
     SourceString(const char* text, bool borrow);
+
+    /// Borrows a text that need not end with a zero.
+    static constexpr SourceString borrow(std::string_view text) noexcept {
+        SourceString borrowed;
+        if (!text.empty()) {
+            borrowed.data_ = text.data();
+            borrowed.size_ = static_cast<std::int64_t>(text.size());
+        }
+        return borrowed;
+    }
 
     /// Owns a copy of the text.
     static SourceString copy_of(std::string_view text);
@@ -56,7 +66,7 @@ class SourceString {
     /// Negative, zero or positive, by bytes.
     int compare(const SourceString& other) const noexcept;
 
-    /// The text; a borrowed literal is measured at each call.
+    /// The text; measures a borrowed literal at each call.
     std::string_view view() const noexcept;
 
     friend bool operator==(const SourceString& left, const SourceString& right) noexcept {

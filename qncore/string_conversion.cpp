@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "qncore/error_composer.h"
+#include "qncore/errors.h"
 #include "qncore/utf8.h"
 
 namespace qncore {

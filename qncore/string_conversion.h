@@ -17,10 +17,13 @@ std::string to_string(unsigned long value);
 std::string to_string(long long value);
 std::string to_string(unsigned long long value);
 
+template <class T>
+concept Enumeration = std::is_enum_v<T>;
+
 /// The decimal text of an enumeration's value.
-template <class Enumeration>
-requires std::is_enum_v<Enumeration> std::string to_string(Enumeration value) {
-    return to_string(+static_cast<std::underlying_type_t<Enumeration>>(value));
+template <Enumeration T>
+std::string to_string(T value) {
+    return to_string(+static_cast<std::underlying_type_t<T>>(value));
 }
 
 /// UTF-8 of a wide text. Throws error.qncore.encoding on a lone surrogate or a number that is no

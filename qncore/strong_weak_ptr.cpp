@@ -1,18 +1,6 @@
 #include "qncore/strong_weak_ptr.h"
 
-namespace qncore {
-
-bool AtomicStrongWeakRefCount::lock_strong() noexcept {
-    std::size_t count = strong_.load(std::memory_order_relaxed);
-    while (count != 0) {
-        if (strong_.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-namespace impl {
+namespace qncore::impl {
 
 void StrongWeakPtrCounterBase::release_strong() noexcept {
     if (count_.decrement_strong()) {
@@ -27,6 +15,4 @@ void StrongWeakPtrCounterBase::release_weak() noexcept {
     }
 }
 
-} // namespace impl
-
-} // namespace qncore
+} // namespace qncore::impl

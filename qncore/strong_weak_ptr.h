@@ -11,14 +11,11 @@ namespace qncore {
 class AtomicStrongWeakRefCount {
   public:
     void increment_strong() noexcept { strong_.fetch_add(1, std::memory_order_relaxed); }
-    void increment_weak() noexcept { weak_.fetch_add(1, std::memory_order_relaxed); }
     /// True when that count reaches zero.
     bool decrement_strong() noexcept {
         return strong_.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
     bool decrement_weak() noexcept { return weak_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
-    /// Takes a strong reference unless none is left.
-    bool lock_strong() noexcept;
 
   private:
     std::atomic<std::size_t> strong_{1};
@@ -50,8 +47,6 @@ class StrongWeakPtrCounterBase {
     virtual void delete_counter() noexcept { delete this; }
 
     void acquire_strong() noexcept { count_.increment_strong(); }
-    void acquire_weak() noexcept { count_.increment_weak(); }
-    bool lock_strong() noexcept { return count_.lock_strong(); }
     void release_strong() noexcept;
     void release_weak() noexcept;
 
@@ -72,16 +67,13 @@ class StrongWeakPtrCounter final : public StrongWeakPtrCounterBase {
 
 } // namespace impl
 
-template <class T>
-class WeakPtr;
-
-/// Shared owner of an object that knows nothing of it.
+/// Shared owner of an object that has no count of its own.
 template <class T>
 class StrongPtr {
   public:
     StrongPtr() noexcept = default;
 
-    /// Takes the object over; it is freed when the control block cannot be allocated.
+    /// Takes ownership of the object, also when the control block cannot be allocated.
     explicit StrongPtr(T* object) {
         std::unique_ptr<T, checked_deleter<T>> guard(object);
         counter_ = new impl::StrongWeakPtrCounter<T, checked_deleter<T>>(object);
@@ -112,53 +104,6 @@ class StrongPtr {
     T* operator->() const noexcept { return object_; }
     T& operator*() const noexcept { return *object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
-
-  private:
-    friend class WeakPtr<T>;
-
-    T* object_ = nullptr;
-    impl::StrongWeakPtrCounterBase* counter_ = nullptr;
-};
-
-/// Knows an object without keeping it.
-template <class T>
-class WeakPtr {
-  public:
-    WeakPtr() noexcept = default;
-    explicit WeakPtr(const StrongPtr<T>& owner) noexcept
-        : object_(owner.object_)
-        , counter_(owner.counter_) {
-        if (counter_ != nullptr) {
-            counter_->acquire_weak();
-        }
-    }
-    WeakPtr(const WeakPtr& other) noexcept
-        : object_(other.object_)
-        , counter_(other.counter_) {
-        if (counter_ != nullptr) {
-            counter_->acquire_weak();
-        }
-    }
-    WeakPtr& operator=(WeakPtr other) noexcept {
-        std::swap(object_, other.object_);
-        std::swap(counter_, other.counter_);
-        return *this;
-    }
-    ~WeakPtr() {
-        if (counter_ != nullptr) {
-            counter_->release_weak();
-        }
-    }
-
-    /// An owner of the object, or an empty one when the object is gone.
-    StrongPtr<T> lock() const noexcept {
-        StrongPtr<T> owner;
-        if (counter_ != nullptr && counter_->lock_strong()) {
-            owner.object_ = object_;
-            owner.counter_ = counter_;
-        }
-        return owner;
-    }
 
   private:
     T* object_ = nullptr;

@@ -1,6 +1,7 @@
 #include "qncore/trace_message.h"
 
 #include <algorithm>
+#include <locale>
 
 #include "qncore/trace_sink.h"
 
@@ -22,33 +23,30 @@ std::string_view direction(EUserMsgSubtype subtype) noexcept {
 
 } // namespace
 
-TraceMessage::TraceMessage(intTopicHdl* topic, char level, const char* function, const char* file,
-                           unsigned line, const char* format)
+TraceMessage::TraceMessage(intTopicHdl* topic, char level, const char* function,
+                           const char* /*file*/, unsigned /*line*/, const char* format) noexcept
     : std::ostream(nullptr)
     , topic_(topic)
     , level_(level)
     , function_(function)
-    , file_(file)
-    , line_(line)
     , format_(format) {
-    rdbuf(&text_);
-    copy_format_to_placeholder();
+    try {
+        rdbuf(&text_);
+        imbue(std::locale::classic());
+        copy_format_to_placeholder();
+    } catch (...) {
+        return;
+    }
 }
 
 TraceMessage::~TraceMessage() {
-    text_.sputn(format_.data(), static_cast<std::streamsize>(format_.size()));
+    try {
+        text_.sputn(format_.data(), static_cast<std::streamsize>(format_.size()));
+    } catch (...) {
+        format_ = {}; // the line lacks what is left of the format
+    }
     const std::string_view text = text_.view();
-    write_line({.level = level_,
-                .topic = topic_->topic->name(),
-                .function = function_,
-                .file = file_,
-                .line = line_,
-                .text = text.empty() ? direction(subtype_) : text});
-}
-
-TraceMessage& TraceMessage::msg_type(EMsgType type) noexcept {
-    type_ = type;
-    return *this;
+    write_line(level_, topic_->topic->name(), function_, text.empty() ? direction(subtype_) : text);
 }
 
 TraceMessage& TraceMessage::user_msg_type(EUserMsgSubtype subtype) noexcept {
@@ -63,7 +61,7 @@ void TraceMessage::copy_format_to_placeholder() {
 }
 
 FunctionTrace::FunctionTrace(intTopicHdl* topic, const char* function, const char* file,
-                             unsigned line) {
+                             unsigned line) noexcept {
     if (is_enabled(topic, level_function)) {
         exit_.emplace(topic, level_function, function, file, line, "");
         exit_->msg_type(eMsgTypeUser).user_msg_type(eUserMsgFunctionExit);

@@ -19,24 +19,33 @@ enum EUserMsgSubtype {
     eUserMsgFunctionExit = 7,
 };
 
-/// One message: the values inserted take the places of the `{}` of the format in turn, and the
-/// destructor writes the whole as one line. Belongs to one thread.
+/// One message: the inserted values replace the `{}` of the format in turn, and the destructor
+/// writes the whole as one line. Nothing here throws: when memory runs out or an inserter throws,
+/// the line lacks what could not be written. Numbers read the same under every locale. Belongs to
+/// one thread.
 class TraceMessage : public virtual std::ostream {
   public:
+    /// `file` and `line` name the statement; lines do not show them.
     TraceMessage(intTopicHdl* topic, char level, const char* function, const char* file,
-                 unsigned line, const char* format);
+                 unsigned line, const char* format) noexcept;
     TraceMessage(const TraceMessage&) = delete;
     TraceMessage& operator=(const TraceMessage&) = delete;
     ~TraceMessage() override;
 
-    TraceMessage& msg_type(EMsgType type) noexcept;
+    /// Every message of this library has the one type that there is.
+    TraceMessage& msg_type(EMsgType /*type*/) noexcept { return *this; }
+    /// Only entry and exit show their subtype, as the text of a message without any.
     TraceMessage& user_msg_type(EUserMsgSubtype subtype) noexcept;
 
     /// Inserts a value as the standard inserters write it.
     template <class Value>
-    TraceMessage& operator<<(const Value& value) {
-        static_cast<std::ostream&>(*this) << value;
-        copy_format_to_placeholder();
+    TraceMessage& operator<<(const Value& value) noexcept {
+        try {
+            static_cast<std::ostream&>(*this) << value;
+            copy_format_to_placeholder();
+        } catch (...) {
+            return *this;
+        }
         return *this;
     }
 
@@ -47,17 +56,15 @@ class TraceMessage : public virtual std::ostream {
     const intTopicHdl* topic_;
     char level_;
     const char* function_;
-    const char* file_;
-    unsigned line_;
     std::string_view format_; ///< what is left of it
-    EMsgType type_ = eMsgTypeUser;
     EUserMsgSubtype subtype_ = eUserMsgNote;
 };
 
 /// Writes one message that the gate has let through.
 template <class... Values>
 void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, const char* function,
-                   const char* file, unsigned line, const char* format, const Values&... values) {
+                   const char* file, unsigned line, const char* format,
+                   const Values&... values) noexcept {
     TraceMessage message(topic, level, function, file, line, format);
     message.msg_type(eMsgTypeUser).user_msg_type(subtype);
     static_cast<void>((message << ... << values));
@@ -66,7 +73,8 @@ void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, cons
 /// Writes the entry of a function at once and its exit when the scope ends, however it ends.
 class FunctionTrace {
   public:
-    FunctionTrace(intTopicHdl* topic, const char* function, const char* file, unsigned line);
+    FunctionTrace(intTopicHdl* topic, const char* function, const char* file,
+                  unsigned line) noexcept;
 
   private:
     std::optional<TraceMessage> exit_;

@@ -1,62 +1,76 @@
 #include "qncore/trace_sink.h"
 
-#include <atomic>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
-#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/stdout_sinks.h>
 
-#include "platform/file_system.h"
+#include "qncore/trace_file.h"
 
 namespace qntrace {
 namespace {
 
-constexpr std::size_t largest_file = 5U << 20;
-constexpr std::size_t older_files = 3;
+class FileSink final : public spdlog::sinks::base_sink<std::mutex> {
+  public:
+    explicit FileSink(TraceFile file)
+        : file_(std::move(file)) {}
+
+  private:
+    void sink_it_(const spdlog::details::log_msg& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        file_.write({line.data(), line.size()});
+    }
+    void flush_() override {}
+
+    TraceFile file_;
+};
 
 std::shared_ptr<spdlog::logger> make_logger(spdlog::sink_ptr sink) {
     auto logger = std::make_shared<spdlog::logger>("qntrace", std::move(sink));
     logger->set_level(spdlog::level::trace);
-    logger->flush_on(spdlog::level::trace);
     // One byte ends a line on every system.
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%dT%H:%M:%S.%fZ %P:%t %v", spdlog::pattern_time_type::utc, "\n"));
-    logger->set_error_handler([](const std::string&) {}); // a full disk must not stop the caller
+    logger->set_error_handler([](const std::string&) {});
     return logger;
 }
 
-/// As the system takes it: UTF-16 on Windows.
-spdlog::filename_t native_name(const std::string& file) {
-    return std::filesystem::path(std::u8string(file.begin(), file.end())).native();
-}
-
-std::shared_ptr<spdlog::logger> make_logger_for(const std::string& file) {
-    if (!file.empty()) {
-        try {
-            spdlog::file_event_handlers handlers;
-            handlers.after_open = [](const spdlog::filename_t&, std::FILE* stream) {
-                platform::allow_removal(stream);
-            };
-            return make_logger(std::make_shared<spdlog::sinks::rotating_file_sink_mt>(
-                native_name(file), largest_file, older_files, false, handlers));
-        } catch (const spdlog::spdlog_ex&) {
-            auto logger = make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
-            logger->info("qntrace: cannot open the file of QNTRACE_FILE, writing here: {}", file);
-            return logger;
-        }
+std::shared_ptr<spdlog::logger> make_logger_for(const std::string& name) {
+    if (name.empty()) {
+        return make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
     }
-    return make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+    auto file = platform::AppendFile::open(name);
+    if (file) {
+        return make_logger(std::make_shared<FileSink>(TraceFile(std::move(*file), name)));
+    }
+    auto logger = make_logger(std::make_shared<spdlog::sinks::stderr_sink_mt>());
+    logger->info("qntrace: cannot open the file of QNTRACE_FILE, writing here: {} ({})", name,
+                 platform::describe(file.error()));
+    return logger;
 }
 
-std::mutex g_mutex;
+/// The place that messages go to; the logger is made by the first message.
+struct Output {
+    std::mutex mutex;
+    std::string file;
+    std::shared_ptr<spdlog::logger> logger;
+};
 
-std::shared_ptr<spdlog::logger>& current_logger() {
-    static auto* logger = new std::shared_ptr<spdlog::logger>(); // outlives static destructors
-    return *logger;
+Output& output() {
+    static auto* instance = new Output(); // outlives static destructors
+    return *instance;
+}
+
+std::shared_ptr<spdlog::logger> current_logger() {
+    const std::lock_guard lock(output().mutex);
+    if (!output().logger) {
+        output().logger = make_logger_for(output().file);
+    }
+    return output().logger;
 }
 
 std::string one_line(std::string_view text) {
@@ -77,28 +91,22 @@ std::string one_line(std::string_view text) {
 
 } // namespace
 
-void write_line(const TraceLine& line) noexcept {
+void write_line(char level, std::string_view topic, std::string_view function,
+                std::string_view text) noexcept {
     try {
-        std::shared_ptr<spdlog::logger> logger;
-        {
-            const std::lock_guard lock(g_mutex);
-            logger = current_logger();
-        }
-        if (logger) {
-            logger->info("{} {} {} {}", static_cast<int>(line.level), line.topic, line.function,
-                         one_line(line.text));
-        }
-    } catch (const std::exception&) {
+        current_logger()->info("{} {} {} {}", static_cast<int>(level), topic, function,
+                               one_line(text));
+    } catch (...) {
         return; // tracing reports nothing to its caller
     }
 }
 
-void open_sink(const std::string& file) noexcept {
+void set_output(std::string file) noexcept {
     try {
-        auto logger = make_logger_for(file);
-        const std::lock_guard lock(g_mutex);
-        current_logger().swap(logger);
-    } catch (const std::exception&) {
+        const std::lock_guard lock(output().mutex);
+        output().file = std::move(file);
+        output().logger.reset();
+    } catch (...) {
         return; // tracing reports nothing to its caller
     }
 }

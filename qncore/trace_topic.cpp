@@ -86,7 +86,7 @@ class TraceManager final : public ITraceMgr {
 
     void read_environment() {
         levels_ = platform::environment_text("QNTRACE").value_or("");
-        open_sink(platform::environment_text("QNTRACE_FILE").value_or(""));
+        set_output(platform::environment_text("QNTRACE_FILE").value_or(""));
         for (Entry& entry : entries_) {
             entry.topic.set_trace_level(level_for(entry.topic.name(), levels_));
         }
@@ -106,15 +106,23 @@ TraceManager& manager() {
 
 } // namespace
 
-char TraceTopic::configure() const {
-    manager().configure();
-    return level_.load(std::memory_order_relaxed);
+char TraceTopic::configure() const noexcept {
+    try {
+        manager().configure();
+        return level_.load(std::memory_order_relaxed);
+    } catch (...) {
+        return 0; // the next message asks again
+    }
 }
 
-intTopicHdl* get_system_topic_handle() {
-    static intTopicHdl* const handle =
-        manager().open_topic("System", nullptr, static_cast<char>(0x81));
-    return handle;
+intTopicHdl* get_system_topic_handle() noexcept {
+    try {
+        static intTopicHdl* const handle =
+            manager().open_topic("System", nullptr, static_cast<char>(0x81));
+        return handle;
+    } catch (...) {
+        return nullptr;
+    }
 }
 
 ITraceMgr& get_trace_mgr() {

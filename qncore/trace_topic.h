@@ -12,15 +12,15 @@ inline constexpr char level_note = 41;
 inline constexpr char level_function = 81;
 
 /// A named subject of messages with the level up to which they are written. The level is 0 (none)
-/// unless the environment says otherwise, which is asked when the first message is tested:
-/// QNTRACE holds a level (`41`) or a list of `topic=level`, where the topic `*` stands for all
-/// others; QNTRACE_FILE names the file that the messages go to in place of standard error.
+/// unless the environment says otherwise, which is read when the first message is tested. QNTRACE
+/// holds a level (`41`) or a list of `topic=level`, where the topic `*` means all others.
+/// QNTRACE_FILE names a file to write to instead of standard error; the first line creates it.
 class TraceTopic {
   public:
     explicit TraceTopic(std::string name)
         : name_(std::move(name)) {}
 
-    char trace_level() const {
+    char trace_level() const noexcept {
         const char level = level_.load(std::memory_order_relaxed);
         return level != unconfigured ? level : configure();
     }
@@ -28,9 +28,9 @@ class TraceTopic {
     void set_trace_level(char level) noexcept { level_.store(level, std::memory_order_relaxed); }
 
   private:
-    static constexpr char unconfigured = -1;
+    static constexpr auto unconfigured = static_cast<char>(-1);
 
-    char configure() const;
+    char configure() const noexcept;
 
     std::string name_;
     std::atomic<char> level_{unconfigured};
@@ -52,16 +52,16 @@ class ITraceMgr {
     ~ITraceMgr() = default;
 };
 
-/// The suite's general topic, "System".
-intTopicHdl* get_system_topic_handle();
+/// The suite's general topic, "System"; null, which disables a trace, when memory runs out.
+intTopicHdl* get_system_topic_handle() noexcept;
 
 ITraceMgr& get_trace_mgr();
 
-/// Reads the environment anew, for all topics and for the place that messages go to.
+/// Reads the environment again, for all topics and for the place that messages go to. For tests.
 void reload_configuration();
 
 /// The gate in front of every message.
-inline bool is_enabled(const intTopicHdl* handle, char level) {
+inline bool is_enabled(const intTopicHdl* handle, char level) noexcept {
     return handle != nullptr && level <= handle->topic->trace_level();
 }
 

@@ -5,13 +5,9 @@
 #include <utf8.h>
 
 #include "qncore/error_composer.h"
+#include "qncore/errors.h"
 
 namespace qncore {
-namespace {
-
-constexpr std::size_t longest_sequence = 4;
-
-} // namespace
 
 std::size_t utf8_sequence_length(char first) noexcept {
     const auto byte = static_cast<unsigned char>(first);
@@ -27,7 +23,7 @@ std::size_t utf8_sequence_length(char first) noexcept {
 std::size_t utf8_to_ucs4_char(const char* text, std::size_t available,
                               unsigned int* codePoint) noexcept {
     const std::size_t length = available != 0 ? utf8_sequence_length(*text) : 0;
-    if (length == 0 || length > available || length > longest_sequence ||
+    if (length == 0 || length > available ||
         utf8::find_invalid(text, text + length) != text + length) {
         return 0;
     }
@@ -38,13 +34,12 @@ std::size_t utf8_to_ucs4_char(const char* text, std::size_t available,
 }
 
 std::size_t ucs4_char_to_utf8(unsigned int codePoint, char* begin, char* end) noexcept {
-    char bytes[longest_sequence];
-    char* last = bytes;
-    try {
-        last = utf8::append(codePoint, bytes);
-    } catch (const utf8::invalid_code_point&) {
+    const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
+    if (surrogate || codePoint > 0x10FFFF) {
         return 0;
     }
+    char bytes[4];
+    char* const last = utf8::unchecked::append(codePoint, bytes);
     const auto length = static_cast<std::size_t>(last - bytes);
     if (end - begin < last - bytes) {
         return 0;

@@ -3,8 +3,7 @@
 #include <openssl/bn.h>
 #include <openssl/rsa.h>
 
-#include "qncore/error_composer.h"
-#include "qncore/safe_cast.h"
+#include "qncore/error_exception.h"
 #include "qncrypto/errors.h"
 #include "qncrypto/openssl_error.h"
 #include "qncrypto/openssl_handles.h"
@@ -13,38 +12,37 @@
 namespace qncrypto {
 namespace {
 
-/// d2i_RSAPrivateKey or d2i_RSAPublicKey.
-using ParseKey = RSA* (*)(RSA**, const unsigned char**, long);
+/// How a context of one kind takes its key.
+struct KeyForm {
+    DecodeKey decode;
+    const char* constructor;
+    const char* empty;
+    const char* invalid;
+};
 
-/// The key out of its DER form, for a constructor that has texts of its own.
-rsa_st* parse_key(const unsigned char* key, std::size_t size, ParseKey parse, const char* emptyText,
-                  const char* invalidText, const qncore::SourceLocation& location) {
+constexpr KeyForm private_form{d2i_RSAPrivateKey,
+                               "qncrypto::RsaPrivateContext::RsaPrivateContext()",
+                               "Private Key size is 0", "Invalid private RSA key specified"};
+constexpr KeyForm public_form{d2i_RSAPublicKey, "qncrypto::RsaPublicContext::RsaPublicContext()",
+                              "Public Key size is 0", "Invalid public RSA key specified"};
+
+RSA* parse_key(RsaKeyKind kind, const unsigned char* key, std::size_t size) {
+    const KeyForm& form = kind == RsaKeyKind::private_key ? private_form : public_form;
+    const auto location = QN_LOCATION(form.constructor);
     if (key == nullptr || size == 0) {
-        qncore::throw_error(error::qncrypto_rsa_key, emptyText, location);
+        qncore::throw_error(error::qncrypto_rsa_key, form.empty, location);
     }
-    const unsigned char* position = key;
-    rsa_st* const rsa = parse(nullptr, &position, qncore::safe_cast<long>(size));
-    if (rsa == nullptr) {
-        throw_openssl_error(error::qncrypto_rsa_key, invalidText, location);
-    }
-    return rsa;
+    return decode_key(key, size, form.decode, form.invalid, location).detach();
 }
 
 } // namespace
 
+RsaContext::RsaContext(RsaKeyKind kind, const unsigned char* key, std::size_t size)
+    : rsa_(parse_key(kind, key, size)) {}
+
 RsaContext::~RsaContext() {
     RSA_free(rsa_);
 }
-
-RsaPrivateContext::RsaPrivateContext(const unsigned char* key, std::size_t size)
-    : RsaContext(parse_key(key, size, d2i_RSAPrivateKey, "Private Key size is 0",
-                           "Invalid private RSA key specified",
-                           QN_LOCATION("qncrypto::RsaPrivateContext::RsaPrivateContext()"))) {}
-
-RsaPublicContext::RsaPublicContext(const unsigned char* key, std::size_t size)
-    : RsaContext(parse_key(key, size, d2i_RSAPublicKey, "Public Key size is 0",
-                           "Invalid public RSA key specified",
-                           QN_LOCATION("qncrypto::RsaPublicContext::RsaPublicContext()"))) {}
 
 unsigned int RsaContext::keylength() const {
     const int bits = BN_num_bits(RSA_get0_n(rsa_));
@@ -83,10 +81,10 @@ void RsaContext::create_key_pair(unsigned int bits, Key& privateKey, Key& public
     if (RSA_generate_key_ex(rsa.get(), static_cast<int>(bits), exponent.get(), nullptr) != 1) {
         throw_openssl_error(code, "Failed to generate RSA key pair", location);
     }
-    encode_key(rsa.get(), i2d_RSAPublicKey, publicKey, code, "Failed to extract public key",
-               location);
-    encode_key(rsa.get(), i2d_RSAPrivateKey, privateKey, code, "Failed to extract private key",
-               location);
+    publicKey =
+        encode_key(rsa.get(), i2d_RSAPublicKey, code, "Failed to extract public key", location);
+    privateKey =
+        encode_key(rsa.get(), i2d_RSAPrivateKey, code, "Failed to extract private key", location);
 }
 
 } // namespace qncrypto

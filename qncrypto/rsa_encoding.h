@@ -2,19 +2,27 @@
 
 #include <openssl/rsa.h>
 
-#include "qncore/error_code.h"
-#include "qncore/source_location.h"
+#include "qncore/error_info.h"
 #include "qncrypto/key.h"
+#include "qncrypto/openssl_handles.h"
 
 // Internal to this room.
 namespace qncrypto {
 
+/// d2i_RSAPrivateKey or d2i_RSAPublicKey.
+using DecodeKey = RSA* (*)(RSA**, const unsigned char**, long);
 /// i2d_RSAPrivateKey or i2d_RSAPublicKey.
 using EncodeKey = int (*)(const RSA*, unsigned char**);
 
-/// Puts the DER form of the key into `out`; a failure throws that code and text, with what OpenSSL
-/// said nested.
-void encode_key(const RSA* rsa, EncodeKey encode, Key& out, const qncore::ErrorCode& code,
-                const char* failedText, const qncore::SourceLocation& location);
+/// The key that the DER form describes. A failure throws "error.qncrypto.rsa.key" with that text
+/// and OpenSSL's errors nested.
+OpensslHandle<RSA> decode_key(const unsigned char* bytes, std::size_t size, DecodeKey decode,
+                              const char* failedText, const qncore::SourceLocation& location);
+
+/// The DER form of the key. A failure has that code and text, with OpenSSL's errors nested; with a
+/// slot it returns an empty Key.
+Key encode_key(const RSA* rsa, EncodeKey encode, const qncore::ErrorCode& code,
+               const char* failedText, const qncore::SourceLocation& location,
+               qncore::ErrorInfoPtr* error = nullptr);
 
 } // namespace qncrypto

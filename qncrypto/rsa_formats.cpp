@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -20,15 +21,9 @@ using qncore::SourceLocation;
 
 namespace {
 
-OpensslHandle<RSA> parse_private_key(const Key& privateKey, const SourceLocation& location) {
-    const unsigned char* position = privateKey.data();
-    OpensslHandle rsa(
-        d2i_RSAPrivateKey(nullptr, &position, qncore::safe_cast<long>(privateKey.size())),
-        RSA_free);
-    if (!rsa) {
-        throw_openssl_error(error::qncrypto_rsa_key, "Invalid private RSA key specified", location);
-    }
-    return rsa;
+OpensslHandle<RSA> decode_private_key(const Key& privateKey, const SourceLocation& location) {
+    return decode_key(privateKey.data(), privateKey.size(), d2i_RSAPrivateKey,
+                      "Invalid private RSA key specified", location);
 }
 
 /// An EVP_PKEY that owns the RSA key.
@@ -55,7 +50,7 @@ const EVP_CIPHER* cipher_by_name(const char* name, const SourceLocation& locatio
     return cipher;
 }
 
-/// Gives OpenSSL no password, and notes in the flag, when there is one, that it asked.
+/// Refuses OpenSSL a password, and sets the flag, if there is one, because it asked.
 int refuse_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* flag) {
     if (flag != nullptr) {
         *static_cast<bool*>(flag) = true;
@@ -63,84 +58,92 @@ int refuse_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* flag)
     return 0;
 }
 
-/// Runs the body; whatever standard exception leaves it goes by the rule of the error slot.
+/// False, with the record of safe_cast() delivered, for a size beyond OpenSSL's `int`.
+bool fits_int(std::size_t size, ErrorInfoPtr* error) {
+    if (std::in_range<int>(size)) {
+        return true;
+    }
+    qncore::deliver_error(error, qncore::impl::safe_cast_value_truncated(typeid(int), size));
+    return false;
+}
+
+/// Runs the body, which delivers its own failures. Any other standard exception that leaves it is
+/// delivered as a record.
 template <class Body>
 Key run_with_slot(ErrorInfoPtr* error, const SourceLocation& location, Body body) {
     try {
         return body();
+    } catch (const qncore::ErrorException&) {
+        throw; // there is no slot
     } catch (const std::exception& exception) {
         qncore::deliver_error(error, qncore::ErrorInfo::from_exception(exception, location));
         return {};
     }
 }
 
-Key decode_private_key(const char* pem, std::size_t size, const Key& password,
-                       const SourceLocation& location) {
-    const auto fail = [&location](const char* text) {
-        throw_openssl_error(error::qncrypto_rsa_keystore_decoding, text, location);
+Key read_pkcs8(const char* pem, std::size_t size, const Key& password,
+               const SourceLocation& location, ErrorInfoPtr* error) {
+    const auto fail = [&](const char* text) {
+        deliver_openssl_error(error, error::qncrypto_rsa_keystore_decoding, text, location);
+        return Key();
     };
     const char* const undecodable = "Error decoding PKCS#8 private key";
-    const OpensslHandle bio(BIO_new_mem_buf(pem, qncore::safe_cast<int>(size)), BIO_free_all);
+    const OpensslHandle bio(BIO_new_mem_buf(pem, static_cast<int>(size)), BIO_free_all);
     if (!bio) {
-        fail(undecodable);
+        return fail(undecodable);
     }
-    const OpensslHandle enciphered(PEM_read_bio_PKCS8(bio.get(), nullptr, nullptr, nullptr),
-                                   X509_SIG_free);
-    if (!enciphered) {
-        fail(undecodable);
+    const OpensslHandle encrypted(PEM_read_bio_PKCS8(bio.get(), nullptr, nullptr, nullptr),
+                                  X509_SIG_free);
+    if (!encrypted) {
+        return fail(undecodable);
     }
-    const OpensslHandle info(PKCS8_decrypt(enciphered.get(),
+    if (!fits_int(password.size(), error)) {
+        return {};
+    }
+    const OpensslHandle info(PKCS8_decrypt(encrypted.get(),
                                            reinterpret_cast<const char*>(password.data()),
-                                           qncore::safe_cast<int>(password.size())),
+                                           static_cast<int>(password.size())),
                              PKCS8_PRIV_KEY_INFO_free);
     if (!info) {
-        throw_openssl_error(error::qncrypto_rsa_keystore_decrypt,
-                            "Error decrypting PKCS#8 private key (password wrong?)", location);
+        deliver_openssl_error(error, error::qncrypto_rsa_keystore_decrypt,
+                              "Error decrypting PKCS#8 private key (password wrong?)", location);
+        return {};
     }
     const OpensslHandle pkey(EVP_PKCS82PKEY(info.get()), EVP_PKEY_free);
-    if (!pkey) {
-        fail(undecodable);
-    }
-    const OpensslHandle rsa(EVP_PKEY_get1_RSA(pkey.get()), RSA_free);
+    const OpensslHandle rsa(pkey ? EVP_PKEY_get1_RSA(pkey.get()) : nullptr, RSA_free);
     if (!rsa) {
-        fail(undecodable);
+        return fail(undecodable);
     }
-    Key privateKey;
-    encode_key(rsa.get(), i2d_RSAPrivateKey, privateKey, error::qncrypto_rsa_keystore_decoding,
-               "Failed to extract private key", location);
-    return privateKey;
+    return encode_key(rsa.get(), i2d_RSAPrivateKey, error::qncrypto_rsa_keystore_decoding,
+                      "Failed to extract private key", location, error);
 }
 
-Key decode_public_key(const char* pem, std::size_t size, const SourceLocation& location) {
-    const auto fail = [&location](const char* text) {
-        throw_openssl_error(error::qncrypto_rsa_keystore_decoding, text, location);
-    };
-    const OpensslHandle bio(BIO_new_mem_buf(pem, qncore::safe_cast<int>(size)), BIO_free_all);
-    if (!bio) {
-        fail("Error decoding RSA public key");
-    }
+Key read_public_key(const char* pem, std::size_t size, const SourceLocation& location,
+                    ErrorInfoPtr* error) {
+    const auto& code = error::qncrypto_rsa_keystore_decoding;
+    const OpensslHandle bio(BIO_new_mem_buf(pem, static_cast<int>(size)), BIO_free_all);
     bool asked = false;
-    const OpensslHandle rsa(PEM_read_bio_RSAPublicKey(bio.get(), nullptr, refuse_password, &asked),
-                            RSA_free);
+    const OpensslHandle rsa(
+        bio ? PEM_read_bio_RSAPublicKey(bio.get(), nullptr, refuse_password, &asked) : nullptr,
+        RSA_free);
     if (!rsa) {
-        fail(asked ? "Encrypted public key container not supported"
-                   : "Error decoding RSA public key");
+        deliver_openssl_error(error, code,
+                              asked ? "Encrypted public key container not supported"
+                                    : "Error decoding RSA public key",
+                              location);
+        return {};
     }
-    Key publicKey;
-    encode_key(rsa.get(), i2d_RSAPublicKey, publicKey, error::qncrypto_rsa_keystore_decoding,
-               "Failed to extract public key", location);
-    return publicKey;
+    return encode_key(rsa.get(), i2d_RSAPublicKey, code, "Failed to extract public key", location,
+                      error);
 }
 
 } // namespace
 
 Key RsaContext::public_key_from_private_key(const Key& privateKey) {
     const auto location = QN_LOCATION("qncrypto::RsaContext::public_key_from_private_key()");
-    const auto rsa = parse_private_key(privateKey, location);
-    Key publicKey;
-    encode_key(rsa.get(), i2d_RSAPublicKey, publicKey, error::qncrypto_rsa_key,
-               "Failed to extract public key", location);
-    return publicKey;
+    const auto rsa = decode_private_key(privateKey, location);
+    return encode_key(rsa.get(), i2d_RSAPublicKey, error::qncrypto_rsa_key,
+                      "Failed to extract public key", location);
 }
 
 std::string RsaContext::private_key_as_pkcs8_pem(const Key& privateKey, const Key& password,
@@ -150,7 +153,7 @@ std::string RsaContext::private_key_as_pkcs8_pem(const Key& privateKey, const Ke
         qncore::throw_error(error::qncrypto_rsa_keystore_password, "No password specified",
                             location);
     }
-    const auto pkey = wrap_key(parse_private_key(privateKey, location), location);
+    const auto pkey = wrap_key(decode_private_key(privateKey, location), location);
     const EVP_CIPHER* const method = cipher_by_name(cipher, location);
     const OpensslHandle bio(BIO_new(BIO_s_mem()), BIO_free_all);
     if (!bio) {
@@ -173,8 +176,9 @@ std::string RsaContext::private_key_as_pkcs8_pem(const Key& privateKey, const Ke
 Key RsaContext::private_key_from_pkcs8_pem(const char* pem, std::size_t size, const Key& password,
                                            ErrorInfoPtr* error) {
     const auto location = QN_LOCATION("qncrypto::RsaContext::private_key_from_pkcs8_pem()");
-    return run_with_slot(error, location,
-                         [&] { return decode_private_key(pem, size, password, location); });
+    return run_with_slot(error, location, [&] {
+        return fits_int(size, error) ? read_pkcs8(pem, size, password, location, error) : Key();
+    });
 }
 
 std::string RsaContext::public_key_as_pem(const Key& publicKey) {
@@ -191,7 +195,9 @@ std::string RsaContext::public_key_as_pem(const Key& publicKey) {
 
 Key RsaContext::public_key_from_pem(const char* pem, std::size_t size, ErrorInfoPtr* error) {
     const auto location = QN_LOCATION("qncrypto::RsaContext::public_key_from_pem()");
-    return run_with_slot(error, location, [&] { return decode_public_key(pem, size, location); });
+    return run_with_slot(error, location, [&] {
+        return fits_int(size, error) ? read_public_key(pem, size, location, error) : Key();
+    });
 }
 
 } // namespace qncrypto

@@ -21,6 +21,11 @@ using qncore::ErrorComposer;
 using qncore::ErrorInfoPtr;
 using qncore::SourceLocation;
 
+/// Gives the operations, and nobody else, the key of a context.
+struct RsaAccess {
+    static RSA* rsa(const RsaContext& context) noexcept { return context.rsa_; }
+};
+
 namespace {
 
 struct Padding {
@@ -68,17 +73,23 @@ const EVP_MD* openssl_digest(HashAlgorithm hash, ErrorInfoPtr* error) {
     return (*entry)();
 }
 
-/// The buffer form of enciphering: a zeroed block of the modulus size changes places with `out`.
-template <class Raw>
-std::int64_t encrypt_into(const RsaContext& context, Key* out, Raw raw) {
-    const std::size_t modulusSize = context.modulus_size();
-    if (out == nullptr) {
-        return static_cast<std::int64_t>(modulusSize);
-    }
-    Key block(modulusSize);
-    const std::int64_t written = raw(block.data(), block.size());
-    block.swap(*out);
-    return written;
+/// What encrypting and decrypting with one half of a pair takes.
+struct Direction {
+    decltype(&RSA_private_encrypt) encrypt;
+    decltype(&RSA_private_decrypt) decrypt;
+    const char* encrypt_name;
+    const char* decrypt_name;
+    bool refuses_oaep;
+};
+
+constexpr Direction direction_of(RsaKeyKind kind) {
+    return kind == RsaKeyKind::private_key
+               ? Direction{RSA_private_encrypt, RSA_private_decrypt,
+                           "qncrypto::RsaPrivateContext::encrypt()",
+                           "qncrypto::RsaPrivateContext::decrypt()", true}
+               : Direction{RSA_public_encrypt, RSA_public_decrypt,
+                           "qncrypto::RsaPublicContext::encrypt()",
+                           "qncrypto::RsaPublicContext::decrypt()", false};
 }
 
 /// The buffer form of deciphering and signing.
@@ -87,7 +98,7 @@ std::int64_t assign_result(const RsaContext& context, Key* out, Raw raw) {
     Key work(context.modulus_size());
     const std::int64_t written = raw(work.data(), work.size());
     if (out != nullptr) {
-        // Required: the count is not tested. No Key can have a negative one's size, so it throws.
+        // Required: the count is not tested. As a size a negative one is too large for any Key.
         out->assign(work.data(), static_cast<std::size_t>(written));
     }
     return written;
@@ -183,69 +194,68 @@ std::size_t RsaContext::max_data_size(RsaPadding padding) const {
     return modulusSize - std::min(modulusSize, padding_size(padding, nullptr));
 }
 
-std::int64_t RsaContext::encrypt_raw(Transform transform, const unsigned char* data,
-                                     std::size_t dataSize, unsigned char* cipher,
-                                     std::size_t cipherSize, RsaPadding padding,
-                                     const SourceLocation& location) const {
+template <RsaKeyKind kind>
+std::int64_t RsaCipher<kind>::encrypt(const unsigned char* data, std::size_t dataSize,
+                                      unsigned char* cipher, std::size_t cipherSize,
+                                      RsaPadding padding) const {
+    constexpr Direction direction = direction_of(kind);
+    const auto location = QN_LOCATION(direction.encrypt_name);
     if (cipher == nullptr) {
         return static_cast<std::int64_t>(modulus_size());
     }
+    // Required: the text speaks of PKCS#1 too, which stays allowed.
+    if (direction.refuses_oaep && padding == RsaPadding::oaep) {
+        qncore::throw_error(
+            error::qncrypto_rsa_padding_unsupported,
+            "Padding with PKCS#1 and OAEP only supported for encryption with public key", location);
+    }
     validate_rsa_encrypt_params(*this, padding, dataSize, cipherSize);
-    const int written =
-        transform(qncore::safe_cast<int>(dataSize), data, cipher, rsa_, openssl_padding(padding));
+    const int written = direction.encrypt(qncore::safe_cast<int>(dataSize), data, cipher,
+                                          RsaAccess::rsa(*this), openssl_padding(padding));
     if (written < 0) {
         throw_openssl_error(error::qncrypto_rsa_encryption, "RSA encryption failed", location);
     }
     return written;
 }
 
-std::int64_t RsaContext::decrypt_raw(Transform transform, const unsigned char* cipher,
-                                     std::size_t cipherSize, unsigned char* plain,
-                                     std::size_t plainSize, RsaPadding padding, ErrorInfoPtr* error,
-                                     const SourceLocation& location) const {
+template <RsaKeyKind kind>
+std::int64_t RsaCipher<kind>::encrypt(const unsigned char* data, std::size_t dataSize, Key* out,
+                                      RsaPadding padding) const {
+    if (out == nullptr) {
+        return static_cast<std::int64_t>(modulus_size());
+    }
+    Key block(modulus_size());
+    const std::int64_t written = encrypt(data, dataSize, block.data(), block.size(), padding);
+    block.swap(*out);
+    return written;
+}
+
+template <RsaKeyKind kind>
+std::int64_t RsaCipher<kind>::decrypt(const unsigned char* cipher, std::size_t cipherSize,
+                                      unsigned char* plain, std::size_t plainSize,
+                                      RsaPadding padding, ErrorInfoPtr* error) const {
+    constexpr Direction direction = direction_of(kind);
     // Required: what the validation left in the slot does not keep OpenSSL from being called.
     validate_rsa_decrypt_params(*this, padding, cipherSize, plainSize, error);
-    const int written = transform(qncore::safe_cast<int>(cipherSize), cipher, plain, rsa_,
-                                  openssl_padding(padding));
+    const int written = direction.decrypt(qncore::safe_cast<int>(cipherSize), cipher, plain,
+                                          RsaAccess::rsa(*this), openssl_padding(padding));
     if (written < 0) {
-        deliver_openssl_error(error, error::qncrypto_rsa_decryption, decryption_failed, location);
+        deliver_openssl_error(error, error::qncrypto_rsa_decryption, decryption_failed,
+                              QN_LOCATION(direction.decrypt_name));
     }
     return written;
 }
 
-std::int64_t RsaPrivateContext::encrypt(const unsigned char* data, std::size_t dataSize,
-                                        unsigned char* cipher, std::size_t cipherSize,
-                                        RsaPadding padding) const {
-    const auto location = QN_LOCATION("qncrypto::RsaPrivateContext::encrypt()");
-    // Required: the text speaks of PKCS#1 too, which stays allowed.
-    if (cipher != nullptr && padding == RsaPadding::oaep) {
-        qncore::throw_error(
-            error::qncrypto_rsa_padding_unsupported,
-            "Padding with PKCS#1 and OAEP only supported for encryption with public key", location);
-    }
-    return encrypt_raw(RSA_private_encrypt, data, dataSize, cipher, cipherSize, padding, location);
-}
-
-std::int64_t RsaPrivateContext::encrypt(const unsigned char* data, std::size_t dataSize, Key* out,
-                                        RsaPadding padding) const {
-    return encrypt_into(*this, out, [&](unsigned char* block, std::size_t size) {
-        return encrypt(data, dataSize, block, size, padding);
-    });
-}
-
-std::int64_t RsaPrivateContext::decrypt(const unsigned char* cipher, std::size_t cipherSize,
-                                        unsigned char* plain, std::size_t plainSize,
-                                        RsaPadding padding, ErrorInfoPtr* error) const {
-    return decrypt_raw(RSA_private_decrypt, cipher, cipherSize, plain, plainSize, padding, error,
-                       QN_LOCATION("qncrypto::RsaPrivateContext::decrypt()"));
-}
-
-std::int64_t RsaPrivateContext::decrypt(const unsigned char* cipher, std::size_t cipherSize,
-                                        Key* out, RsaPadding padding, ErrorInfoPtr* error) const {
+template <RsaKeyKind kind>
+std::int64_t RsaCipher<kind>::decrypt(const unsigned char* cipher, std::size_t cipherSize, Key* out,
+                                      RsaPadding padding, ErrorInfoPtr* error) const {
     return assign_result(*this, out, [&](unsigned char* plain, std::size_t size) {
         return decrypt(cipher, cipherSize, plain, size, padding, error);
     });
 }
+
+template class RsaCipher<RsaKeyKind::private_key>;
+template class RsaCipher<RsaKeyKind::public_key>;
 
 std::int64_t RsaPrivateContext::sign(const unsigned char* digest, unsigned char* signature,
                                      std::size_t signatureSize, HashAlgorithm hash,
@@ -263,9 +273,9 @@ std::int64_t RsaPrivateContext::sign(const unsigned char* digest, unsigned char*
     }
     switch (padding) {
     case RsaPadding::pss:
-        return sign_pss(rsa_, digest, md, signature, error, location);
+        return sign_pss(RsaAccess::rsa(*this), digest, md, signature, error, location);
     case RsaPadding::pkcs1:
-        return sign_pkcs1(rsa_, digest, md, signature, error, location);
+        return sign_pkcs1(RsaAccess::rsa(*this), digest, md, signature, error, location);
     default:
         deliver_openssl_error(error, error::qncrypto_rsa_signature_padding, wrong_signature_padding,
                               location);
@@ -277,34 +287,6 @@ std::int64_t RsaPrivateContext::sign(const unsigned char* digest, Key* out, Hash
                                      RsaPadding padding, ErrorInfoPtr* error) const {
     return assign_result(*this, out, [&](unsigned char* signature, std::size_t size) {
         return sign(digest, signature, size, hash, padding, error);
-    });
-}
-
-std::int64_t RsaPublicContext::encrypt(const unsigned char* data, std::size_t dataSize,
-                                       unsigned char* cipher, std::size_t cipherSize,
-                                       RsaPadding padding) const {
-    return encrypt_raw(RSA_public_encrypt, data, dataSize, cipher, cipherSize, padding,
-                       QN_LOCATION("qncrypto::RsaPublicContext::encrypt()"));
-}
-
-std::int64_t RsaPublicContext::encrypt(const unsigned char* data, std::size_t dataSize, Key* out,
-                                       RsaPadding padding) const {
-    return encrypt_into(*this, out, [&](unsigned char* block, std::size_t size) {
-        return encrypt(data, dataSize, block, size, padding);
-    });
-}
-
-std::int64_t RsaPublicContext::decrypt(const unsigned char* cipher, std::size_t cipherSize,
-                                       unsigned char* plain, std::size_t plainSize,
-                                       RsaPadding padding, ErrorInfoPtr* error) const {
-    return decrypt_raw(RSA_public_decrypt, cipher, cipherSize, plain, plainSize, padding, error,
-                       QN_LOCATION("qncrypto::RsaPublicContext::decrypt()"));
-}
-
-std::int64_t RsaPublicContext::decrypt(const unsigned char* cipher, std::size_t cipherSize,
-                                       Key* out, RsaPadding padding, ErrorInfoPtr* error) const {
-    return assign_result(*this, out, [&](unsigned char* plain, std::size_t size) {
-        return decrypt(cipher, cipherSize, plain, size, padding, error);
     });
 }
 
@@ -321,9 +303,11 @@ bool RsaPublicContext::verify(const unsigned char* signature, std::size_t signat
     }
     switch (padding) {
     case RsaPadding::pss:
-        return verify_pss(rsa_, signature, signatureSize, digest, md, error, location);
+        return verify_pss(RsaAccess::rsa(*this), signature, signatureSize, digest, md, error,
+                          location);
     case RsaPadding::pkcs1:
-        return verify_pkcs1(rsa_, signature, signatureSize, digest, md, error, location);
+        return verify_pkcs1(RsaAccess::rsa(*this), signature, signatureSize, digest, md, error,
+                            location);
     default:
         deliver_openssl_error(error, error::qncrypto_rsa_signature_padding, wrong_signature_padding,
                               location);

@@ -16,10 +16,7 @@ namespace {
 using qncore::ErrorComposer;
 using qncore::ErrorInfoPtr;
 
-constexpr int deepest = 50;
-constexpr int argument_list_too_long = 7; // E2BIG; required as this number on every system
-
-/// The place of the last separator before `end`, or npos.
+/// The position of the last separator before `end`, or npos.
 std::size_t find_last_separator(const std::string& path, std::size_t end) {
     while (end > 0 && !platform::is_separator(path[end - 1])) {
         --end;
@@ -27,7 +24,7 @@ std::size_t find_last_separator(const std::string& path, std::size_t end) {
     return end != 0 ? end - 1 : std::string::npos;
 }
 
-/// The directory that a path lies in; empty for one in the root or without a directory.
+/// The directory part of a path; empty for a path in the root or without a directory.
 std::string parent_of(const std::string& path) {
     std::size_t separator = find_last_separator(path, path.size());
     if (separator != std::string::npos && separator + 1 == path.size() && path.size() > 1) {
@@ -36,7 +33,7 @@ std::string parent_of(const std::string& path) {
     return separator == std::string::npos ? std::string() : path.substr(0, separator);
 }
 
-/// A separator at the end would hide the name from those who judge by it; that of a root or of a
+/// A name is hidden by its first character, so no separator may follow it. That of a root or of a
 /// drive stays.
 std::string without_last_separator(const std::string& path) {
     const std::size_t size = path.size();
@@ -53,7 +50,7 @@ void create_one_directory(const std::string& path, int accessMode, ErrorInfoPtr*
     }
     const auto location = QN_LOCATION("qnfile::create_directory()");
     const bool exists = failure.is_already_exists();
-    // Required: the two brackets at the end of the second text.
+    // Required: the two brackets at the end of the second message.
     ErrorComposer(exists ? "Failed to create directory because it already exists. Base "
                            "path=\"{@basePath}\" Access mode={@accessMode}"
                          : "Failed to create directory. Base path=\"{@basePath}\" Access "
@@ -65,7 +62,7 @@ void create_one_directory(const std::string& path, int accessMode, ErrorInfoPtr*
                          location, qncore::ErrorInfo::from_system_error(location, failure));
 }
 
-/// What an accessible directory must be, in the order in which it is asked.
+/// A property that an accessible directory must have.
 struct Requirement {
     const char* message;
     const qncore::ErrorCode& code;
@@ -86,9 +83,7 @@ void create_directory_recursive(const std::string& path, int accessMode, ErrorIn
     if (failure.is_not_found() && depthLeft >= 0) {
         create_directory_recursive(parent, accessMode, error, depthLeft - 1);
     } else if (failure.is_not_found()) {
-        ErrorComposer("Recursive parent directory limit reached.")
-            .create_transfer_with_nested_errno(error, error::qnfile_directory, location,
-                                               argument_list_too_long);
+        report_depth(error, "Recursive parent directory limit reached.", location);
     } else if (failure) {
         report(error, error::qnfile_directory_notFound,
                "Failed to get parent directory stats. Full path=\"{@fullPath}\"", "fullPath",
@@ -104,7 +99,7 @@ void create_directory_recursive(const std::string& path, int accessMode, ErrorIn
 void create_directory(const std::string& path, int accessMode, ErrorInfoPtr* error,
                       bool recursive) {
     if (recursive) {
-        impl::create_directory_recursive(path, accessMode, error, deepest);
+        impl::create_directory_recursive(path, accessMode, error, impl::tree_depth);
     } else {
         create_one_directory(path, accessMode, error);
     }

@@ -4,28 +4,35 @@
 #include <string>
 
 #include "qncore/error_info.h"
+#include "qnfile/flags.h"
 
-// Directories as a whole. Paths are UTF-8 (on Linux any bytes); one with an embedded zero throws.
-// Failures are errors below error.qnfile.directory with the system's error nested; they go to the
-// slot `error`, or are thrown where it is null, unless said otherwise.
+// Directories as a whole. Paths are UTF-8 (on Linux any bytes); one with an embedded NUL throws
+// error.qncore.embeddedNul despite a slot. Failures are errors below error.qnfile.directory with
+// the system's error nested; they go to the slot `error`, or are thrown if it is null, unless said
+// otherwise.
 namespace qnfile {
 
 enum DirectoryRemoveFlags : std::uint32_t {
     remove_empty_only = 0,
-    remove_recursive = 1,    ///< what is in the directory goes first
-    remove_follow_links = 2, ///< with recursive: so does what is behind a link to a directory
+    remove_recursive = 1,    ///< removes the content of the directory first
+    remove_follow_links = 2, ///< with remove_recursive: the content of linked directories, too
     remove_reserved = 4,     ///< without effect
 };
+template <>
+inline constexpr bool is_flag_set<DirectoryRemoveFlags> = true;
 
 enum DirectoryAccessFlags : std::int32_t {
+    access_check_none = 0,
     access_check_read = 1, ///< without effect: every directory passes
     access_check_write = 2,
     access_check_hidden = 4,
 };
+template <>
+inline constexpr bool is_flag_set<DirectoryAccessFlags> = true;
 
-/// Creates a directory, with `recursive` also the missing ones above it, at most 52 in all. One
-/// that is there already is an error.qnfile.directory.alreadyExists, recursive or not. `accessMode`
-/// is told in messages and has no other effect; on Linux the umask decides.
+/// Creates a directory; with `recursive` also the missing ones above it, at most 52 in all. An
+/// existing directory is error.qnfile.directory.alreadyExists, recursive or not. `accessMode`
+/// appears in messages and has no other effect; on Linux the umask decides.
 void create_directory(const std::string& path, int accessMode, qncore::ErrorInfoPtr* error,
                       bool recursive);
 
@@ -33,41 +40,44 @@ void create_directory(const std::string& path, int accessMode, qncore::ErrorInfo
 void remove_directory(const std::string& path, qncore::ErrorInfoPtr* error);
 
 /// Removes a directory; with `remove_recursive` its subdirectories, then its files, then itself.
-/// Directories may lie at most 51 levels below it. What was removed before a failure stays
-/// removed.
+/// Directories may lie at most 51 levels below it. A failure leaves removed what is removed by
+/// then; one while a directory is read is thrown despite a slot. A slot that already holds an error
+/// makes this a no-op.
 ///
-/// A link, be it the path itself or in the tree, is removed without a look at what is behind it,
-/// unless `remove_follow_links` is set. On Linux that holds also when somebody exchanges a
-/// directory or an entry for a link while the removal runs. On Windows it holds for links that
-/// were there when the removal came to their directory.
+/// A link, whether the path itself or in the tree, is removed and not followed, unless
+/// `remove_follow_links` is set. On Linux that holds even if somebody replaces a directory or an
+/// entry by a link while the removal runs; on Windows it holds for links that existed when the
+/// removal listed their directory.
 void remove_directory(const std::string& path, DirectoryRemoveFlags flags,
                       qncore::ErrorInfoPtr* error);
 
 void set_current_directory(const std::string& path, qncore::ErrorInfoPtr* error);
 
-/// As the system gives it, without a separator at its end; empty on failure.
+/// As the system returns it, without a separator at the end; empty on failure.
 std::string get_current_directory(qncore::ErrorInfoPtr* error);
 
-/// Whether the path is a directory of which all that is asked for holds, by its attributes: on
-/// Linux it is writable when any account may write, hidden when its name begins with a dot. Never
-/// throws for a mere no; a slot, where there is one, gets the reason.
+/// Whether the path is a directory with everything that is asked for, by its attributes: on Linux
+/// it is writable if any account may write, hidden if its name begins with a dot. False is never
+/// thrown; a slot that is not null receives the reason.
 bool is_accessible_directory(const std::string& path, DirectoryAccessFlags flags,
                              qncore::ErrorInfoPtr* error);
 
 namespace impl {
 
+/// Where `depthLeft` begins.
+inline constexpr int tree_depth = 50;
+
 /// As create_directory; `depthLeft` bounds how many directories above may be missing.
 void create_directory_recursive(const std::string& path, int accessMode,
                                 qncore::ErrorInfoPtr* error, int depthLeft);
 
-/// As remove_directory; `depthLeft` bounds how deep directories may lie. A slot that holds an
-/// error already stops it at once.
+/// As remove_directory; `depthLeft` bounds how deep directories may lie.
 void remove_directory_tree(const std::string& path, DirectoryRemoveFlags flags, int depthLeft,
                            qncore::ErrorInfoPtr* error);
 
-/// Removes a link to a directory without touching what it points at: on Linux a symbolic link. On
-/// Windows mount points only; required: a symbolic link is refused by the system, since the
-/// request names the tag of a mount point.
+/// Removes a link to a directory and leaves its target alone: on Linux a symbolic link, on Windows
+/// a mount point. Required: Windows refuses a symbolic link here, since the request names the tag
+/// of a mount point.
 void remove_win32_reparse_point(const std::string& path, qncore::ErrorInfoPtr* error);
 
 } // namespace impl

@@ -2,19 +2,16 @@
 
 #include "platform/path.h"
 #include "qnfile/directory_entry_impl.h"
-#include "qnfile/percent.h"
+#include "qnuri/percent_encoding.h"
 
 namespace qnfile {
 namespace {
 
-const impl::DirectoryEntryImplWin32&
-system_side(const qncore::RefCountPtr<impl::DirectoryEntryImpl>& impl) noexcept {
-    return static_cast<const impl::DirectoryEntryImplWin32&>(*impl);
-}
+using impl::system_side;
 
-/// True for the form `/x:/` on a system that has drives.
+/// Whether the path has the form `/x:/` on a system with drives.
 bool has_slash_before_drive(std::string_view path) noexcept {
-    return platform::is_separator('\\') && path.size() >= 4 && path[0] == '/' && path[2] == ':' &&
+    return platform::paths_have_drives && path.size() >= 4 && path[0] == '/' && path[2] == ':' &&
            path[3] == '/';
 }
 
@@ -27,7 +24,7 @@ DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
 
 DirectoryEntry DirectoryEntry::create_from_full_path(const qnuri::UriReference& uri,
                                                      qncore::ErrorInfoPtr* error) {
-    const std::string path = percent_decode(uri.path().view());
+    const std::string path = qnuri::percent_decode(uri.path().view());
     return create_from_full_path(has_slash_before_drive(path) ? path.substr(1) : path, error);
 }
 
@@ -39,16 +36,16 @@ std::string DirectoryEntry::full_path() const {
     return directory() + name();
 }
 
-std::uint32_t DirectoryEntry::type() const noexcept {
+DirectoryEntryType DirectoryEntry::type() const noexcept {
     const platform::FileStatus& status = system_side(impl_).status();
     return (status.is_directory ? entry_directory : entry_file) |
-           (status.is_link ? entry_link : 0U);
+           (status.is_link ? entry_link : entry_none);
 }
 
-std::uint32_t DirectoryEntry::access() const noexcept {
+DirectoryEntryAccess DirectoryEntry::access() const noexcept {
     const platform::FileStatus& status = system_side(impl_).status();
-    return entry_access_read | (status.is_read_only ? 0U : entry_access_write) |
-           (status.is_hidden ? entry_access_hidden : 0U);
+    return entry_access_read | (status.is_read_only ? entry_access_none : entry_access_write) |
+           (status.is_hidden ? entry_access_hidden : entry_access_none);
 }
 
 std::uint64_t DirectoryEntry::size() const noexcept {
@@ -79,8 +76,11 @@ bool operator==(const DirectoryEntry& left, const DirectoryEntry& right) noexcep
 }
 
 std::strong_ordering operator<=>(const DirectoryEntry& left, const DirectoryEntry& right) noexcept {
-    return left.directory() == right.directory() ? left.name() <=> right.name()
-                                                 : left.directory() <=> right.directory();
+    if (!left || !right) {
+        return static_cast<bool>(left) <=> static_cast<bool>(right);
+    }
+    const auto directories = left.directory() <=> right.directory();
+    return directories != 0 ? directories : left.name() <=> right.name();
 }
 
 } // namespace qnfile

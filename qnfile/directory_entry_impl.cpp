@@ -1,6 +1,7 @@
 #include "qnfile/directory_entry_impl.h"
 
 #include <cerrno>
+#include <utility>
 
 #include "platform/path.h"
 #include "qncore/system_name.h"
@@ -15,6 +16,7 @@ DirectoryEntryImplWin32::DirectoryEntryImplWin32(std::string name, DirectorySequ
                                                  DirectoryIteratorPtr iterator)
     : DirectoryEntryImpl(std::move(name))
     , sequence_(std::move(sequence))
+    , place_(sequence_)
     , iterator_(std::move(iterator)) {}
 
 DirectoryEntryPtr DirectoryEntryImplWin32::begin(const DirectorySequencePtr& walk,
@@ -25,7 +27,7 @@ DirectoryEntryPtr DirectoryEntryImplWin32::begin(const DirectorySequencePtr& wal
         return {};
     }
     auto entry = qncore::make_ref_counted<DirectoryEntryImplWin32>(std::string(), start, iterator);
-    entry->take(*iterator);
+    entry->arrive();
     return entry;
 }
 
@@ -57,84 +59,93 @@ DirectoryEntryPtr DirectoryEntryImplWin32::create_from_full_path(const std::stri
 DirectoryEntryPtr DirectoryEntryImplWin32::take_over() {
     auto copy =
         qncore::make_ref_counted<DirectoryEntryImplWin32>(name_, sequence_, std::move(iterator_));
-    copy->has_entered_ = has_entered_;
     copy->status_ = status_;
+    copy->place_ = std::move(place_);
     return copy;
 }
 
-bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error) {
-    for (;;) {
-        if (!iterator_ && !restore(error)) {
-            if (!holds_error(error)) {
-                report(error, error::qnfile_directory_iterator,
-                       "Could not restore iterator position after it had been copied. Current "
-                       "name={@name}",
-                       "name", name_,
-                       QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"));
-            }
-            return false;
-        }
-        sequence_->release_first(iterator_);
-        if (!iterator_->advance(sequence_->options(), error)) {
-            if (!ascend()) {
-                return false;
-            }
-        } else if (!sequence_->must_enter(*iterator_)) {
-            take(*iterator_);
-            return true;
-        } else if (auto child = sequence_->enter(iterator_, 0, error)) {
-            sequence_ = std::move(child);
-            iterator_ = sequence_->first_iterator(error);
-            take(*iterator_);
-            return true;
-        }
-    }
-}
-
-/// Looks for the place by name, in a new iterator.
-bool DirectoryEntryImplWin32::restore(ErrorInfoPtr* error) {
-    auto iterator = sequence_->first_iterator(error);
-    sequence_->release_first(iterator);
-    while (iterator && iterator->name() != name_) {
-        if (!iterator->advance(sequence_->options(), error)) {
-            iterator.reset();
-        }
-    }
-    if (iterator && has_entered_) {
-        iterator->set_descend_only();
-    }
-    has_entered_ = false;
-    iterator_ = std::move(iterator);
-    return static_cast<bool>(iterator_);
-}
-
-/// Goes to the entry of the directory above through which the walk came here; false at the top.
-bool DirectoryEntryImplWin32::ascend() {
-    const DirectorySequencePtr parent = sequence_->parent();
-    if (!parent) {
+bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
+    if (!iterator_ && !find_place(sequence_, name_, error, loss)) {
         return false;
     }
-    iterator_ = iterator_->parent();
-    if (!iterator_) {
-        const std::string& path = sequence_->base_path();
-        const std::size_t start = parent->base_path().size();
-        if (path.size() < start + 2) {
-            qncore::throw_errno(QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"),
-                                EINVAL);
+    while (!step(error, loss)) {
+        if (!iterator_) {
+            return false;
         }
-        name_ = path.substr(start, path.size() - start - 1);
-        // The way down keeps the pattern, a further segment is shorter. Without this the directory
-        // would be entered again.
-        has_entered_ = sequence_->options().text().size() == parent->options().text().size();
     }
-    sequence_ = parent;
+    arrive();
     return true;
 }
 
-void DirectoryEntryImplWin32::take(const DirectoryIteratorImplWin32& iterator) {
-    name_ = iterator.name();
+/// Moves the place to the next accepted entry, in this directory or one level down or up; false if
+/// that is not to be delivered. Without an iterator at the end.
+bool DirectoryEntryImplWin32::step(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
+    place_->release_first(iterator_);
+    if (!iterator_->advance(place_->options(), error)) {
+        ascend(error, loss);
+        return false;
+    }
+    if (!place_->must_enter(*iterator_)) {
+        return true;
+    }
+    auto child = place_->enter(iterator_, 0, error);
+    if (!child) {
+        return false;
+    }
+    place_ = std::move(child);
+    iterator_ = place_->first_iterator(error);
+    return true;
+}
+
+/// Opens the directory once more and looks for the name. Leaves no iterator if it is not found.
+bool DirectoryEntryImplWin32::find_place(DirectorySequencePtr sequence, const std::string& name,
+                                         ErrorInfoPtr* error, ErrorInfoPtr& loss) {
+    place_ = std::move(sequence);
+    iterator_ = place_->first_iterator(&loss);
+    place_->release_first(iterator_);
+    while (iterator_ && iterator_->name() != name) {
+        if (!iterator_->advance(place_->options(), &loss)) {
+            iterator_.reset();
+        }
+    }
+    if (!iterator_ && !loss && !holds_error(error)) {
+        report(&loss, error::qnfile_directory_iterator,
+               "Could not restore iterator position after it had been copied. Current "
+               "name={@name}",
+               "name", name, QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"));
+    }
+    return static_cast<bool>(iterator_);
+}
+
+/// Moves the place to the entry of the directory above through which the walk came here. Leaves no
+/// iterator at the top, or if that entry is gone.
+void DirectoryEntryImplWin32::ascend(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
+    const DirectorySequencePtr below = std::exchange(place_, place_->parent());
+    iterator_ = iterator_->parent();
+    if (!place_ || iterator_) {
+        return;
+    }
+    const std::string& path = below->base_path();
+    const std::size_t start = place_->base_path().size();
+    if (path.size() < start + 2) {
+        qncore::throw_errno(QN_LOCATION("qnfile::impl::DirectoryEntryImplWin32::increment()"),
+                            EINVAL);
+    }
+    if (find_place(place_, path.substr(start, path.size() - start - 1), error, loss) &&
+        below->options().text().size() == place_->options().text().size()) {
+        // With the same pattern as above, the directory would be entered once more.
+        iterator_->set_descend_only();
+    }
+}
+
+/// Becomes the entry at the place.
+void DirectoryEntryImplWin32::arrive() {
+    name_ = iterator_->name();
     name_hash_ = 0;
-    status_ = iterator.status();
+    status_ = iterator_->status();
+    if (sequence_ != place_) {
+        sequence_ = place_;
+    }
 }
 
 std::uint32_t DirectoryEntryImplWin32::hash_value() const noexcept {

@@ -11,7 +11,8 @@ namespace qnfile::impl {
 class DirectoryEntryImplWin32;
 using DirectoryEntryPtr = qncore::RefCountPtr<DirectoryEntryImplWin32>;
 
-/// An entry and, as long as no copy has taken it along, the iterator that stands on it.
+/// An entry and, until a copy takes it, the place in the walk from which the next step starts. The
+/// entry changes only when a step succeeds; the place moves on past what fails.
 class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
   public:
     DirectoryEntryImplWin32(std::string name, DirectorySequencePtr sequence,
@@ -24,11 +25,12 @@ class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
     static DirectoryEntryPtr create_from_full_path(const std::string& path,
                                                    qncore::ErrorInfoPtr* error);
 
-    /// A copy that takes the iterator along, for whoever wants to move and is not alone.
+    /// A copy that takes the place, for a holder who wants to move and is not the only one.
     DirectoryEntryPtr take_over();
 
-    /// Becomes the next entry; false at the end. To be called by the only holder.
-    bool advance(qncore::ErrorInfoPtr* error);
+    /// Becomes the next entry; false at the end. If the place cannot be found again, false with the
+    /// reason in `loss`, unless `error` holds one. Only for the sole holder.
+    bool advance(qncore::ErrorInfoPtr* error, qncore::ErrorInfoPtr& loss);
 
     const DirectorySequenceImplWin32& sequence() const noexcept { return *sequence_; }
     const platform::FileStatus& status() const noexcept { return status_; }
@@ -40,15 +42,22 @@ class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
   private:
     ~DirectoryEntryImplWin32() override = default;
 
-    bool restore(qncore::ErrorInfoPtr* error);
-    bool ascend();
-    void take(const DirectoryIteratorImplWin32& iterator);
+    bool step(qncore::ErrorInfoPtr* error, qncore::ErrorInfoPtr& loss);
+    bool find_place(DirectorySequencePtr sequence, const std::string& name,
+                    qncore::ErrorInfoPtr* error, qncore::ErrorInfoPtr& loss);
+    void ascend(qncore::ErrorInfoPtr* error, qncore::ErrorInfoPtr& loss);
+    void arrive();
 
-    DirectorySequencePtr sequence_;
-    DirectoryIteratorPtr iterator_;
-    bool has_entered_ = false; ///< when the place has been found again, it is behind the way down
+    DirectorySequencePtr sequence_;       ///< of the entry
     mutable std::uint32_t name_hash_ = 0; ///< 0 until computed
     platform::FileStatus status_;
+    DirectorySequencePtr place_;    ///< the directory that iterator_ reads
+    DirectoryIteratorPtr iterator_; ///< null once the place has been taken
 };
+
+inline DirectoryEntryImplWin32&
+system_side(const qncore::RefCountPtr<DirectoryEntryImpl>& entry) noexcept {
+    return static_cast<DirectoryEntryImplWin32&>(*entry);
+}
 
 } // namespace qnfile::impl

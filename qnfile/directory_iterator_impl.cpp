@@ -8,8 +8,8 @@ namespace {
 
 using qncore::ErrorInfoPtr;
 
-/// "." and "..". Required: only the first two characters are looked at, so a name such as "..foo"
-/// counts, too.
+/// "." and "..". Required: only the first two characters are tested, so a name such as "..foo"
+/// counts as well.
 bool is_dotted(std::string_view name) noexcept {
     return name.starts_with('.') && (name.size() == 1 || name[1] == '.');
 }
@@ -77,7 +77,7 @@ bool DirectoryIteratorImplWin32::advance(const PathPattern& options, ErrorInfoPt
     }
 }
 
-/// Tests the entry that the reader has come to.
+/// Tests the current entry.
 bool DirectoryIteratorImplWin32::accept(const PathPattern& options) {
     descend_only_ = !options.matches(reader_.native_name());
     if (descend_only_) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,23 +14,23 @@ namespace qnfile::impl {
 class DirectoryIteratorImplWin32;
 using DirectoryIteratorPtr = qncore::RefCountPtr<DirectoryIteratorImplWin32>;
 
-/// One open directory, standing on an entry that the walk accepts: one to deliver, or one only to
+/// One open directory, positioned on an entry that the walk accepts: one to deliver, or one only to
 /// enter on the way down. It has one position, so it serves one entry at a time.
 class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
-    /// Opens `basePath` and goes to the first accepted entry. When there is none, or after a
-    /// failure, is_open() is false. `parent` may be null, else it stands on this directory.
+    /// Opens `basePath` and moves to the first accepted entry. If there is none, or on failure,
+    /// is_open() is false. `parent` may be null, else it is positioned on this directory.
     DirectoryIteratorImplWin32(const std::string& basePath, const PathPattern& options,
                                DirectoryIteratorPtr parent, qncore::ErrorInfoPtr* error);
 
-    /// The same, null when there is nothing accepted.
+    /// The same; null if there is no accepted entry.
     static DirectoryIteratorPtr open(const std::string& basePath, const PathPattern& options,
                                      DirectoryIteratorPtr parent, qncore::ErrorInfoPtr* error);
 
     bool is_open() const noexcept { return reader_.is_open(); }
 
-    /// To the next accepted entry; false, and closed, when there is none or reading failed. A
-    /// directory that a recursive walk has delivered comes once more, now to be entered.
+    /// Moves to the next accepted entry; false, and closed, when there is none or reading failed.
+    /// A directory that a recursive walk has delivered is returned once more, now to be entered.
     bool advance(const PathPattern& options, qncore::ErrorInfoPtr* error);
 
     /// The entry is to be entered with the same pattern, and not delivered.
@@ -38,7 +39,12 @@ class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::Atomi
     void set_descend_only() noexcept { descend_only_ = true; }
 
     std::string_view name() const noexcept { return reader_.name(); }
+    bool is_link() const noexcept { return reader_.is_link(); }
     platform::FileStatus status() const { return reader_.status(); }
+    /// The directory that is read.
+    std::optional<platform::DirectoryIdentity> identity() const noexcept {
+        return reader_.identity();
+    }
     const DirectoryIteratorPtr& parent() const noexcept { return parent_; }
 
   private:
@@ -48,7 +54,7 @@ class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::Atomi
     bool can_descend(const PathPattern& options) const noexcept;
     void close(qncore::ErrorInfoPtr* error);
 
-    DirectoryIteratorPtr parent_; ///< outlives reader_, which refers to its reader
+    DirectoryIteratorPtr parent_;
     platform::DirectoryReader reader_;
     bool descend_only_ = false;
 };

@@ -12,20 +12,19 @@ namespace {
 
 using impl::holds_error;
 using impl::report;
+using impl::report_depth;
 using platform::RemovalAnchor;
 using qncore::ErrorInfoPtr;
 
-constexpr int deepest = 50;
-constexpr int argument_list_too_long = 7; // E2BIG; required as this number on every system
 constexpr const char* remove_directory_name = "qnfile::remove_directory()";
 
-/// The entries of a directory with that bit of a type, all read before anything is removed.
+/// The entries of that type, all read before anything is removed.
 std::vector<DirectoryEntry> entries_of(const std::string& path, DirectoryEntryType type,
                                        ErrorInfoPtr* error) {
     std::vector<DirectoryEntry> entries;
     const DirectorySequence sequence(path.data(), path.size(), error);
     for (auto entry = sequence.begin(error); entry != sequence.end(); ++entry) {
-        if (((*entry).type() & type) != 0) {
+        if ((entry->type() & type) != 0) {
             entries.push_back(*entry);
         }
     }
@@ -75,10 +74,8 @@ void remove_subdirectories(const RemovalAnchor& anchor,
             continue;
         }
         if (depthLeft < 0) {
-            qncore::ErrorComposer("Recursive child directory limit reached.")
-                .create_transfer_with_nested_errno(error, error::qnfile_directory,
-                                                   QN_LOCATION(remove_directory_name),
-                                                   argument_list_too_long);
+            report_depth(error, "Recursive child directory limit reached.",
+                         QN_LOCATION(remove_directory_name));
         } else if (entry.is_link() && (flags & remove_follow_links) == 0) {
             remove_link(anchor, entry.full_path(), error);
         } else {
@@ -90,8 +87,13 @@ void remove_subdirectories(const RemovalAnchor& anchor,
     }
 }
 
-/// Empties a directory, but only through an anchor: what turns out not to be a directory, or only a
-/// link to one, is left as it is.
+void report_directory(const std::string& path, ErrorInfoPtr* error, platform::SystemError failure) {
+    report(error, error::qnfile_directory, "Failed to remove directory. Base path=\"{@path}\"",
+           "path", path, QN_LOCATION(remove_directory_name), failure);
+}
+
+/// Empties a directory, but only through an anchor: what is no directory any more, or a link to
+/// one, is left as it is.
 void remove_content(const RemovalAnchor& parent, const std::string& path,
                     DirectoryRemoveFlags flags, int depthLeft, ErrorInfoPtr* error) {
     const auto directories = entries_of(path, entry_directory, error);
@@ -100,6 +102,9 @@ void remove_content(const RemovalAnchor& parent, const std::string& path,
     }
     const auto anchor = parent.open(path, (flags & remove_follow_links) != 0);
     if (!anchor) {
+        if (!anchor.error().is_not_found()) {
+            report_directory(path, error, anchor.error());
+        }
         return;
     }
     remove_subdirectories(*anchor, directories, flags, depthLeft, error);
@@ -124,8 +129,7 @@ void remove_tree(const RemovalAnchor& parent, const std::string& path, Directory
     if (entry.is_link()) {
         remove_link(parent, path, error);
     } else if (const auto failure = parent.remove_directory(path)) {
-        report(error, error::qnfile_directory, "Failed to remove directory. Base path=\"{@path}\"",
-               "path", path, QN_LOCATION(remove_directory_name), failure);
+        report_directory(path, error, failure);
     }
 }
 
@@ -141,7 +145,7 @@ void remove_directory(const std::string& path, ErrorInfoPtr* error) {
 }
 
 void remove_directory(const std::string& path, DirectoryRemoveFlags flags, ErrorInfoPtr* error) {
-    impl::remove_directory_tree(path, flags, deepest, error);
+    impl::remove_directory_tree(path, flags, impl::tree_depth, error);
 }
 
 namespace impl {

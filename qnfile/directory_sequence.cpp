@@ -13,16 +13,12 @@ namespace {
 
 using impl::DirectoryEntryImplWin32;
 using impl::DirectorySequenceImplWin32;
+using impl::system_side;
 using qncore::ErrorInfoPtr;
 
 impl::DirectorySequencePtr
-system_side(const qncore::RefCountPtr<impl::DirectorySequenceImpl>& impl) noexcept {
+walk_of(const qncore::RefCountPtr<impl::DirectorySequenceImpl>& impl) noexcept {
     return impl::DirectorySequencePtr(static_cast<DirectorySequenceImplWin32*>(impl.get()));
-}
-
-DirectoryEntryImplWin32&
-system_side(const qncore::RefCountPtr<impl::DirectoryEntryImpl>& impl) noexcept {
-    return static_cast<DirectoryEntryImplWin32&>(*impl);
 }
 
 /// The pattern's text in the units of the system's names.
@@ -79,7 +75,7 @@ void DirectorySequence::assign(const char* path, std::size_t pathLength, ErrorIn
 
 void DirectorySequence::rewind(ErrorInfoPtr* error) {
     if (impl_) {
-        impl_ = open(impl_->base_path(), system_side(impl_)->options(), error);
+        impl_ = open(impl_->base_path(), walk_of(impl_)->options(), error);
     }
 }
 
@@ -87,8 +83,7 @@ DirectorySequence::DirectoryIterator DirectorySequence::begin(ErrorInfoPtr* erro
     if (!impl_) {
         return {};
     }
-    return DirectoryIterator(
-        DirectoryEntry(DirectoryEntryImplWin32::begin(system_side(impl_), error)));
+    return DirectoryIterator(DirectoryEntry(DirectoryEntryImplWin32::begin(walk_of(impl_), error)));
 }
 
 DirectorySequence::DirectoryIterator DirectorySequence::end() const noexcept {
@@ -105,11 +100,15 @@ void Iterator::increment(ErrorInfoPtr* error) {
                      QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
         return;
     }
-    if (entry_->is_shared()) { // whoever else holds the entry must find it as it is
-        entry_ = system_side(entry_).take_over();
+    if (entry_.impl_->is_shared()) { // the other holders keep the entry as it is
+        entry_ = DirectoryEntry(system_side(entry_.impl_).take_over());
     }
-    if (!system_side(entry_).advance(error)) {
-        entry_.reset();
+    ErrorInfoPtr loss;
+    if (!system_side(entry_.impl_).advance(error, loss)) {
+        entry_ = DirectoryEntry();
+    }
+    if (loss) {
+        qncore::deliver_error(error, std::move(loss));
     }
 }
 
@@ -122,13 +121,6 @@ Iterator Iterator::operator++(int) {
     Iterator before = *this;
     increment(nullptr);
     return before;
-}
-
-bool operator==(const Iterator& left, const Iterator& right) noexcept {
-    if (!left.entry_ || !right.entry_) {
-        return left.entry_ == right.entry_;
-    }
-    return system_side(left.entry_) == system_side(right.entry_);
 }
 
 } // namespace qnfile

@@ -13,13 +13,13 @@ namespace qnfile {
 
 namespace impl {
 
-/// A directory as its entries know it.
+/// The directory of an entry.
 class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     explicit DirectorySequenceImpl(std::string basePath)
         : base_path_(std::move(basePath)) {}
 
-    /// With `/` as separator, one at the end, too.
+    /// With `/` as separator, also at the end.
     const std::string& base_path() const noexcept { return base_path_; }
 
   protected:
@@ -32,14 +32,16 @@ class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> 
 } // namespace impl
 
 /// The entries of a directory tree that match a path pattern (see path_pattern.h), as a container
-/// that reads while it is walked. "." and ".." are entries like others, and so is what is hidden.
-/// Each directory on the way down holds one handle of the system; memory does not grow with the
-/// number of entries. A directory whose name begins with ".." or is "." is never entered by a `**`
-/// walk; a link to a directory is, unless (Linux) it leads back to one that the walk is in.
+/// that is read while it is walked. "." and ".." are entries like any other, as are hidden files;
+/// a pattern such as `*/x` enters them, too. A `**` walk enters no directory named "." or with a
+/// name that begins with ".."; it does enter links to directories, except on Linux a link that
+/// leads back to a directory above it. Each directory on the way down holds one handle of the
+/// system; memory does not grow with the number of entries.
 ///
-/// Failures go to the slot `error`, or are thrown where it is null: error.qnfile.directory.notFound
+/// Failures go to the slot `error`, or are thrown if it is null: error.qnfile.directory.notFound
 /// for a directory that cannot be opened, error.qnfile.directory.iterator for one that cannot be
-/// read on. One thread at a time.
+/// read to its end. A path with an embedded NUL, and on Windows invalid UTF-8, throws despite a
+/// slot. Not thread-safe.
 class DirectorySequence {
   public:
     class DirectoryIterator;
@@ -48,9 +50,9 @@ class DirectorySequence {
     using value_type = DirectoryEntry;
 
     DirectorySequence() noexcept = default;
-    /// Builds the walk and goes to the first match; empty on failure, and, without an error, when
-    /// nothing matches or the first match lies more than 100 levels down. An empty path is "./";
-    /// `\` counts as `/` in path and pattern on Windows.
+    /// Opens the directory and descends to the first match. The sequence is empty on failure, and,
+    /// without an error, if nothing matches or the first match lies more than 100 levels down. An
+    /// empty path is "./"; on Windows `\` is a separator in path and pattern as well.
     DirectorySequence(const char* path, std::size_t pathLength, const char* pattern,
                       std::size_t patternLength, bool caseSensitive,
                       qncore::ErrorInfoPtr* error = nullptr);
@@ -58,7 +60,7 @@ class DirectorySequence {
     DirectorySequence(const char* path, std::size_t pathLength,
                       qncore::ErrorInfoPtr* error = nullptr);
 
-    /// As the constructors; what was held stays when they throw.
+    /// As the constructors; if they throw, the sequence keeps what it held.
     void assign(const char* path, std::size_t pathLength, const char* pattern,
                 std::size_t patternLength, bool caseSensitive,
                 qncore::ErrorInfoPtr* error = nullptr);
@@ -70,7 +72,7 @@ class DirectorySequence {
     DirectoryIterator begin(qncore::ErrorInfoPtr* error = nullptr) const;
     DirectoryIterator end() const noexcept;
 
-    /// Reads anew from the start, with the same directory and pattern.
+    /// Reads from the start again, with the same directory and pattern; a no-op if empty.
     void rewind(qncore::ErrorInfoPtr* error = nullptr);
 
   private:
@@ -78,36 +80,41 @@ class DirectorySequence {
 };
 
 /// A position in a walk. Copies cost nothing and go on independently: the one that moves first
-/// takes the system's handle along, the others find their place again by the name of their entry,
-/// which is an error.qnfile.directory.iterator when that entry is gone.
+/// takes the system's handle, the others find their place again by the name of their entry. If that
+/// entry is gone by then, they report error.qnfile.directory.iterator and are at the end.
 class DirectorySequence::DirectoryIterator {
   public:
     using iterator_concept = std::forward_iterator_tag;
-    using iterator_category = std::input_iterator_tag; ///< it gives values, not references
+    using iterator_category = std::input_iterator_tag; ///< it returns values, not references
     using value_type = DirectoryEntry;
     using difference_type = std::ptrdiff_t;
-    using pointer = void;
+    using pointer = const DirectoryEntry*;
     using reference = DirectoryEntry;
 
     /// The end.
     DirectoryIterator() noexcept = default;
     /// The place of an entry; one from a full path goes on among its siblings.
-    explicit DirectoryIterator(const DirectoryEntry& entry) noexcept
-        : entry_(entry.impl_) {}
+    explicit DirectoryIterator(DirectoryEntry entry) noexcept
+        : entry_(std::move(entry)) {}
 
-    DirectoryEntry operator*() const noexcept { return DirectoryEntry(entry_); }
+    DirectoryEntry operator*() const noexcept { return entry_; }
+    /// Valid until the iterator moves.
+    const DirectoryEntry* operator->() const noexcept { return &entry_; }
 
-    /// To the next entry or the end; moving the end is an error.qnfile.directory.iterator. A
-    /// directory that cannot be entered is passed over when there is a slot. After a throw the next
-    /// call goes on behind what failed.
+    /// Moves to the next entry or to the end. With a slot, a directory that cannot be entered or
+    /// read is reported and skipped. Without one the failure is thrown and the iterator stays on
+    /// its entry; the next step continues after what failed. Moving the end reports
+    /// error.qnfile.directory.iterator.
     void increment(qncore::ErrorInfoPtr* error);
+    /// As increment(nullptr).
     DirectoryIterator& operator++();
     DirectoryIterator operator++(int);
 
-    friend bool operator==(const DirectoryIterator& left, const DirectoryIterator& right) noexcept;
+    friend bool operator==(const DirectoryIterator& left,
+                           const DirectoryIterator& right) noexcept = default;
 
   private:
-    qncore::RefCountPtr<impl::DirectoryEntryImpl> entry_;
+    DirectoryEntry entry_; ///< empty at the end
 };
 
 } // namespace qnfile

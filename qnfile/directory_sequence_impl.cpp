@@ -7,7 +7,7 @@
 namespace qnfile::impl {
 namespace {
 
-/// Levels that the way to the first match may have; what lies deeper counts as empty.
+/// Levels above the first match; deeper directories count as empty.
 constexpr int depth_limit = 100;
 
 } // namespace
@@ -38,7 +38,8 @@ DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const P
                                             qncore::ErrorInfoPtr* error) {
     const auto iterator =
         DirectoryIteratorImplWin32::open(basePath, options, parentIterator, error);
-    if (!iterator) {
+    if (!iterator || (parentIterator && parentIterator->is_link() &&
+                      parentSequence->is_below(iterator->identity()))) {
         return {};
     }
     auto sequence =
@@ -64,8 +65,22 @@ DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const P
     return sequence;
 }
 
+/// Whether that directory is this one or one above it. The sequences of a walk know this whichever
+/// copy of an iterator walks them.
+bool DirectorySequenceImplWin32::is_below(
+    const std::optional<platform::DirectoryIdentity>& directory) const noexcept {
+    const DirectorySequenceImplWin32* above = this;
+    while (above != nullptr && above->identity_ != directory) {
+        above = above->parent_.get();
+    }
+    return directory && above != nullptr;
+}
+
 DirectorySequencePtr DirectorySequenceImplWin32::enter(const DirectoryIteratorPtr& iterator,
                                                        int depth, qncore::ErrorInfoPtr* error) {
+    if (!identity_) {
+        identity_ = iterator->identity();
+    }
     std::string path;
     path.reserve(base_path().size() + iterator->name().size() + 1);
     path.append(base_path()).append(iterator->name()).append(1, '/');

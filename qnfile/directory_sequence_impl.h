@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,50 +11,50 @@
 
 namespace qnfile::impl {
 
-/// The hash of names and paths: 5 * h + byte over the signed bytes, never 0 but for no text.
+/// The hash of names and paths: 5 * h + byte over the signed bytes; 0 only for an empty text.
 std::uint32_t hash_of(std::string_view text) noexcept;
 
-/// The path with `/` for every separator of the system.
+/// The path with `/` in place of each of the system's separators.
 std::string with_slashes(std::string path);
 
 class DirectorySequenceImplWin32;
 using DirectorySequencePtr = qncore::RefCountPtr<DirectorySequenceImplWin32>;
 
-/// One directory of a walk. Directories that the walk has entered refer to the one above; nothing
-/// refers downward but the object that the caller of a walk holds.
+/// One directory of a walk. A directory that the walk has entered refers to the one above; only the
+/// object that the caller of a walk holds refers downward.
 class DirectorySequenceImplWin32 final : public DirectorySequenceImpl {
   public:
     DirectorySequenceImplWin32(std::string basePath, PathPattern options,
                                DirectorySequencePtr parent = {});
 
-    /// Opens the directory and goes down to the first match. Gives the sequence in which that lies
-    /// when there is a parent, and the beginning of the walk when there is none. Null when there
-    /// is no match, or 100 levels on the way to it do not suffice.
+    /// Opens the directory and descends to the first match. Returns the sequence that holds the
+    /// match if there is a parent, else the beginning of the walk. Null if there is no match, if
+    /// it lies more than 100 levels down, or if a link leads back to a directory above.
     static DirectorySequencePtr create_sequence(const std::string& basePath,
                                                 const PathPattern& options,
                                                 const DirectoryIteratorPtr& parentIterator,
                                                 const DirectorySequencePtr& parentSequence,
                                                 int depth, qncore::ErrorInfoPtr* error);
 
-    /// Goes down into the directory that the iterator of this sequence stands on.
+    /// Descends into the directory on which the iterator of this sequence is positioned.
     DirectorySequencePtr enter(const DirectoryIteratorPtr& iterator, int depth,
                                qncore::ErrorInfoPtr* error);
 
-    /// True when the entry that the iterator stands on is there to be entered, not delivered.
+    /// True if the iterator's entry is to be entered, not delivered.
     bool must_enter(const DirectoryIteratorImplWin32& iterator) const noexcept {
         return options_.has_more_segments() || iterator.is_descend_only();
     }
 
-    /// An iterator on the first accepted entry that no entry stands on: the one that is kept, or a
-    /// new one; null when there is nothing accepted.
+    /// An iterator on the first accepted entry, used by no entry yet: the one that is kept, or a
+    /// new one. Null if there is no accepted entry.
     DirectoryIteratorPtr first_iterator(qncore::ErrorInfoPtr* error);
 
-    /// Keeps the iterator no longer, if it is the one that is kept.
+    /// Drops the iterator if it is the one that is kept.
     void release_first(const DirectoryIteratorPtr& iterator) noexcept;
 
     const PathPattern& options() const noexcept { return options_; }
     const DirectorySequencePtr& parent() const noexcept { return parent_; }
-    /// Where the first match lies when not in this directory; else null.
+    /// The sequence of the first match if that is not in this directory, else null.
     const DirectorySequencePtr& first_child() const noexcept { return first_child_; }
 
     std::uint32_t path_hash() const noexcept;
@@ -67,11 +68,14 @@ class DirectorySequenceImplWin32 final : public DirectorySequenceImpl {
   private:
     ~DirectorySequenceImplWin32() override = default;
 
+    bool is_below(const std::optional<platform::DirectoryIdentity>& directory) const noexcept;
+
     PathPattern options_;
     DirectoryIteratorPtr first_iterator_;
     DirectorySequencePtr first_child_;
     DirectorySequencePtr parent_;
-    mutable std::uint32_t path_hash_ = 0; ///< 0 until computed
+    std::optional<platform::DirectoryIdentity> identity_; ///< known once the walk goes below
+    mutable std::uint32_t path_hash_ = 0;                 ///< 0 until computed
 };
 
 } // namespace qnfile::impl

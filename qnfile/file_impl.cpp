@@ -14,7 +14,7 @@ using qncore::ErrorComposer;
 
 constexpr const char* constructor_name = "qnfile::impl::FileImpl::FileImpl()";
 
-/// What an enumeration of this layer stands for; any value that a row does not name is unknown.
+/// A value of this layer's enumeration and the system's; a value without a row is unknown.
 template <class From, class To>
 struct Row {
     From from;
@@ -55,7 +55,7 @@ const To* find(const Row<From, To> (&table)[Rows], From from) {
     return row != std::end(table) ? &row->to : nullptr;
 }
 
-/// Required: an unknown argument raises the code of the open itself, not the one for parameters.
+/// Required: an unknown argument raises error.qnfile.io.open, not its code for parameters.
 template <class From, class To, std::size_t Rows>
 To map_argument(const Row<From, To> (&table)[Rows], From from, const char* message,
                 const char* parameter, const std::string& filename) {
@@ -76,7 +76,7 @@ platform::FileHints hints_of(FileOpenFlags flags) {
             .overlapped = (flags & flag_overlapped) != 0};
 }
 
-/// The value of an answer, or the error of the system under the message about the file.
+/// The value of a result; throws its error nested in one about the file.
 template <class T>
 T value_of(const platform::Result<T>& result, const char* message, const std::string& filename,
            const qncore::ErrorCode& code, const char* function) {
@@ -122,7 +122,7 @@ std::uint64_t FileImpl::read(void* buffer, std::uint64_t count) {
 }
 
 std::uint64_t FileImpl::read_at(std::uint64_t position, void* buffer, std::uint64_t count) {
-    // Required: a read at a position names the plain read.
+    // Required: the location of a read at a position is that of a plain read.
     return value_of(
         platform::read_file_at(handle_, position, buffer, qncore::safe_cast<std::uint32_t>(count)),
         read_message, filename_, error::qnfile_io_read, "qnfile::impl::FileImpl::read()");
@@ -193,7 +193,7 @@ std::uint64_t FileImpl::available() {
 std::uint64_t FileImpl::write_all(const void* buffer, std::uint64_t count) {
     const std::uint64_t written = write(buffer, count);
     if (written != count) {
-        // Required: the read-write stream names this function, too.
+        // Required: the location is the same for the read-write stream.
         ErrorComposer("Writing to file \"{@filename}\" failed, {@attempted} bytes attempted, "
                       "{@written} bytes written")
             .param("filename", filename_)

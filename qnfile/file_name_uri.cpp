@@ -6,8 +6,8 @@
 #include "qncore/error_composer.h"
 #include "qnfile/errors.h"
 #include "qnfile/file_utilities.h"
-#include "qnfile/percent.h"
 #include "qnuri/parse.h"
+#include "qnuri/percent_encoding.h"
 
 namespace qnfile {
 namespace {
@@ -20,8 +20,8 @@ using qnuri::UriReference;
 constexpr int invalid_argument = 22; // EINVAL; required as this number on every system
 constexpr const char* filename_from_uri_name = "qnfile::filename_from_uri()";
 
-/// Where there are no drives, the root stands in for one when a reference is resolved: the first
-/// segment of a `file` path is set aside as the drive, so it must not be a directory.
+/// Replaces the root as the drive when a reference is resolved on a system without drives: the
+/// first segment of a `file` path is set aside as the drive, so it must not be a directory.
 constexpr std::string_view root_as_drive = "/.";
 
 bool names_nothing(const UriReference& uri) {
@@ -38,23 +38,10 @@ void report(ErrorInfoPtr* error, const char* message, const UriReference& uri) {
     report(error, ErrorComposer(message).param("uri", uri.text()));
 }
 
-/// The path as it stands, each byte that means something in a URI escaped: also ":", lest "/a:/"
-/// be taken for a drive, and "\", which would be taken for a separator.
+/// Escapes each byte that means something in a URI. These include ":", as "/a:/" would be taken for
+/// a drive, and "\", which would be taken for a separator.
 std::string escape_path(std::string_view path) {
-    constexpr std::string_view plain =
-        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-        "-_.!~*'()/";
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string escaped;
-    for (const char character : path) {
-        if (plain.find(character) != std::string_view::npos) {
-            escaped += character;
-        } else {
-            const auto byte = static_cast<unsigned char>(character);
-            escaped.append({'%', digits[byte >> 4U], digits[byte & 0xFU]});
-        }
-    }
-    return escaped;
+    return qnuri::percent_encode(path, qnuri::chars::unreserved | qnuri::chars::slash);
 }
 
 std::string with_last_separator(std::string directory) {
@@ -76,7 +63,7 @@ std::string current_directory() {
     return with_last_separator(*directory);
 }
 
-/// The reference as seen from the current directory; undefined when that cannot be.
+/// A reference resolved against the current directory, or undefined.
 struct Resolved {
     Uri uri;
     bool has_root_as_drive = false;
@@ -90,7 +77,7 @@ Resolved resolve(const UriReference& reference, const std::string& directory) {
     return {qnuri::to_uri(base).resolve(reference), !reference.has_authority()};
 }
 
-/// A decoded path as the system writes it.
+/// Converts a decoded path to the form of the system.
 std::string native_path(std::string path, const std::string& host) {
     if (!platform::paths_have_drives) {
         return path;
@@ -133,8 +120,8 @@ std::string filename_from_uri(const UriReference& uri, ErrorInfoPtr* error) {
         report(error, "URI must have 'file:' scheme: {@uri}", file);
         return {};
     }
-    const std::string host = percent_decode(file.authority().view());
-    std::string path = percent_decode(file.path().view());
+    const std::string host = qnuri::percent_decode(file.authority().view());
+    std::string path = qnuri::percent_decode(file.path().view());
     if (resolved.has_root_as_drive) {
         path.erase(0, root_as_drive.size());
     }
@@ -150,7 +137,7 @@ UriReference uri_from_filename(const std::string& filename) {
         return UriReference(qnuri::uri_from_file_name(filename.data(), filename.size()));
     }
     const std::string text = (filename.starts_with('/') ? "file://" : "") + escape_path(filename);
-    return UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
+    return UriReference::parse(text);
 }
 
 Uri get_current_directory_as_uri() {

@@ -15,7 +15,7 @@ using qncore::ErrorInfo;
 using qncore::ErrorInfoPtr;
 using qnuri::UriReference;
 
-/// How operations on one or two files report; both parameters are set, also for one.
+/// Reports a failed operation on one or two files. Both parameters are set, also for one.
 void report_file_operation(const char* message, const std::string& source,
                            const std::string& target, ErrorInfoPtr* error,
                            const qncore::SourceLocation& location, platform::SystemError failure) {
@@ -32,8 +32,8 @@ void report_file_operation(const char* message, const std::string& source,
                                             ErrorInfo::from_system_error(location, failure)));
 }
 
-/// Runs an operation on the file name of a URI, unless it has none. The operation reports to a slot
-/// of its own, so that what the caller's slot held before stops nothing.
+/// Runs an operation on the file name of a URI, if it has one. The operation reports to a slot of
+/// its own, so that an older error in the caller's slot stops nothing.
 template <class Operation>
 void with_filename(const UriReference& uri, ErrorInfoPtr* error, const Operation& operation) {
     ErrorInfoPtr own;
@@ -90,10 +90,10 @@ void get_file_timestamp(const std::string& path, std::int64_t* accessed, std::in
         return;
     }
     if (accessed != nullptr) {
-        *accessed = (*status).accessed;
+        *accessed = status->accessed;
     }
     if (modified != nullptr) {
-        *modified = (*status).modified;
+        *modified = status->modified;
     }
 }
 

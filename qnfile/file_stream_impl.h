@@ -4,7 +4,7 @@
 
 namespace qnfile::impl {
 
-/// A stream object with its file inside; `Bases` are the public class and further interfaces.
+/// A stream object that contains its file; `Bases` are the public class and further interfaces.
 template <class... Bases>
 class FileBacked : public Bases... {
   public:
@@ -56,7 +56,7 @@ class FileWriteStreamImpl final : public Writing<FileBacked<FileWriteStream>> {
     using Writing::Writing;
 };
 
-/// The extra interfaces let one object pass for a seekable stream of either direction.
+/// The extra interfaces make the object usable as a seekable stream of either direction.
 class FileReadWriteStreamImpl final
     : public Writing<Reading<FileBacked<FileReadWriteStream, qncore::ISeekableReadStream,
                                         qncore::ISeekableWriteStream>>> {

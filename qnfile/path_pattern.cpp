@@ -12,15 +12,14 @@
 namespace qnfile {
 namespace {
 
-/// Units of the whole character at the start of `text`, 0 when none is there. Bytes follow their
-/// lead byte, UTF-16 units the surrogate rule.
+/// Units of the whole character at the start of `text`; 0 if it is invalid.
 std::size_t character_length(std::string_view text) noexcept {
     const std::size_t length = qncore::utf8_sequence_length(text.front());
     return length <= text.size() ? length : 0;
 }
 
 std::size_t character_length(std::wstring_view text) noexcept {
-    // Required: 0xDFFF is no low surrogate here, but a character of its own.
+    // Required: 0xDFFF is not a low surrogate here, but a character of its own.
     const auto is_low = [](wchar_t unit) { return unit >= 0xDC00 && unit <= 0xDFFE; };
     const wchar_t first = text.front();
     if (first >= 0xD800 && first <= 0xDBFF) {
@@ -34,10 +33,10 @@ constexpr Unit fold(Unit unit) noexcept {
     return unit >= Unit{'A'} && unit <= Unit{'Z'} ? static_cast<Unit>(unit - 'A' + 'a') : unit;
 }
 
-/// The wildcard match. Searches behind the same star differ only by where in the text they begin,
-/// so it goes star by star and keeps the set of those places: the time is the product of the
-/// lengths, however many stars there are. One place would not do: an invalid character ends one
-/// scan and not another, so that the earliest match is not always the best.
+/// The wildcard match. Searches after the same star differ only in where in the text they begin, so
+/// it proceeds star by star and keeps the set of those positions: the time is the product of the
+/// lengths, however many stars there are. The earliest position alone would not do, because an
+/// invalid character ends one scan and not another.
 template <class Unit>
 class Glob {
   public:
@@ -74,18 +73,18 @@ class Glob {
     using Places = std::pmr::vector<bool>;
 
     static constexpr Unit star{'*'};
-    /// Required: a pattern with more runs of stars before its last one does not match.
+    /// Required: a pattern does not match if more runs of stars have something after them.
     static constexpr std::size_t star_limit = 32;
 
-    /// Cuts off what stands before the next star.
+    /// Removes the text before the next star from the pattern, and returns it.
     static View next_piece(View& pattern) noexcept {
         const View piece = pattern.substr(0, pattern.find(star));
         pattern.remove_prefix(piece.size());
         return piece;
     }
 
-    /// Tries the piece at each of the begins and, by whole characters, behind them, and collects
-    /// where it ends. False when it matches nowhere.
+    /// Tries the piece at each of the begins and, by whole characters, after them, and collects
+    /// where it ends. False if it matches nowhere.
     bool search(View piece) {
         ends_.assign(ends_.size(), false);
         bool found = false;
@@ -102,8 +101,8 @@ class Glob {
         return found;
     }
 
-    /// Required: the first unit behind a star takes one unit of the text, even where it is a `?`
-    /// and the character is longer.
+    /// Required: the first unit after a star takes one unit of the text, even if it is a `?` and
+    /// the character is longer.
     std::optional<std::size_t> match_piece(std::size_t place, View piece) const noexcept {
         if (piece.front() != Unit{'?'} && !equal(place, piece.front())) {
             return std::nullopt;
@@ -111,7 +110,7 @@ class Glob {
         return match_literal(place + 1, piece.substr(1));
     }
 
-    /// Matches a text without stars; gives the place behind it.
+    /// Matches a text without stars; returns the position after it.
     std::optional<std::size_t> match_literal(std::size_t place, View literal) const noexcept {
         for (const Unit unit : literal) {
             if (place == text_.size()) {
@@ -135,10 +134,10 @@ class Glob {
 
     View text_;
     bool case_sensitive_;
-    std::array<std::byte, 256> buffer_; ///< enough for names of the usual length
+    std::array<std::byte, 256> buffer_; ///< enough for most names
     std::pmr::monotonic_buffer_resource memory_{buffer_.data(), buffer_.size()};
-    Places begins_; ///< where the search behind a star begins
-    Places ends_;   ///< where the piece behind it ended
+    Places begins_; ///< where the search after a star begins
+    Places ends_;   ///< where the piece after it ended
 };
 
 } // namespace
@@ -155,7 +154,7 @@ BasicPathPattern<Unit>::BasicPathPattern(String text, bool caseSensitive)
     if (!case_sensitive_) {
         std::transform(pattern_.begin(), pattern_.end(), pattern_.begin(), fold<Unit>);
     }
-    // Required: a text that begins with a slash is one segment to its end.
+    // Required: a text that begins with a slash is a single segment.
     const std::size_t slash = pattern_.find(Unit{'/'});
     has_more_segments_ = slash != String::npos && slash != 0;
     segment_length_ = has_more_segments_ ? slash : pattern_.size();
@@ -211,7 +210,7 @@ bool BasicPathPattern<Unit>::matches_segment(View name) const {
 
 template <class Unit>
 bool BasicPathPattern<Unit>::matches_alternatives(View name) const {
-    // An alternative may be empty, but nothing stands behind a last `|`.
+    // An alternative may be empty, but a trailing `|` adds none.
     for (View rest = segment(); !rest.empty();) {
         const View alternative = rest.substr(0, rest.find(Unit{'|'}));
         if (Glob<Unit>(name, case_sensitive_).matches(alternative)) {

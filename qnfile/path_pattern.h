@@ -9,9 +9,9 @@
 
 namespace qnfile {
 
-/// What the first segment of a pattern is; all but the last two need no search.
+/// The kind of the first segment of a pattern; only the last two need a search.
 enum PathPatternKind : std::uint32_t {
-    pattern_any = 0,          ///< `*`, or no pattern at all
+    pattern_any = 0,          ///< `*`, or an empty pattern
     pattern_prefix = 1,       ///< literal text with one `*` at its end
     pattern_suffix = 2,       ///< `*` and literal text
     pattern_exact = 3,        ///< literal text
@@ -19,13 +19,14 @@ enum PathPatternKind : std::uint32_t {
     pattern_alternatives = 5, ///< wildcard patterns separated by `|`
 };
 
-/// A pattern for paths: segments separated by `/`, in which `*` stands for any text and `?` for one
-/// whole character, behind an optional leading `**` segment that stands for any depth. The first
-/// segment is compiled and tested against names; next_segment() serves the level below.
-/// Without regard to case, A to Z count as a to z; other letters match in the same case only.
-/// A match takes at most the product of both lengths; a segment with more than 32 runs of stars
-/// before the last one matches nothing. The narrow form is over UTF-8 bytes, the wide form over
-/// UTF-16 units.
+/// A pattern for paths: segments separated by `/`, in which `*` matches any text and `?` one whole
+/// character, after an optional leading `**` segment that matches any depth. The first segment is
+/// compiled and tested against names; next_segment() serves the level below. If case does not
+/// matter, A to Z match a to z; other letters match in the same case only.
+///
+/// A match takes at most time in the product of both lengths. At most 32 runs of stars may have
+/// something after them: with more, a segment matches nothing. The narrow form works on UTF-8
+/// bytes, the wide form on UTF-16 units.
 template <class Unit>
 class BasicPathPattern {
   public:
@@ -40,14 +41,14 @@ class BasicPathPattern {
     /// Length of the first segment in units.
     std::size_t segment_length() const noexcept { return segment_length_; }
     bool has_more_segments() const noexcept { return has_more_segments_; }
-    /// A leading `**` was there, and was removed.
+    /// Whether a leading `**` was removed.
     bool is_recursive() const noexcept { return recursive_; }
     bool is_case_sensitive() const noexcept { return case_sensitive_; }
-    /// The remaining text, in lower case unless case counts.
+    /// The remaining text; lower case if case does not matter.
     const String& text() const noexcept { return pattern_; }
 
-    /// The pattern of the level below, only where has_more_segments(). It is recursive only by a
-    /// `**` of its own.
+    /// The pattern of the level below; call it only if has_more_segments(). It is recursive only by
+    /// a `**` of its own.
     BasicPathPattern next_segment() const;
 
     /// Tests one name against the first segment.
@@ -72,7 +73,7 @@ class BasicPathPattern {
 extern template class BasicPathPattern<char>;
 extern template class BasicPathPattern<wchar_t>;
 
-/// The form over names as the system keeps them.
+/// The form for the system's native names.
 using PathPattern = BasicPathPattern<platform::NameUnit>;
 
 } // namespace qnfile

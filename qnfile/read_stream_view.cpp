@@ -28,14 +28,14 @@ RefCountPtr<FileReadStreamView> FileReadStreamView::create(const qnuri::UriRefer
 namespace impl {
 namespace {
 
-/// Which bound a range must lie in, and how a report names it.
+/// What a range must lie in, and how a failure reports it.
 struct Bound {
     const char* message;
     const char* parameter;
     const char* function;
 };
 
-// Required: the single colons in the names of functions.
+// Required: the single colons in the function names.
 constexpr Bound file_bound = {
     "Invalid view range ({@offset},{@size}) for file \"{@filename}\" with size {@fileSize}.",
     "fileSize", "qnfile::impl::FileReadStreamViewImpl:ReadStreamViewImpl::ReadStreamViewImpl()"};
@@ -48,7 +48,7 @@ constexpr Bound parent_bound = {
     "{@parentViewSize}.",
     "parentViewSize", "qnfile::impl::FileReadStreamViewImpl::create_view()"};
 
-/// Required: a sum that overflows counts as what it wraps to.
+/// Required: a sum that overflows wraps around.
 void check_range(std::uint64_t offset, std::uint64_t size, std::uint64_t limit,
                  const std::string& filename, const Bound& bound) {
     if (offset <= limit && offset + size <= limit) {
@@ -118,6 +118,14 @@ FileReadStreamViewImpl::FileReadStreamViewImpl(RefCountPtr<RootView> root, ViewP
     : root_(std::move(root))
     , parent_(std::move(parent))
     , view_(root_->file(), offset, size) {}
+
+/// Releases the views above one by one: recursion would overflow the stack if the chain is long.
+FileReadStreamViewImpl::~FileReadStreamViewImpl() {
+    for (ViewPtr above = std::move(parent_); above && !above->counted().is_shared();) {
+        auto* const view = dynamic_cast<FileReadStreamViewImpl*>(above.get());
+        above = view != nullptr ? std::move(view->parent_) : ViewPtr();
+    }
+}
 
 ViewPtr FileReadStreamViewImpl::root() {
     return root_;

@@ -5,10 +5,10 @@
 
 namespace qnfile::impl {
 
-/// The whole state of reading in a range of a file that somebody else owns. The position is
-/// absolute and never leaves the range.
+/// The state of reading a range of a file that it does not own. The position is absolute and never
+/// leaves the range.
 struct FileReadView {
-    /// Throws error.qnfile.io.view.badRange when the range lies beyond the file's present end.
+    /// Throws error.qnfile.io.view.badRange if the range exceeds the present size of the file.
     FileReadView(FileImpl& sharedFile, std::uint64_t start, std::uint64_t length);
 
     std::uint64_t read(void* buffer, std::uint64_t count);
@@ -25,7 +25,7 @@ struct FileReadView {
     void move_to(std::uint64_t target) noexcept;
 };
 
-/// What roots and children do alike.
+/// What roots and children have in common.
 class ReadingView : public FileReadStreamView {
   public:
     std::uint64_t read(void* buffer, std::uint64_t count) override {
@@ -36,7 +36,7 @@ class ReadingView : public FileReadStreamView {
     std::uint64_t seek(std::int64_t offset, qncore::SeekOrigin origin) override {
         return view().seek(offset, origin);
     }
-    /// An offset beyond the end wraps the size around; the range check then names that size.
+    /// Beyond the end the size wraps around; the range check then reports that size.
     qncore::RefCountPtr<qncore::ISeekableReadStreamView> create_view(std::uint64_t offset) final {
         return create_view(offset, size() - offset);
     }
@@ -54,6 +54,7 @@ class FileReadStreamViewImpl final : public ReadingView {
     FileReadStreamViewImpl(qncore::RefCountPtr<RootView> root,
                            qncore::RefCountPtr<qncore::ISeekableReadStreamView> parent,
                            std::uint64_t offset, std::uint64_t size);
+    ~FileReadStreamViewImpl() override;
 
     platform::FileHandle handle() const override { return view_.file->handle(); }
     const std::string& filename() const override { return view_.file->filename(); }

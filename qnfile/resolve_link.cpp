@@ -15,15 +15,15 @@ using qnuri::UriReference;
 
 constexpr std::size_t longest_path = 260;
 
-/// Asks for the path of an open file and closes it.
+/// Returns the path of an open file and closes it.
 platform::FilePath take_path(platform::FileHandle file) {
     platform::FilePath path = platform::path_of_file(file, longest_path);
     platform::close_file(file);
     return path;
 }
 
-/// Where paths have drives, the system may put a prefix before them. Required: it goes wherever it
-/// stands.
+/// The system may put this prefix before a path with a drive. Required: it is removed everywhere
+/// in the path.
 void remove_long_path_prefixes(std::string& path) {
     const std::string prefix = "\\\\?\\";
     for (std::size_t place = 0; (place = path.find(prefix, place)) != std::string::npos;) {
@@ -37,11 +37,11 @@ std::string resolve_link(const std::string& path, ErrorInfoPtr* error) {
     const auto location = QN_LOCATION("qnfile::resolve_link"); // required: without brackets
     qncore::check_system_name(path);
     const auto file = platform::open_link_target(path);
-    if (!file) {
-        qncore::deliver_error(error, qncore::ErrorInfo::from_system_error(location, file.error()));
+    platform::FilePath target = file ? take_path(*file) : platform::FilePath{{}, 0, file.error()};
+    if (target.error && target.length == 0) {
+        qncore::deliver_error(error, qncore::ErrorInfo::from_system_error(location, target.error));
         return {};
     }
-    platform::FilePath target = take_path(*file);
     if (target.length >= longest_path) {
         qncore::ErrorComposer("Path '{@file}' too long: {@bytes}")
             .param("file", path)

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <string_view>
 
-// The character classes of the URI rules (after RFC 2396, 2, RFC 3261, 25.1, and RFC 2806): ASCII,
-// whatever the locale of the process.
-namespace qnuri::impl {
+/// The character classes of the URI rules (RFC 2396, section 2; RFC 3261, 25.1; RFC 2806, 2.2).
+/// They are ASCII whatever the locale of the process.
+namespace qnuri::chars {
 
+/// A set of characters. Sets are united by |.
 using CharClass = std::uint32_t;
 
-// What a character may be. Classes can be united by |, for they are bits of one table.
 inline constexpr CharClass lower = 1U << 0;
 inline constexpr CharClass upper = 1U << 1;
 inline constexpr CharClass digit = 1U << 2;
@@ -21,24 +21,36 @@ inline constexpr CharClass path_punctuation = 1U << 6;
 inline constexpr CharClass userinfo_punctuation = 1U << 7;
 inline constexpr CharClass sip_user_punctuation = 1U << 8;
 inline constexpr CharClass sip_password_punctuation = 1U << 9;
-inline constexpr CharClass sip_param_punctuation = 1U << 10;
-inline constexpr CharClass host_punctuation = 1U << 11;
-inline constexpr CharClass delimiter = 1U << 12;
+inline constexpr CharClass sip_value_punctuation = 1U << 10;
+inline constexpr CharClass bracket = 1U << 11;
+inline constexpr CharClass host_punctuation = 1U << 12;
 inline constexpr CharClass scheme_punctuation = 1U << 13;
-inline constexpr CharClass always_escaped = 1U << 14;
-inline constexpr CharClass tel_separator = 1U << 15;
-inline constexpr CharClass tel_symbol = 1U << 16;
+inline constexpr CharClass tel_separator = 1U << 14;
+inline constexpr CharClass tel_symbol = 1U << 15;
+inline constexpr CharClass colon = 1U << 16;
+inline constexpr CharClass slash = 1U << 17;
+inline constexpr CharClass question_mark = 1U << 18;
+inline constexpr CharClass number_sign = 1U << 19;
+inline constexpr CharClass at_sign = 1U << 20;
+inline constexpr CharClass comma = 1U << 21;
+inline constexpr CharClass semicolon = 1U << 22;
+inline constexpr CharClass quote = 1U << 23;
+inline constexpr CharClass separator = 1U << 25; ///< of directories, in any system
+inline constexpr CharClass any = 1U << 24;       ///< every byte
 
 inline constexpr CharClass alpha = lower | upper;
 inline constexpr CharClass alnum = alpha | digit;
 inline constexpr CharClass hex = digit | hex_letter;
 inline constexpr CharClass unreserved = alnum | mark;
+inline constexpr CharClass sip_param_punctuation = sip_value_punctuation | bracket;
+inline constexpr CharClass delimiter = colon | slash | question_mark | number_sign;
 
-inline constexpr std::array<CharClass, 256> char_classes = [] {
-    std::array<CharClass, 256> table{};
-    const auto add = [&table](CharClass member, std::string_view characters) {
+inline constexpr std::array<CharClass, 256> table = [] {
+    std::array<CharClass, 256> classes{};
+    classes.fill(any);
+    const auto add = [&classes](CharClass member, std::string_view characters) {
         for (const char c : characters) {
-            table[static_cast<unsigned char>(c)] |= member;
+            classes[static_cast<unsigned char>(c)] |= member;
         }
     };
     add(lower, "abcdefghijklmnopqrstuvwxyz");
@@ -51,41 +63,33 @@ inline constexpr std::array<CharClass, 256> char_classes = [] {
     add(userinfo_punctuation, ";:&=+$,");
     add(sip_user_punctuation, ";/?&=+$,");
     add(sip_password_punctuation, "&=+$,");
-    add(sip_param_punctuation, "[]/:&+$");
+    add(sip_value_punctuation, "/:&+$");
+    add(bracket, "[]");
     add(host_punctuation, "!$&'()*+,;=");
-    add(delimiter, ":/?#");
     add(scheme_punctuation, "+-.");
-    add(always_escaped, " <>\"{}|\\^[]`#%");
     add(tel_separator, "-.()");
     add(tel_symbol, "*#");
-    return table;
+    add(colon, ":");
+    add(slash, "/");
+    add(question_mark, "?");
+    add(number_sign, "#");
+    add(at_sign, "@");
+    add(comma, ",");
+    add(semicolon, ";");
+    add(separator, "/\\");
+    add(quote, "\"");
+    return classes;
 }();
 
 constexpr bool is(char c, CharClass one_of) noexcept {
-    return (char_classes[static_cast<unsigned char>(c)] & one_of) != 0;
+    return (table[static_cast<unsigned char>(c)] & one_of) != 0;
 }
 
 constexpr char to_lower(char c) noexcept {
     return is(c, upper) ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-/// Value of a hexadecimal digit.
-constexpr unsigned hex_value(char c) noexcept {
-    return static_cast<unsigned>(is(c, digit) ? c - '0' : to_lower(c) - 'a' + 10);
-}
-
-/// Whether "%" and two hexadecimal digits stand at `position`, which lies inside the text.
-constexpr bool is_escape(std::string_view text, std::size_t position) noexcept {
-    return text[position] == '%' && text.size() - position > 2 && is(text[position + 1], hex) &&
-           is(text[position + 2], hex);
-}
-
-/// The byte that the escape at `position` stands for.
-constexpr char escaped_char(std::string_view text, std::size_t position) noexcept {
-    return static_cast<char>(hex_value(text[position + 1]) * 16 + hex_value(text[position + 2]));
-}
-
-/// The first place from `start` on that holds one of the class, or the end of the text.
+/// Returns the first position at or after `start` that holds a member of the class, or the size.
 constexpr std::size_t find_first(std::string_view text, CharClass one_of,
                                  std::size_t start = 0) noexcept {
     while (start < text.size() && !is(text[start], one_of)) {
@@ -94,7 +98,7 @@ constexpr std::size_t find_first(std::string_view text, CharClass one_of,
     return start;
 }
 
-/// The first place from `start` on that is not of the class, or the end.
+/// Returns the first position at or after `start` that holds no member of the class, or the size.
 constexpr std::size_t find_first_not(std::string_view text, CharClass one_of,
                                      std::size_t start = 0) noexcept {
     while (start < text.size() && is(text[start], one_of)) {
@@ -103,14 +107,4 @@ constexpr std::size_t find_first_not(std::string_view text, CharClass one_of,
     return start;
 }
 
-/// The first place that neither is of the class nor begins an escape, or the end. The class holds
-/// the digits of an escape.
-constexpr std::size_t find_first_invalid(std::string_view text, CharClass one_of) noexcept {
-    std::size_t end = find_first_not(text, one_of);
-    while (end < text.size() && is_escape(text, end)) {
-        end = find_first_not(text, one_of, end + 1);
-    }
-    return end;
-}
-
-} // namespace qnuri::impl
+} // namespace qnuri::chars

@@ -1,30 +1,43 @@
-// Which components of a parsed text are valid.
+// The validity of the components of a parsed text.
+#include "qnuri/percent_encoding.h"
 #include "qnuri/uri_parser.h"
 
 namespace qnuri::impl {
 
+using namespace chars;
+
 namespace {
+
+/// Returns the first position that neither holds a member of the class nor begins an escape. The
+/// class holds the digits of an escape.
+std::size_t find_first_invalid(std::string_view text, CharClass one_of) noexcept {
+    std::size_t end = find_first_not(text, one_of);
+    while (end < text.size() && is_escape(text, end)) {
+        end = find_first_not(text, one_of, end + 1);
+    }
+    return end;
+}
 
 bool consists_of(std::string_view text, CharClass one_of) noexcept {
     return find_first_not(text, one_of) == text.size();
 }
 
-/// Characters of the class and escapes alone.
+/// Tells whether a text holds only members of the class and escapes.
 bool is_valid(std::string_view text, CharClass one_of) noexcept {
     return find_first_invalid(text, one_of) == text.size();
 }
 
-/// RFC 3986, 3.1, of a scheme with its ":", if there is one.
+/// Checks a scheme with its ":" (RFC 3986, 3.1), or none.
 bool valid_scheme(std::string_view scheme) noexcept {
     if (scheme.empty()) {
         return true;
     }
     scheme.remove_suffix(1);
-    return !scheme.empty() && is(scheme[0], alpha) &&
+    return !scheme.empty() && is(scheme[0], lower) &&
            consists_of(scheme.substr(1), lower | digit | scheme_punctuation);
 }
 
-/// A query or a fragment with its prefix, if there is one.
+/// Checks a query or a fragment with its prefix, or none.
 bool valid_tail(std::string_view component) noexcept {
     return component.empty() || is_valid(component.substr(1), unreserved | reserved);
 }
@@ -33,14 +46,14 @@ bool valid_userinfo(std::string_view userinfo, SchemeKind kind) noexcept {
     if (kind != SchemeKind::sip) {
         return is_valid(userinfo, unreserved | userinfo_punctuation);
     }
-    const std::size_t colon = find_or_end(userinfo, ':');
-    return is_valid(userinfo.substr(0, colon), unreserved | sip_user_punctuation) &&
-           (colon == userinfo.size() ||
-            is_valid(userinfo.substr(colon + 1), unreserved | sip_password_punctuation));
+    const std::size_t end = find_first(userinfo, colon);
+    return is_valid(userinfo.substr(0, end), unreserved | sip_user_punctuation) &&
+           (end == userinfo.size() ||
+            is_valid(userinfo.substr(end + 1), unreserved | sip_password_punctuation));
 }
 
-/// What stands between the brackets of a literal address: roughly RFC 3986's IPv6address, with the
-/// "%25" of RFC 6874.
+/// Checks what is between the brackets of a literal address: roughly the IPv6address of RFC 3986,
+/// with the "%25" of RFC 6874.
 bool valid_literal(std::string_view address) noexcept {
     if (address.size() < 2) {
         return false;
@@ -57,7 +70,7 @@ bool valid_literal(std::string_view address) noexcept {
     return true;
 }
 
-/// A host that may be empty, and a port whose digits may be missing.
+/// Checks a host, which may be empty, and a port, which may have no digits.
 bool valid_host(std::string_view host, SchemeKind kind) noexcept {
     constexpr CharClass name = unreserved | host_punctuation;
     std::size_t end = 0;
@@ -73,7 +86,7 @@ bool valid_host(std::string_view host, SchemeKind kind) noexcept {
     return end == host.size() || (host[end] == ':' && consists_of(host.substr(end + 1), digit));
 }
 
-/// A subscriber number (RFC 2806, 2.2): digits and separators, at least one digit.
+/// Checks a subscriber number (RFC 2806, 2.2): digits and separators, at least one digit.
 bool valid_number(std::string_view number) noexcept {
     CharClass digits = hex | tel_symbol;
     if (number.starts_with('+')) {
@@ -84,7 +97,7 @@ bool valid_number(std::string_view number) noexcept {
            find_first(number, digits) < number.size();
 }
 
-/// Parameters of `sip` and `tel`.
+/// Checks the parameters of `sip` and `tel`.
 bool valid_params(std::string_view params, SchemeKind kind) noexcept {
     const bool tel = kind == SchemeKind::tel;
     bool in_value = false;
@@ -98,7 +111,7 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
             if (in_value) {
                 return false;
             }
-            // Required: behind "isub", any start of it and an empty name, nothing is looked at.
+            // Required: nothing is checked after "isub", a prefix of it, or an empty name.
             if (tel && std::string_view("isub").starts_with(params.substr(name, i - name))) {
                 return true;
             }
@@ -116,15 +129,20 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
 } // namespace
 
 void UriParser::check() {
-    const auto flag = [this](bool valid, UriFlags bit) { record_.flags |= valid ? 0U : bit; };
+    const auto check = [this](UriFlags bit, auto valid) {
+        if ((known_valid_ & bit) == 0 && !valid()) {
+            record_.flags |= bit;
+        }
+    };
     record_.flags = 0;
-    flag(valid_scheme(record_.view(record_.scheme)), invalid_scheme);
-    flag(valid_tail(record_.view(record_.fragment)), invalid_fragment);
-    flag(valid_authority(), invalid_authority);
-    flag(valid_path(), invalid_path);
-    flag(valid_tail(record_.view(record_.query)), invalid_query);
-    flag((record_.flags & (invalid_authority | invalid_path | invalid_query)) == 0,
-         invalid_scheme_specific_part);
+    check(invalid_scheme, [this] { return valid_scheme(record_.view(record_.scheme)); });
+    check(invalid_fragment, [this] { return valid_tail(record_.view(record_.fragment)); });
+    check(invalid_authority, [this] { return valid_authority(); });
+    check(invalid_path, [this] { return valid_path(); });
+    check(invalid_query, [this] { return valid_tail(record_.view(record_.query)); });
+    if ((record_.flags & (invalid_authority | invalid_path | invalid_query)) != 0) {
+        record_.flags |= invalid_scheme_specific_part;
+    }
 }
 
 bool UriParser::valid_authority() const noexcept {
@@ -132,8 +150,11 @@ bool UriParser::valid_authority() const noexcept {
         return valid_number(record_.view(record_.authority));
     }
     const std::string_view authority = record_.view(record_.bare_authority());
-    const std::size_t at = authority.find('@');
-    if (at > authority.size()) {
+    if (authority.empty()) {
+        return true;
+    }
+    const std::size_t at = find_first(authority, at_sign);
+    if (at == authority.size()) {
         return valid_host(authority, schemeKind_);
     }
     return valid_userinfo(authority.substr(0, at), schemeKind_) &&
@@ -143,7 +164,7 @@ bool UriParser::valid_authority() const noexcept {
 bool UriParser::valid_path() const noexcept {
     const std::string_view path = record_.view(record_.path);
     const bool params = schemeKind_ == SchemeKind::sip || schemeKind_ == SchemeKind::tel;
-    return params ? valid_params(path, schemeKind_) : is_valid(path, unreserved | path_punctuation);
+    return params ? valid_params(path, schemeKind_) : is_valid(path, path_component.plain);
 }
 
 } // namespace qnuri::impl

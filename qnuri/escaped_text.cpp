@@ -8,13 +8,13 @@ namespace qnuri {
 
 namespace {
 
-/// Gives the characters of a text in turn, the two behind each "%" folded.
+/// Folds the two characters after each "%" of a text that it is given one by one.
 class FoldedEscapes {
   public:
     char next(char c) noexcept {
         if (digits_ > 0) {
             --digits_;
-            return impl::is(c, impl::hex) ? impl::to_lower(c) : c;
+            return chars::is(c, chars::hex) ? chars::to_lower(c) : c;
         }
         digits_ = c == '%' ? 2 : 0;
         return c;

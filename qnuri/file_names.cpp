@@ -1,8 +1,8 @@
-// File names as references.
+// References from file names.
 #include <algorithm>
-#include <cstring>
 
 #include "qnuri/parse.h"
+#include "qnuri/percent_encoding.h"
 #include "qnuri/uri_parser.h"
 
 namespace qnuri {
@@ -15,24 +15,13 @@ Record parse(std::string_view text) {
     return parse_uri_reference(text.data(), text.size(), false);
 }
 
-/// A text from outside; null is the empty one.
-std::string_view measured(const char* text, std::size_t length) noexcept {
-    if (text == nullptr) {
-        return {};
-    }
-    return {text, length == qncore::StringRange::npos ? std::strlen(text) : length};
-}
-
-/// The name with "/" for "\" and what a path cannot hold escaped, and as it stands what begins with
-/// the first "?".
+/// Replaces "\" by "/" and escapes what a path cannot hold, up to the first "?".
 std::string escaped_name(std::string_view text) {
-    const std::size_t tail = impl::find_or_end(text, '?');
+    const std::size_t tail = chars::find_first(text, chars::question_mark);
     std::string head(text.substr(0, tail));
     std::ranges::replace(head, '\\', '/');
-    std::string escaped;
-    escaped.reserve(text.size());
-    impl::append_escaped(escaped, head, impl::unreserved | impl::path_punctuation);
-    return escaped.append(text.substr(tail));
+    return percent_encode(head, chars::unreserved | chars::path_punctuation)
+        .append(text.substr(tail));
 }
 
 Record from_name(std::string_view text, bool rooted) {
@@ -44,8 +33,7 @@ Record from_name(std::string_view text, bool rooted) {
         return parse(escaped_name(text));
     }
     Record record = parse(text);
-    if (!record->is_empty() && !impl::UriParseData::is_present(record->scheme) &&
-        (record->flags & invalid_path) != 0) {
+    if (!impl::UriParseData::is_present(record->scheme) && (record->flags & invalid_path) != 0) {
         return parse(escaped_name(text));
     }
     return record;
@@ -61,17 +49,17 @@ bool is_file_path(const char* begin, const char* end) noexcept {
     if (text.starts_with("//")) {
         return text[2] != '/' && text.find('/', 3) < text.size();
     }
-    return text.starts_with("\\\\") || (impl::is(text[0], impl::alpha) && text[1] == ':' &&
+    return text.starts_with("\\\\") || (chars::is(text[0], chars::alpha) && text[1] == ':' &&
                                         (text[2] == '\\' || text[2] == '/'));
 }
 
 Record uri_reference_from_text(const char* text, std::size_t length, bool fileNames) {
-    const std::string_view name = measured(text, length);
+    const std::string_view name = impl::measured(text, length);
     return fileNames ? from_name(name, name.starts_with('\\')) : parse(name);
 }
 
 Record uri_from_file_name(const char* text, std::size_t length) {
-    const std::string_view name = measured(text, length);
+    const std::string_view name = impl::measured(text, length);
     return from_name(name, name.starts_with('\\') || name.starts_with('/'));
 }
 

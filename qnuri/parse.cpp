@@ -1,129 +1,136 @@
 #include "qnuri/parse.h"
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 
 #include "qnuri/uri_parser.h"
+#include "qnuri/uri_reference.h"
 
 namespace qnuri {
 
 namespace impl {
 
+using namespace chars;
+
 namespace {
 
 SchemeKind kind_of(std::string_view scheme, bool plainFile) noexcept {
-    constexpr struct {
-        std::string_view scheme;
-        SchemeKind kind;
-    } known[] = {
-        {"file:", SchemeKind::file}, {"sip:", SchemeKind::sip},       {"sips:", SchemeKind::sip},
-        {"tel:", SchemeKind::tel},   {"mailto:", SchemeKind::mailto},
-    };
-    for (const auto& entry : known) {
-        if (scheme == entry.scheme) {
-            return entry.kind == SchemeKind::file && plainFile ? SchemeKind::generic : entry.kind;
-        }
+    switch (scheme.front()) {
+    case 'f':
+        return scheme == "file:" && !plainFile ? SchemeKind::file : SchemeKind::generic;
+    case 's':
+        return scheme == "sip:" || scheme == "sips:" ? SchemeKind::sip : SchemeKind::generic;
+    case 't':
+        return scheme == "tel:" ? SchemeKind::tel : SchemeKind::generic;
+    case 'm':
+        return scheme == "mailto:" ? SchemeKind::mailto : SchemeKind::generic;
+    default:
+        return SchemeKind::generic;
     }
-    return SchemeKind::generic;
 }
 
 } // namespace
 
-void append_decoding(std::string& text, std::string_view source, CharClass decoded) {
-    std::size_t copied = 0;
-    for (std::size_t at = source.find('%'); at < source.size(); at = source.find('%', at)) {
-        if (!is_escape(source, at)) {
-            ++at;
-            continue;
-        }
-        if (const char c = escaped_char(source, at); is(c, decoded)) {
-            text.append(source, copied, at - copied).push_back(c);
-            copied = at + 3;
-        }
-        at += 3;
-    }
-    text.append(source, copied);
-}
-
-void UriParser::take(qncore::StringRange UriParseData::*component, std::string_view source,
-                     CharClass decoded) {
-    const std::size_t start = record_.text.size();
-    append_decoding(record_.text, source, decoded);
-    record_.*component = written_since(start);
-}
-
-void UriParser::parse(std::string_view text, bool plainFile) {
-    record_.text.reserve(text.size());
-    const std::size_t first = find_first(text, delimiter);
-    if (first < text.size() && text[first] == ':') {
-        std::ranges::transform(text.substr(0, first + 1), std::back_inserter(record_.text),
-                               to_lower);
-    }
-    const std::size_t start = record_.text.size();
-    record_.scheme = {0, start};
-    schemeKind_ = kind_of(record_.text, plainFile);
-    const bool fragments = schemeKind_ == SchemeKind::generic || schemeKind_ == SchemeKind::file;
-    const std::size_t fragment = fragments ? find_or_end(text, '#', start) : text.size();
-    const std::string_view source = text.substr(start, fragment - start);
+void UriParser::parse(bool plainFile) {
+    take_scheme(plainFile);
+    const std::size_t start = source_.written();
     switch (schemeKind_) {
     case SchemeKind::generic:
-        parse_generic(source);
+        parse_generic();
         break;
     case SchemeKind::file:
-        parse_file(source);
+        parse_file();
         break;
     case SchemeKind::sip:
-        parse_sip(source);
+        parse_sip();
         break;
     case SchemeKind::tel:
-        parse_tel(source);
+        parse_tel();
         break;
     case SchemeKind::mailto:
-        parse_mailto(source);
+        parse_mailto();
         break;
     }
     record_.schemeSpecificPart = written_since(start);
-    take(&UriParseData::fragment, text.substr(fragment));
-    shrink();
+    take(fragment_component, CharClass{}, source_.rest().empty() ? 0 : 1);
+    source_.finish();
     check();
 }
 
-void UriParser::parse_generic(std::string_view source) {
-    const std::size_t query = find_or_end(source, '?');
-    const std::string_view hierarchical = source.substr(0, query);
-    const std::size_t path = hierarchical.starts_with("//") ? find_or_end(hierarchical, '/', 2) : 0;
-    take(&UriParseData::authority, hierarchical.substr(0, path));
-    take(&UriParseData::path, hierarchical.substr(path));
-    take(&UriParseData::query, source.substr(query));
+void UriParser::take_scheme(bool plainFile) {
+    source_.keep_while(lower | digit | scheme_punctuation);
+    if (source_.stands_at(colon) && is(record_.text[0], lower)) {
+        known_valid_ |= invalid_scheme;
+    } else {
+        source_.keep_until(delimiter);
+        if (!source_.stands_at(colon)) {
+            known_valid_ |= invalid_scheme;
+            source_.seek(0);
+            return;
+        }
+        std::string& text = record_.text;
+        std::transform(text.begin(), text.begin() + source_.written(), text.begin(), to_lower);
+    }
+    source_.keep(1);
+    record_.scheme = written_since(0);
+    schemeKind_ = kind_of(record_.view(record_.scheme), plainFile);
 }
 
-/// Gives back storage that the normal form turned out not to need.
-void UriParser::shrink() {
-    std::string& text = record_.text;
-    if (((text.size() + 1) ^ (text.capacity() + 1)) >= 4) {
-        text = std::string(text);
+/// Passes what most hosts are: a name or an IPv4 address, and perhaps a port. Returns whether this
+/// was the whole host, which is then valid under the rules of every scheme.
+bool UriParser::keep_host(CharClass ends) {
+    source_.keep_while(unreserved);
+    if (source_.stands_at(colon)) {
+        source_.keep(1);
+        source_.keep_while(digit);
     }
+    return source_.rest().empty() || source_.stands_at(ends);
+}
+
+void UriParser::take_authority(CharClass ends, std::size_t prefix) {
+    const std::size_t start = source_.written();
+    source_.keep(prefix);
+    source_.keep_while(unreserved);
+    if (source_.stands_at(at_sign)) {
+        source_.keep(1); // what was passed is the user
+    }
+    if (keep_host(ends)) {
+        known_valid_ |= invalid_authority;
+    }
+    source_.decode_until(ends, unreserved, unreserved);
+    record_.authority = written_since(start);
+}
+
+void UriParser::parse_generic() {
+    if (source_.rest().starts_with("//")) {
+        take_authority(slash | question_mark | number_sign, 2);
+    } else {
+        record_.authority = written_since(source_.written());
+        known_valid_ |= invalid_authority;
+    }
+    take(path_component, question_mark | number_sign);
+    take(query_component, number_sign);
 }
 
 } // namespace impl
 
 qncore::RefCountPtr<const impl::UriParseData>
 parse_uri_reference(const char* text, std::size_t length, bool plainFile) {
-    if (text != nullptr && length == qncore::StringRange::npos) {
-        length = std::strlen(text);
-    }
-    if (text == nullptr || length == 0) {
+    const std::string_view source = impl::measured(text, length);
+    if (source.empty()) {
         return impl::UriParseData::empty_record();
     }
-    auto record = qncore::make_ref_counted<impl::UriParseData>();
-    impl::UriParser(*record).parse({text, length}, plainFile);
+    auto record = qncore::make_ref_counted<impl::UriParseData>(source);
+    impl::UriParser(*record).parse(plainFile);
     return record;
 }
 
 qncore::RefCountPtr<const impl::UriParseData> parse_uri_reference(const char* text,
                                                                   bool plainFile) {
     return parse_uri_reference(text, qncore::StringRange::npos, plainFile);
+}
+
+UriReference UriReference::parse(std::string_view text) {
+    return UriReference(parse_uri_reference(text.data(), text.size(), false));
 }
 
 } // namespace qnuri

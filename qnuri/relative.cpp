@@ -1,4 +1,4 @@
-// From URIs to references within them, and to their directories.
+// References from one URI to another, and the directory of a URI.
 #include <algorithm>
 
 #include "qnuri/parse.h"
@@ -48,7 +48,7 @@ UriReference UriReference::relative_to(const Uri& base) const {
     }
     text.append(from(target, start)).append(whole.substr(target.size()));
     text.append(record()->view(record()->query)).append(record()->view(record()->fragment));
-    return UriReference(parse_uri_reference(text.data(), text.size(), false));
+    return parse(text);
 }
 
 UriReference UriReference::directory() const {

@@ -1,9 +1,9 @@
-// Resolution of references. It departs from RFC 3986, 5.2 as the header tells.
+// Resolution of references. The header lists the departures from RFC 3986, 5.2.
 #include <optional>
 
+#include "qnuri/char_classes.h"
 #include "qnuri/parse.h"
 #include "qnuri/uri.h"
-#include "qnuri/uri_parser.h"
 
 namespace qnuri {
 
@@ -11,11 +11,11 @@ namespace {
 
 using Text = std::optional<std::string>; ///< nothing on failure
 
-/// Appends the segments of `text` from `cursor` on, which stands on a "/", to what stands before
-/// it, without "." and "..". False when ".." finds no "/" to go back to.
+/// Appends the segments of `text` from `cursor` on, and resolves "." and ".." among them. Returns
+/// false if ".." finds no "/" to go back to.
 bool append_segments(std::string& path, std::string_view text, std::size_t cursor) {
     while (cursor < text.size()) {
-        const std::size_t end = impl::find_or_end(text, '/', cursor + 1);
+        const std::size_t end = chars::find_first(text, chars::slash, cursor + 1);
         const std::string_view segment = text.substr(cursor, end - cursor);
         cursor = end;
         if (segment == "/..") {
@@ -43,7 +43,7 @@ Text merge_paths(std::string_view base, std::string_view reference) {
     const bool has_directory = cursor != std::string_view::npos;
     std::string text(has_directory ? base.substr(0, cursor + 1) : base);
     if (!text.starts_with('/')) {
-        text.insert(0, 1, '/'); // required: the cursor does not move along
+        text.insert(0, 1, '/'); // required: the cursor does not move with it
     }
     text.append(reference);
     if (!has_directory) {
@@ -53,16 +53,16 @@ Text merge_paths(std::string_view base, std::string_view reference) {
     if (!append_segments(path, text, cursor)) {
         return std::nullopt;
     }
-    return path.empty() ? "/" : path;
+    return path;
 }
 
-/// Where the path of the base begins that ".." may climb: behind the drive of a `file` URI.
+/// The length of what ".." cannot remove from the path of a base: the drive of a `file` URI.
 std::size_t fixed_part(const UriReference& base, std::string_view path) {
     const std::size_t slash = path.find('/', 1);
     return slash != std::string_view::npos && base.scheme_equals("file") ? slash : 0;
 }
 
-/// The reference as seen from the base, without its fragment.
+/// Resolves a reference, without its fragment; nothing on failure.
 Text merge_reference(const UriReference& reference, const Uri& base) {
     if (reference.is_empty() || !base.is_hierarchical()) {
         return std::nullopt;
@@ -100,7 +100,7 @@ UriReference resolve(const UriReference& reference, const Uri& base) {
     if (reference.has_fragment()) {
         text->append("#").append(reference.fragment().view());
     }
-    return UriReference(parse_uri_reference(text->data(), text->size(), false));
+    return UriReference::parse(*text);
 }
 
 Uri Uri::resolve(const UriReference& reference) const {

@@ -1,43 +1,50 @@
-// What `file`, `sip`, `tel` and `mailto` have of their own.
+// The rules of `file`, `sip`, `tel` and `mailto`.
 #include <algorithm>
 
+#include "qnuri/percent_encoding.h"
 #include "qnuri/uri_parser.h"
 
 namespace qnuri::impl {
 
+using namespace chars;
+
 namespace {
 
-constexpr bool is_slash(char c) noexcept {
-    return c == '/' || c == '\\';
-}
-
-/// A letter and ":" or "|" in front of a slash: the drive of a Windows path.
+/// Tells whether a text begins with the drive of a Windows path: a letter, ":" or "|", a separator.
 constexpr bool begins_with_drive(std::string_view text) noexcept {
     return text.size() > 2 && is(text[0], alpha) && (text[1] == ':' || text[1] == '|') &&
-           is_slash(text[2]);
+           is(text[2], separator);
 }
 
 } // namespace
 
-void UriParser::parse_file(std::string_view source) {
-    const std::size_t query = find_or_end(source, '?');
+void UriParser::parse_file() {
     std::string& text = record_.text;
-    const std::size_t start = text.size();
-    append_decoding(text, source.substr(0, query), unreserved);
+    const std::size_t start = source_.written();
+    const bool plain =
+        source_.decode_until(question_mark | number_sign, unreserved, path_component.plain);
+    source_.close_gap();
+    const std::size_t further = source_.rest().size();
     complete_drive(start);
     const std::size_t path = normalise_host(start);
+    source_.seek(text.size() - further);
     record_.authority = {start, path - start};
-    std::replace(text.begin() + static_cast<std::ptrdiff_t>(path), text.end(), '\\', '/');
-    normalise_drive(path);
     record_.path = written_since(path);
-    take(&UriParseData::query, source.substr(query));
+    if (plain) {
+        known_valid_ |= invalid_path;
+    } else {
+        const auto begin = text.begin() + static_cast<std::ptrdiff_t>(path);
+        std::replace(begin, begin + record_.path.count(), '\\', '/');
+    }
+    normalise_drive(path);
+    take(query_component, number_sign);
 }
 
-/// Puts as many slashes in front of a drive as make three.
+/// Completes the slashes before a drive to three.
 void UriParser::complete_drive(std::size_t start) {
     const std::string_view written = std::string_view(record_.text).substr(start);
     std::size_t slashes = 0;
-    while (slashes < std::min<std::size_t>(written.size(), 2) && is_slash(written[slashes])) {
+    while (slashes < std::min<std::size_t>(written.size(), 2) && is(written[slashes], separator)) {
         ++slashes;
     }
     if (begins_with_drive(written.substr(slashes))) {
@@ -45,28 +52,28 @@ void UriParser::complete_drive(std::size_t start) {
     }
 }
 
-/// Brings the authority at `start`, if there is one, to its normal form and gives its end.
+/// Normalises the authority at `start`, if there is one. Returns its end.
 std::size_t UriParser::normalise_host(std::size_t start) {
     constexpr std::string_view local = "localhost";
     std::string& text = record_.text;
     const std::size_t host = start + 2;
-    if (text.size() < host || !is_slash(text[start]) || !is_slash(text[start + 1])) {
+    if (text.size() < host || !is(text[start], separator) || !is(text[start + 1], separator)) {
         return start;
     }
     text[start] = text[start + 1] = '/';
-    std::size_t end = host;
-    for (; end < text.size() && !is_slash(text[end]); ++end) {
-        text[end] = to_lower(text[end]);
+    const std::size_t end = find_first(text, separator | question_mark | number_sign, host);
+    for (std::size_t i = host; i < end; ++i) {
+        text[i] = to_lower(text[i]);
     }
-    // Required: these nine characters go also where the host has more behind them.
-    if (text.compare(host, local.size(), local) == 0) {
-        text.erase(host, local.size());
-        end -= local.size();
+    // Required: these nine characters are removed even if the host goes on after them.
+    if (text.compare(host, local.size(), local) != 0) {
+        return end;
     }
-    return end;
+    text.erase(host, local.size());
+    return end - local.size();
 }
 
-/// Folds the drive letter, and makes its sign ":".
+/// Puts the drive letter in lower case and ":" after it.
 void UriParser::normalise_drive(std::size_t path) {
     std::string& text = record_.text;
     if (text.size() > path && text[path] == '/' &&
@@ -76,79 +83,69 @@ void UriParser::normalise_drive(std::size_t path) {
     }
 }
 
-void UriParser::parse_sip(std::string_view source) {
-    std::string& text = record_.text;
-    const std::size_t start = text.size();
-    std::size_t host = 0;
-    // Required: the first "@" anywhere ends the user, also one behind a ";".
-    if (const std::size_t at = source.find('@'); at < source.size()) {
-        const std::string_view user = source.substr(0, at);
-        const std::size_t password = find_or_end(user, ':');
-        append_decoding(text, user.substr(0, password), unreserved | sip_user_punctuation);
-        append_decoding(text, user.substr(password), unreserved | sip_password_punctuation);
-        host = at;
+void UriParser::parse_sip() {
+    constexpr CharClass user = unreserved | sip_user_punctuation;
+    constexpr CharClass password = unreserved | sip_password_punctuation;
+    const std::size_t start = source_.written();
+    bool plain = true;
+    // Required: the first "@" anywhere ends the user, even one after a ";".
+    if (source_.rest().find('@') != std::string_view::npos) {
+        plain = source_.decode_until(colon | at_sign, user, user) && source_.stands_at(at_sign);
+        source_.decode_until(at_sign, password, password);
+        source_.keep(1);
     }
-    const std::size_t params = std::min(source.find_first_of(";?", host), source.size());
-    text.append(source, host, params - host);
+    if (keep_host(semicolon | question_mark) && plain) {
+        known_valid_ |= invalid_authority;
+    }
+    source_.keep_until(semicolon | question_mark);
     record_.authority = written_since(start);
-    const std::size_t query = find_or_end(source, '?', params);
-    const std::size_t path = text.size();
-    append_sip_params(source.substr(params, query - params));
+    const std::size_t path = source_.written();
+    take_sip_params();
     record_.path = written_since(path);
-    take(&UriParseData::query, source.substr(query));
+    take(query_component, CharClass{});
 }
 
-/// Decodes what a parameter may hold as it stands, and turns quoted values into escaped ones.
-void UriParser::append_sip_params(std::string_view params) {
+/// Decodes what a parameter may hold as it is, and replaces quoted values by escaped ones.
+void UriParser::take_sip_params() {
     constexpr CharClass plain = unreserved | sip_param_punctuation;
-    std::string& text = record_.text;
-    while (!params.empty()) {
-        const std::size_t quote = find_or_end(params, '"');
-        append_decoding(text, params.substr(0, quote), plain);
-        params.remove_prefix(quote);
-        const std::size_t closing = params.find('"', 1);
-        if (closing >= params.size()) {
-            append_decoding(text, params, plain);
-            return;
-        }
-        append_escaped(text, params.substr(1, closing - 1), plain);
+    constexpr CharClass quoted = unreserved | sip_value_punctuation; // required: no brackets
+    source_.decode_until(quote | question_mark, plain, plain);
+    if (!source_.stands_at(quote)) {
+        return;
+    }
+    source_.close_gap();
+    const std::size_t start = source_.written();
+    std::string_view params = source_.rest();
+    params = params.substr(0, find_first(params, question_mark));
+    const std::size_t size = params.size();
+    std::string unquoted;
+    for (std::size_t closing = params.find('"', 1); closing < params.size();
+         closing = params.find('"', 1)) {
+        unquoted += percent_encode(params.substr(1, closing - 1), quoted);
         params.remove_prefix(closing + 1);
+        const std::size_t next = find_first(params, quote);
+        unquoted += percent_decode(params.substr(0, next), plain);
+        params.remove_prefix(next);
     }
+    unquoted += percent_decode(params, plain);
+    record_.text.replace(start, size, unquoted);
+    source_.seek(start + unquoted.size());
 }
 
-/// Required, for the brackets among the plain characters of a parameter: what must always be
-/// escaped is so although the class holds it.
-void append_escaped(std::string& text, std::string_view source, CharClass kept) {
-    constexpr char digits[] = "0123456789abcdef";
-    for (const char c : source) {
-        if (is(c, kept) && !is(c, always_escaped)) {
-            text.push_back(c);
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        text.append({'%', digits[byte / 16], digits[byte % 16]});
-    }
+void UriParser::parse_tel() {
+    const std::size_t start = source_.written();
+    source_.keep_until(semicolon);
+    record_.authority = written_since(start);
+    source_.keep(source_.stands_at(semicolon) ? 1 : 0);
+    take({&UriParseData::path, UriFlags{}, unreserved}, CharClass{});
+    take(query_component, CharClass{});
 }
 
-void UriParser::parse_tel(std::string_view source) {
-    std::size_t params = find_or_end(source, ';');
-    take(&UriParseData::authority, source.substr(0, params), CharClass{});
-    if (params < source.size()) {
-        record_.text.push_back(source[params++]);
-    }
-    take(&UriParseData::path, source.substr(params));
-    take(&UriParseData::query, {});
-}
-
-void UriParser::parse_mailto(std::string_view source) {
-    std::size_t further = std::min(source.find_first_of(",?"), source.size());
-    take(&UriParseData::authority, source.substr(0, further));
-    if (further < source.size() && source[further] == ',') {
-        record_.text.push_back(source[further++]);
-    }
-    const std::size_t query = find_or_end(source, '?', further);
-    take(&UriParseData::path, source.substr(further, query - further));
-    take(&UriParseData::query, source.substr(query));
+void UriParser::parse_mailto() {
+    take_authority(comma | question_mark);
+    source_.keep(source_.stands_at(comma) ? 1 : 0);
+    take(path_component, question_mark);
+    take(query_component, CharClass{});
 }
 
 } // namespace qnuri::impl

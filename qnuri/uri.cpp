@@ -6,6 +6,10 @@ const char* impl::BadUriCast::what() const noexcept {
     return "bad cast";
 }
 
+Uri Uri::parse(std::string_view text) {
+    return to_uri(UriReference::parse(text));
+}
+
 RelativeUri RelativeUri::cast_from(const UriReference& reference) {
     if (reference.is_empty() || reference.has_scheme()) {
         throw impl::BadUriCast("qnuri::RelativeUri::cast_from");
@@ -19,7 +23,7 @@ RelativeUri to_relative(const UriReference& reference) {
 }
 
 Uri to_uri(const UriReference& reference) {
-    return !reference.is_empty() && reference.has_scheme() ? Uri(reference) : Uri();
+    return reference.has_scheme() ? Uri(reference) : Uri();
 }
 
 } // namespace qnuri

@@ -8,7 +8,7 @@ namespace qnuri {
 
 namespace impl {
 
-/// A cast between kinds of references that cannot be; the only exception of this layer.
+/// A failed cast between kinds of references; the only exception of this layer.
 class BadUriCast : public std::bad_cast {
   public:
     explicit BadUriCast(const char* cast) noexcept
@@ -25,15 +25,19 @@ class BadUriCast : public std::bad_cast {
 
 } // namespace impl
 
-/// A reference with a scheme, or the undefined one.
+/// A reference with a scheme, or the undefined one. Do not assign through a `UriReference&` to a
+/// `Uri`: that could give it a reference without a scheme.
 class Uri : public UriReference {
   public:
     /// The undefined URI.
-    Uri()
+    Uri() noexcept
         : UriReference(undefined()) {}
 
-    /// As the free `resolve`, save that the result has no fragment and that the merged text is
-    /// parsed as `uri_reference_from_text` does for file names.
+    /// `to_uri` of the parsed text: undefined if it has no scheme.
+    static Uri parse(std::string_view text);
+
+    /// Does the same as the free `resolve`, but drops the fragment of a relative reference and
+    /// parses the merged text as `uri_reference_from_text` does with `fileNames`.
     Uri resolve(const UriReference& reference) const;
 
   private:
@@ -42,14 +46,14 @@ class Uri : public UriReference {
         : UriReference(reference) {}
 };
 
-/// A reference without a scheme, or the undefined one.
+/// A reference without a scheme, or the undefined one. The note at `Uri` holds here, too.
 class RelativeUri : public UriReference {
   public:
     /// The undefined reference.
-    RelativeUri()
+    RelativeUri() noexcept
         : UriReference(undefined()) {}
 
-    /// Shares the record; throws BadUriCast for an empty reference and for one with a scheme.
+    /// Shares the record. Throws BadUriCast if the reference is empty or has a scheme.
     static RelativeUri cast_from(const UriReference& reference);
 
   private:
@@ -58,24 +62,26 @@ class RelativeUri : public UriReference {
         : UriReference(reference) {}
 };
 
-/// Shares the record; undefined for an empty reference and for one without a scheme.
+/// Shares the record; undefined if the reference has no scheme.
 Uri to_uri(const UriReference& reference);
 
-/// Shares the record; undefined for an empty reference and for one with a scheme.
+/// Shares the record; undefined if the reference is empty or has a scheme.
 RelativeUri to_relative(const UriReference& reference);
 
-/// The reference as seen from `base`, which must be hierarchical; undefined on failure. The merge
-/// departs from RFC 3986, 5.2 in the following, all of it required:
-/// - an empty reference, and one that is a fragment alone, resolves to nothing;
-/// - a reference path that begins with "/", and one behind an authority, keeps its dot segments;
-/// - a reference of a query alone resolves against the directory of the base, not its path;
-/// - ".." that would climb over the root fails;
-/// - the dot segments of the base's own directory stay where they are;
-/// - with a `file` base the first segment of its path, its drive, stays: also before a reference
-///   path that begins with "/".
+/// Resolves a reference against `base`. A reference with a scheme is returned as it is. Returns
+/// undefined if `base` is not hierarchical. The merge departs from RFC 3986, 5.2 in these points,
+/// all of which are required:
+/// - an empty reference, and one that is only a fragment, gives undefined;
+/// - a reference path that begins with "/", and one after an authority, keeps its dot segments;
+/// - a reference that is only a query replaces the last segment of the base's path;
+/// - ".." above the root gives undefined;
+/// - the dot segments in the base's own directory stay, and if the base's path has no "/", so do
+///   those of the reference;
+/// - the first segment of a `file` base's path, the drive, stays, even before a reference path that
+///   begins with "/".
 UriReference resolve(const UriReference& reference, const Uri& base);
 
-/// Parses the text as `uri_reference_from_text` does, and resolves it. `length` may be npos.
+/// Parses the text as `uri_reference_from_text` does and resolves it. A length of npos measures it.
 UriReference resolve_text(const char* text, std::size_t length, const Uri& base, bool fileNames);
 
 } // namespace qnuri

@@ -1,5 +1,8 @@
 #include "qnuri/uri_parse_data.h"
 
+#include <cstddef>
+#include <new>
+
 namespace qnuri::impl {
 
 std::string_view UriParseData::TraceDataUri::trace_text() const {
@@ -19,19 +22,28 @@ qncore::StringRange UriParseData::bare_authority() const noexcept {
                                         : authority.subrange(0, 0);
 }
 
-const qncore::RefCountPtr<const UriParseData>& UriParseData::undefined_record() {
-    static const auto record = [] {
-        auto made = qncore::make_ref_counted<UriParseData>();
-        made->flags = undefined_flags;
-        return qncore::RefCountPtr<const UriParseData>(std::move(made));
-    }();
+namespace {
+
+/// A record that lives as long as the process. It takes no memory, so that making it cannot fail.
+template <std::uint32_t Flags>
+const qncore::RefCountPtr<const UriParseData>& shared_record() noexcept {
+    struct Shared : UriParseData {
+        Shared() noexcept { flags = Flags; }
+        void destroy() const noexcept override {}
+    };
+    alignas(Shared) static std::byte storage[sizeof(Shared)];
+    static const qncore::RefCountPtr<const UriParseData> record(new (storage) Shared);
     return record;
 }
 
-const qncore::RefCountPtr<const UriParseData>& UriParseData::empty_record() {
-    static const qncore::RefCountPtr<const UriParseData> record =
-        qncore::make_ref_counted<UriParseData>();
-    return record;
+} // namespace
+
+const qncore::RefCountPtr<const UriParseData>& UriParseData::undefined_record() noexcept {
+    return shared_record<undefined_flags>();
+}
+
+const qncore::RefCountPtr<const UriParseData>& UriParseData::empty_record() noexcept {
+    return shared_record<0>();
 }
 
 } // namespace qnuri::impl

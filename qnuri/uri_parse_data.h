@@ -9,10 +9,10 @@
 
 namespace qnuri {
 
-/// What is invalid about a URI; none of the bits for a fully valid one.
+/// The invalid components of a URI; a fully valid one has none of the bits.
 enum UriFlags : std::uint32_t {
     invalid_scheme = 1,
-    invalid_scheme_specific_part = 2, ///< with any of authority, path and query
+    invalid_scheme_specific_part = 2, ///< set with any of authority, path and query
     invalid_fragment = 4,
     invalid_authority = 16,
     invalid_path = 32,
@@ -21,10 +21,10 @@ enum UriFlags : std::uint32_t {
 
 namespace impl {
 
-/// The shared record of one parsed URI: its normal text, the stretches of its components in that
-/// text, and which of them are invalid. Filled once, immutable from then on.
+/// The shared record of one parsed URI: its text in normal form, the ranges of the components in
+/// that text, and which of them are invalid. It is filled once and immutable from then on.
 struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
-    /// Shows a record in a trace, as far as the view reaches.
+    /// Shows a record, or a part of it, in a trace.
     class TraceData : public qncore::StringTraceData {
       public:
         explicit TraceData(const UriParseData& record) noexcept
@@ -54,15 +54,16 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
 
     static constexpr std::uint32_t undefined_flags = 0xFFFFFFFF;
 
-    UriParseData()
-        : traceUriReference(*this)
+    explicit UriParseData(std::string_view source = {})
+        : text(source)
+        , traceUriReference(*this)
         , traceUri(*this) {}
 
     /// True when nothing stands before the fragment.
     bool is_empty() const noexcept { return fragment.start() == 0; }
     bool is_undefined() const noexcept { return flags == undefined_flags; }
 
-    /// Whether the text has that component at all; "?" alone is a present, empty query.
+    /// Tells whether the text has that component; "?" alone is a present, empty query.
     static bool is_present(const qncore::StringRange& component) noexcept {
         return component.count() != 0 && component.start() != qncore::StringRange::npos;
     }
@@ -74,18 +75,18 @@ struct UriParseData : qncore::RefCounted<qncore::AtomicRefCount> {
     std::string_view text_before_fragment() const noexcept {
         return {text.data(), schemeSpecificPart.start() + schemeSpecificPart.count()};
     }
-    /// A scheme whose scheme-specific part does not begin with "/", as in `tel:123`.
+    /// Tells whether there is a scheme whose specific part does not begin with "/", as in `tel:1`.
     bool is_opaque() const noexcept {
         return is_present(scheme) && is_present(schemeSpecificPart) &&
                text[schemeSpecificPart.start()] != '/';
     }
-    /// Where the authority stands without its "//".
+    /// The range of the authority without its "//".
     qncore::StringRange bare_authority() const noexcept;
 
-    /// The shared record that says that there is no URI at all.
-    static const qncore::RefCountPtr<const UriParseData>& undefined_record();
+    /// The shared record of no URI at all.
+    static const qncore::RefCountPtr<const UriParseData>& undefined_record() noexcept;
     /// The shared record of the empty text.
-    static const qncore::RefCountPtr<const UriParseData>& empty_record();
+    static const qncore::RefCountPtr<const UriParseData>& empty_record() noexcept;
 
     std::string text;
     std::uint32_t flags = 0;                ///< of UriFlags, or `undefined_flags`

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
-#include "qnuri/char_classes.h"
+#include "qnuri/decoding_pass.h"
 #include "qnuri/uri_parse_data.h"
 
 namespace qnuri::impl {
@@ -13,54 +13,75 @@ namespace qnuri::impl {
 /// Which rules a scheme has. `sips` counts as `sip`.
 enum class SchemeKind : std::uint32_t { generic, file, sip, tel, mailto };
 
-/// One parse: fills a fresh record with the normal form of a text, its ranges and its flags.
+/// A component that the parser takes in one piece.
+struct Component {
+    qncore::StringRange UriParseData::*range;
+    UriFlags flag;          ///< set if it is invalid
+    chars::CharClass plain; ///< it is valid if it holds only these and escapes
+};
+
+inline constexpr Component path_component{&UriParseData::path, invalid_path,
+                                          chars::unreserved | chars::path_punctuation};
+inline constexpr Component query_component{&UriParseData::query, invalid_query,
+                                           chars::unreserved | chars::reserved};
+inline constexpr Component fragment_component{&UriParseData::fragment, invalid_fragment,
+                                              chars::unreserved | chars::reserved};
+
+/// One parse: brings the text of a fresh record to its normal form and sets its ranges and flags.
 class UriParser {
   public:
     explicit UriParser(UriParseData& record) noexcept
-        : record_(record) {}
+        : record_(record)
+        , source_(record.text) {}
 
-    void parse(std::string_view text, bool plainFile);
+    void parse(bool plainFile);
 
   private:
-    // The rules, each over what stands between the scheme and the fragment.
-    void parse_generic(std::string_view source);
-    void parse_file(std::string_view source);
-    void parse_sip(std::string_view source);
-    void parse_tel(std::string_view source);
-    void parse_mailto(std::string_view source);
+    void take_scheme(bool plainFile);
+    // The rules, each for the text between the scheme and the fragment.
+    void parse_generic();
+    void parse_file();
+    void parse_sip();
+    void parse_tel();
+    void parse_mailto();
 
-    /// Appends the source with the escapes of those characters decoded, and makes it a component.
-    void take(qncore::StringRange UriParseData::*component, std::string_view source,
-              CharClass decoded = unreserved);
+    /// Takes a component up to the first of `ends`, and decodes unreserved characters after its
+    /// first `prefix` characters.
+    void take(const Component& component, chars::CharClass ends, std::size_t prefix = 0) {
+        const std::size_t start = source_.written();
+        source_.keep(prefix);
+        if (source_.decode_until(ends, chars::unreserved, component.plain)) {
+            known_valid_ |= component.flag;
+        }
+        record_.*component.range = written_since(start);
+    }
+    void take_authority(chars::CharClass ends, std::size_t prefix = 0);
+    bool keep_host(chars::CharClass ends);
     qncore::StringRange written_since(std::size_t start) const noexcept {
-        return {start, record_.text.size() - start};
+        return {start, source_.written() - start};
     }
 
     void complete_drive(std::size_t start);
     std::size_t normalise_host(std::size_t start);
     void normalise_drive(std::size_t path);
-    void append_sip_params(std::string_view params);
-    void shrink();
+    void take_sip_params();
 
     void check();
     bool valid_authority() const noexcept;
     bool valid_path() const noexcept;
 
     UriParseData& record_;
+    DecodingPass source_;
     SchemeKind schemeKind_ = SchemeKind::generic;
+    std::uint32_t known_valid_ = 0; ///< the bits of the components that need no check
 };
 
-/// Appends the source; an escape whose byte is of the class becomes that byte, every other and
-/// whatever is malformed stays as it stands (RFC 3986, 6.2.2.2, for `unreserved`).
-void append_decoding(std::string& text, std::string_view source, CharClass decoded);
-
-/// Appends the source with everything escaped, by lower-case digits, that is not of the class or
-/// must always be escaped.
-void append_escaped(std::string& text, std::string_view source, CharClass kept);
-
-/// Where that character stands, or the end.
-inline std::size_t find_or_end(std::string_view text, char c, std::size_t start = 0) noexcept {
-    return std::min(text.find(c, start), text.size());
+/// Returns a caller's text. Null is the empty text; a length of npos measures it.
+inline std::string_view measured(const char* text, std::size_t length) noexcept {
+    if (text == nullptr) {
+        return {};
+    }
+    return {text, length == qncore::StringRange::npos ? std::strlen(text) : length};
 }
 
 } // namespace qnuri::impl

@@ -1,11 +1,11 @@
 #include "qnuri/uri_reference.h"
 
 #include <algorithm>
-#include <cstring>
 #include <ostream>
 
 #include "qnuri/char_classes.h"
 #include "qnuri/escaped_text.h"
+#include "qnuri/uri_parser.h"
 
 namespace qnuri {
 
@@ -37,14 +37,8 @@ UriStringSlice UriReference::fragment() const noexcept {
 }
 
 bool UriReference::scheme_equals(const char* name, std::size_t length) const noexcept {
-    if (name == nullptr) {
-        return false;
-    }
-    const std::string_view asked(name,
-                                 length == qncore::StringRange::npos ? std::strlen(name) : length);
-    const UriStringSlice stored = scheme();
-    return !asked.empty() &&
-           std::ranges::equal(asked, stored.view(), {}, [](char c) { return impl::to_lower(c); });
+    const std::string_view asked = impl::measured(name, length);
+    return !asked.empty() && std::ranges::equal(asked, scheme().view(), {}, chars::to_lower);
 }
 
 bool UriReference::is_hierarchical() const noexcept {
@@ -52,7 +46,7 @@ bool UriReference::is_hierarchical() const noexcept {
 }
 
 UriReference UriReference::without_fragment() const {
-    if (is_undefined() || !has_fragment()) {
+    if (!has_fragment()) {
         return UriReference(record());
     }
     const UriParseData& whole = *record();
@@ -85,7 +79,9 @@ std::uint32_t UriReference::hash() const noexcept {
 std::weak_ordering operator<=>(const UriReference& left, const UriReference& right) noexcept {
     const std::string_view first = left.record()->text_before_fragment();
     const std::string_view second = right.record()->text_before_fragment();
-    return compare_escaped(first.data(), first.size(), second.data(), second.size()) <=> 0;
+    const std::size_t shared = std::min(first.size(), second.size());
+    const int order = compare_escaped(first.data(), shared, second.data(), shared);
+    return order != 0 ? order <=> 0 : first.size() <=> second.size();
 }
 
 void write_to_stream(std::ostream& stream, const UriReference& uri) {

@@ -13,27 +13,33 @@ namespace qnuri {
 
 class Uri;
 
-/// A URI or a relative reference (RFC 3986, 4.1), valid or not; copies share one record. A text
-/// becomes a reference by the functions of qnuri/parse.h. A moved-from value is undefined.
+/// A URI or a relative reference (RFC 3986, 4.1), valid or not. Copies share one record. A
+/// moved-from value is undefined.
 ///
-/// Two references are equal, and have the same hash, when their texts without the fragments are,
-/// where escapes compare without regard to the case of their digits (qnuri/escaped_text.h).
+/// Two references are equal, and have the same hash, if their texts without the fragments are. The
+/// digits of escapes compare without regard to case (qnuri/escaped_text.h).
 class UriReference {
   public:
     /// The empty reference.
-    UriReference()
+    UriReference() noexcept
         : record_(impl::UriParseData::empty_record()) {}
 
-    /// Shares a record; null stands for the undefined one.
+    /// Shares a record; null is the undefined one.
     explicit UriReference(qncore::RefCountPtr<const impl::UriParseData> record) noexcept
         : record_(std::move(record)) {}
 
-    /// The reference that says that there is no URI at all; it is empty, too.
-    static UriReference undefined() { return UriReference(impl::UriParseData::undefined_record()); }
+    /// Parses any text; see `parse_uri_reference` (qnuri/parse.h) for the rules. Never fails: check
+    /// `flags` for what is invalid.
+    static UriReference parse(std::string_view text);
+
+    /// No reference at all, the result of an operation that failed. It is also empty.
+    static UriReference undefined() noexcept {
+        return UriReference(impl::UriParseData::undefined_record());
+    }
 
     /// The normal form of the whole text.
     const std::string& text() const noexcept { return record()->text; }
-    /// Which components are invalid: bits of UriFlags, all bits when undefined.
+    /// The invalid components as bits of UriFlags; all bits if undefined.
     std::uint32_t flags() const noexcept { return record()->flags; }
 
     /// True when nothing stands before the fragment.
@@ -45,9 +51,9 @@ class UriReference {
     bool has_query() const noexcept { return present(record()->query); }
     bool has_fragment() const noexcept { return present(record()->fragment); }
 
-    /// The components, empty where they are absent: the scheme without its ":", the query without
-    /// its "?", the fragment without its "#", the authority without the "//" of the text. For
-    /// `sip`, `tel` and `mailto` the authority is the (first) address.
+    /// The components, empty if absent: the scheme without its ":", the query without its "?", the
+    /// fragment without its "#", the authority without its "//". The authority of `sip`, `tel` and
+    /// `mailto` is the (first) address, the path their parameters or further addresses.
     UriStringSlice scheme() const noexcept;
     UriStringSlice scheme_specific_part() const noexcept;
     UriStringSlice authority() const noexcept;
@@ -55,32 +61,36 @@ class UriReference {
     UriStringSlice query() const noexcept;
     UriStringSlice fragment() const noexcept;
 
-    /// Compares the scheme without regard to ASCII case; false for a null or empty name.
+    /// Compares the scheme, ignoring ASCII case. Returns false for a null or empty name.
     bool scheme_equals(const char* name,
                        std::size_t length = qncore::StringRange::npos) const noexcept;
 
-    /// False for the empty reference and for a scheme whose specific part does not begin with "/".
+    /// Returns false for an empty reference and for a scheme whose specific part does not begin
+    /// with "/".
     bool is_hierarchical() const noexcept;
 
-    /// The same without its fragment.
+    /// Returns the reference without its fragment.
     UriReference without_fragment() const;
 
-    /// A reference that leads from `base` here: this one itself when it has no scheme, or another
-    /// scheme or authority than `base`, or shares only the root with a `file` base. Undefined for
-    /// an empty reference, and when this one or `base` is not hierarchical.
-    /// Where one directory's name begins with the whole other one, as `/ab/` with `/a/`, the
-    /// result leads elsewhere; that is required.
+    /// Returns a reference that leads from `base` to this URI. Returns this one itself if it has no
+    /// scheme, or another scheme or authority than `base`, or shares only the root with a `file`
+    /// base. Returns undefined if it is empty, or if this one or `base` is not hierarchical.
+    ///
+    /// Resolving the result does not always lead back here; this is required:
+    /// - if the directory of one is a prefix of the other one's name, as `/a/` and `/ab/`;
+    /// - if directories are empty (`//`), or the base has no path;
+    /// - if the file name looks like a scheme, as in `/b:c`.
     UriReference relative_to(const Uri& base) const;
 
-    /// The URI up to the last "/" of its path, without query and fragment; undefined for an empty
-    /// and for a not hierarchical one. Meant for references with a scheme: to others it gives
-    /// the ":" of an empty one, which is invalid.
+    /// Returns the URI up to the last "/" of its path, without query and fragment; undefined if it
+    /// is empty or not hierarchical. A reference without a scheme gets the ":" of an empty one,
+    /// which is invalid.
     UriReference directory() const;
 
-    /// The reference as a trace shows it, alive as long as the result.
+    /// The text without the fragment, for a trace. Keeps the record alive.
     qncore::InterfacePtr<const qncore::StringTraceData, qncore::AtomicHolder> trace_data() const;
 
-    /// Hash that agrees with `==`.
+    /// A hash consistent with `==`.
     std::uint32_t hash() const noexcept;
 
     friend std::weak_ordering operator<=>(const UriReference& left,

@@ -7,8 +7,8 @@
 
 namespace qnuri {
 
-/// A stretch of a URI's text. It shares the record, so that the text lives as long as the slice,
-/// and copies no character.
+/// A range of a URI's text. It shares the record, which keeps the text alive, and copies no
+/// character.
 class UriStringSlice {
   public:
     UriStringSlice(qncore::RefCountPtr<const impl::UriParseData> record,
@@ -19,13 +19,13 @@ class UriStringSlice {
     const char* data() const noexcept { return record_->text.data() + range_.start(); }
     std::size_t size() const noexcept { return range_.count(); }
     bool empty() const noexcept { return size() == 0; }
-    /// Where the slice lies in the text of the URI.
+    /// The position of the slice in the text of the URI.
     const qncore::StringRange& range() const noexcept { return range_; }
-    /// The characters; they live as long as any slice or reference of the record.
+    /// The characters. Some slice or reference of the record must outlive the view.
     std::string_view view() const noexcept { return {data(), size()}; }
     std::string str() const { return std::string(view()); }
 
-    /// Plain comparison of sizes and bytes.
+    /// Compares sizes and bytes.
     friend bool operator==(const UriStringSlice& left, const UriStringSlice& right) noexcept {
         return left.view() == right.view();
     }

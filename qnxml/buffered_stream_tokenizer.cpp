@@ -19,7 +19,7 @@ XmlBufferedStreamTokenizerBase::XmlBufferedStreamTokenizerBase(qnuri::UriReferen
                                                                std::uint32_t firstLine,
                                                                std::size_t bufferSize)
     : capacity_(std::max(bufferSize, least_capacity))
-    , buffer_(std::make_unique<char[]>(capacity_))
+    , buffer_(std::make_unique_for_overwrite<char[]>(capacity_))
     , line_(firstLine)
     , lineStart_(buffer_.get())
     , uri_(std::move(uri)) {
@@ -32,14 +32,23 @@ XmlLocation XmlBufferedStreamTokenizerBase::location() const {
             sourceCarry_ + static_cast<std::uint64_t>(cursor_ - buffer_.get())};
 }
 
-/// Reads behind the first `kept` bytes of the buffer and puts the cursor at its start. Leaves the
-/// data's end alone.
+/// Reads after the first `kept` bytes of the buffer and puts the cursor at its start. Leaves the
+/// end of the data where it is.
 bool XmlBufferedStreamTokenizerBase::refill(std::size_t kept, std::uint64_t* count) {
     lineCarry_ += static_cast<std::uint64_t>(cursor_ - lineStart_);
     sourceCarry_ += static_cast<std::uint64_t>(cursor_ - buffer_.get());
     cursor_ = buffer_.get();
     lineStart_ = buffer_.get();
-    return read(buffer_.get() + kept, capacity_ - kept, count);
+    const std::size_t room = capacity_ - kept;
+    if (!read(buffer_.get() + kept, room, count)) {
+        return false;
+    }
+    if (*count > room) {
+        stream_failure("Error reading from stream",
+                       QN_LOCATION("qnxml::XmlBufferedStreamTokenizerBase::refill()"), {});
+        return false;
+    }
+    return true;
 }
 
 int XmlBufferedStreamTokenizerBase::get_next_char(char* out) {
@@ -67,9 +76,9 @@ int XmlBufferedStreamTokenizerBase::take(char* out, std::size_t length) {
     return static_cast<int>(length);
 }
 
-/// The end of the data behind a CR or inside a sequence. Required: the data's end stays where it
-/// was, so that a caller who asks once more reads the old content of the buffer again. The second
-/// time it is corrected: otherwise `<a>x` and a CR would never end.
+/// The end of the data after a CR or inside a sequence. Required: the end stays where it was, so
+/// that a caller who asks once more reads the old content of the buffer again. The second time it
+/// is corrected: otherwise `<a>x` and a CR would never end.
 int XmlBufferedStreamTokenizerBase::end_with_stale_data() {
     if (std::exchange(staleDataRead_, true)) {
         dataEnd_ = cursor_;
@@ -111,7 +120,8 @@ int XmlBufferedStreamTokenizerBase::get_sequence(char* out) {
     return get_cut_sequence(out);
 }
 
-/// Goes on with a sequence that the buffer's end cuts. One that the end of the data cuts is lost.
+/// Goes on with a sequence that the end of the buffer cuts. One that the end of the data cuts is
+/// lost.
 int XmlBufferedStreamTokenizerBase::get_cut_sequence(char* out) {
     const std::size_t kept = at_hand();
     std::memmove(buffer_.get(), cursor_, kept);

@@ -6,22 +6,25 @@
 
 namespace qnxml {
 
-/// Gives the tokenizer its characters from a byte buffer: refills it, finds the ends of UTF-8
-/// sequences, makes every line end (CR, LF, CRLF) one byte 10, and keeps the position. Reads UTF-8
-/// only.
+/// Supplies the tokenizer with characters from a byte buffer: refills it, finds the ends of UTF-8
+/// sequences, turns every line end (CR, LF, CRLF) into one byte 10, and tracks the position. Reads
+/// UTF-8 only.
+///
+/// A CR as the last byte of the data, and a character that the end of the data cuts, yield no
+/// character. If text was held at that point, the last fill of the buffer is read a second time.
 class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
   public:
     XmlLocation location() const override;
 
   protected:
-    /// `bufferSize` is in bytes, and at least 32 are taken.
+    /// `bufferSize` is in bytes; less than 32 counts as 32.
     XmlBufferedStreamTokenizerBase(qnuri::UriReference uri, std::uint32_t firstLine,
                                    std::size_t bufferSize);
 
-    int get_next_char(char* out) override;
+    int get_next_char(char* out) final;
 
-    /// Reads up to `size` bytes and stores their number in `count` unless that is null; 0 is the
-    /// end of the data. False after a failure that it has stored.
+    /// Reads up to `size` bytes and stores their number in `count` unless that is null: 0 at the
+    /// end of the data. Returns false after a failure, which it has stored.
     virtual bool read(void* buffer, std::uint64_t size, std::uint64_t* count) = 0;
 
   private:
@@ -38,7 +41,7 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     std::size_t capacity_;
     std::unique_ptr<char[]> buffer_;
     std::uint32_t line_;
-    const char* lineStart_;         ///< the buffer's start when the line began in an earlier fill
+    const char* lineStart_;         ///< the buffer's start if the line began in an earlier fill
     std::uint64_t lineCarry_ = 0;   ///< bytes of the line in earlier fills
     std::uint64_t sourceCarry_ = 0; ///< bytes of all earlier fills
     bool staleDataRead_ = false;

@@ -13,8 +13,15 @@ namespace {
 
 constexpr std::size_t text_capacity = 1023;
 
-constexpr ByteSet name_start_bytes = ByteSet::letters_and("._");
-constexpr ByteSet name_bytes = ByteSet::letters_and("._-:0123456789");
+constexpr ByteSet bytes_of(std::uint32_t classes) {
+    return ByteSet::ascii_where([classes](char byte) {
+        return (char_class(static_cast<unsigned char>(byte)) & classes) != 0;
+    });
+}
+
+constexpr ByteSet name_start_bytes = bytes_of(name_start_classes);
+constexpr ByteSet name_bytes = bytes_of(name_classes);
+constexpr ByteSet white_space = ByteSet::of(" \t\n");
 
 } // namespace
 
@@ -23,7 +30,8 @@ XmlCharStreamTokenizerBase::XmlCharStreamTokenizerBase() {
 }
 
 qncore::StringSlice<const char*> XmlCharStreamTokenizerBase::token_text() const {
-    return {text_.data(), 0, text_.size()};
+    const std::string_view text = textInPlace_.data() != nullptr ? textInPlace_ : text_;
+    return {text.data(), 0, text.size()};
 }
 
 qncore::ErrorInfoPtr XmlCharStreamTokenizerBase::last_error() const {
@@ -35,44 +43,47 @@ std::uint8_t XmlCharStreamTokenizerBase::attribute_quote() const {
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::next_token() {
+    textInPlace_ = {};
     switch (state_) {
-    case XmlTokenizerState::Start:
+    case State::Start:
         text_.clear();
-        return enter(XmlTokenizerState::Content, XmlTokenType::DocumentStart);
-    case XmlTokenizerState::End:
-        return syntax_failure("Read past end", QN_TOKENIZER_LOCATION("next_token"));
-    case XmlTokenizerState::Failed:
-        return syntax_failure("Cannot continue after error", QN_TOKENIZER_LOCATION("next_token"));
-    case XmlTokenizerState::XmlDecl:
+        return enter(State::Content, XmlTokenType::DocumentStart);
+    case State::End:
+    case State::Failed:
+        return past_end();
+    case State::XmlDecl:
         return parse_xmldecl();
-    case XmlTokenizerState::XmlDeclValue:
-    case XmlTokenizerState::StartTagValue:
+    case State::XmlDeclValue:
+    case State::StartTagValue:
         return parse_attrvalue();
-    case XmlTokenizerState::Doctype:
+    case State::Doctype:
         return parse_doctype();
-    case XmlTokenizerState::Comment:
+    case State::Comment:
         return parse_comment();
-    case XmlTokenizerState::CommentClose:
-        return enter(XmlTokenizerState::Content, XmlTokenType::CommentEnd);
-    case XmlTokenizerState::Pi:
+    case State::CommentClose:
+        return enter(State::Content, XmlTokenType::CommentEnd);
+    case State::Pi:
         return parse_pi();
-    case XmlTokenizerState::PiClose:
-        return enter(XmlTokenizerState::Content, XmlTokenType::PIEnd);
-    case XmlTokenizerState::Cdata:
+    case State::PiClose:
+        return enter(State::Content, XmlTokenType::PIEnd);
+    case State::Cdata:
         return parse_cdata();
-    case XmlTokenizerState::CdataClose:
-        return enter(XmlTokenizerState::Content, XmlTokenType::CDATAEnd);
-    case XmlTokenizerState::StartTag:
+    case State::CdataClose:
+        return enter(State::Content, XmlTokenType::CDATAEnd);
+    case State::StartTag:
         return parse_starttag();
-    case XmlTokenizerState::Content:
+    case State::Content:
         return parse_content();
     }
-    return syntax_failure("Invalid parser state", QN_TOKENIZER_LOCATION("next_token"));
+    return past_end();
 }
 
-XmlTokenType XmlCharStreamTokenizerBase::enter(XmlTokenizerState state, XmlTokenType token) {
-    state_ = state;
-    return token;
+/// The failures of next_token() itself.
+XmlTokenType XmlCharStreamTokenizerBase::past_end() {
+    return syntax_failure(state_ == State::End      ? "Read past end"
+                          : state_ == State::Failed ? "Cannot continue after error"
+                                                    : "Invalid parser state",
+                          QN_TOKENIZER_LOCATION("next_token"));
 }
 
 bool XmlCharStreamTokenizerBase::next_char_uncond() {
@@ -80,42 +91,56 @@ bool XmlCharStreamTokenizerBase::next_char_uncond() {
     pendingLength_ = static_cast<std::size_t>(std::max(length, 0));
     if (length < 0) {
         if (!error_) {
-            stream_failure("Error reading from stream", QN_TOKENIZER_LOCATION("next_char_uncond"),
+            stream_failure("Error reading from stream",
+                           QN_LOCATION("qnxml::XmlCharStreamTokenizerBase::next_char_uncond()"),
                            {});
         }
-        state_ = XmlTokenizerState::Failed;
+        state_ = State::Failed;
     }
     return length > 0;
 }
 
-/// With nothing pending, moves the bytes of `plain` that lie ready to the text, as far as one
-/// character after the other would go. True when the text is a whole chunk now.
-bool XmlCharStreamTokenizerBase::take_run(const ByteSet& plain) {
-    if (pendingLength_ != 0) {
-        return false;
-    }
-    const std::size_t room = chunkLimit + 1 - text_.size();
-    take_ready(plain, cursor_ + std::min(room, static_cast<std::size_t>(dataEnd_ - cursor_)));
-    return text_.size() > chunkLimit;
-}
-
 /// Whether the pending character may be the next one of the name in the text.
 bool XmlCharStreamTokenizerBase::pending_in_name() const {
-    const bool first = text_.empty();
-    if (pendingLength_ == 1) {
-        return (first ? name_start_bytes : name_bytes).contains(pending_[0]);
+    unsigned int code_point = static_cast<unsigned char>(pending_[0]);
+    if (pendingLength_ != 1) {
+        code_point = 0;
+        qncore::utf8_to_ucs4_char(pending_.data(), pendingLength_, &code_point);
     }
-    unsigned int code_point = 0;
-    qncore::utf8_to_ucs4_char(pending_.data(), pendingLength_, &code_point);
-    return (char_class(code_point) & (first ? name_start_classes : name_classes)) != 0;
+    return (char_class(code_point) & (text_.empty() ? name_start_classes : name_classes)) != 0;
 }
 
-/// Appends a name to the text, up to one of the terminators, which stays pending.
-bool XmlCharStreamTokenizerBase::read_name(const ByteSet& terminators, const char* message) {
+/// Takes a name that is ready as a whole, with its terminator, which is pending then. Otherwise
+/// takes nothing and returns false.
+bool XmlCharStreamTokenizerBase::take_name(const ByteSet& terminators) {
+    if (pendingLength_ != 0 && !pendingIsReady_) {
+        return false;
+    }
+    const char* const begin = cursor_ - pendingLength_;
+    if (begin == dataEnd_ || !name_start_bytes.contains(*begin)) {
+        return false;
+    }
+    const char* const end = impl::end_of_run<name_bytes>(begin, dataEnd_);
+    if (end == dataEnd_ || !plainBytes.contains(*end) || !terminators.contains(*end)) {
+        return false;
+    }
+    textInPlace_ = {begin, static_cast<std::size_t>(end - begin)};
+    cursor_ = end;
+    return fetch_next();
+}
+
+/// Copies the token's text if it is among the ready bytes, so that it outlasts them.
+void XmlCharStreamTokenizerBase::copy_text_in_place() {
+    if (textInPlace_.data() != nullptr) {
+        text_ = textInPlace_;
+        textInPlace_ = {};
+    }
+}
+
+/// Appends a name to the empty text, up to one of the terminators, which stays pending.
+bool XmlCharStreamTokenizerBase::read_name_by_characters(const ByteSet& terminators,
+                                                         const char* message) {
     for (;;) {
-        if (pendingLength_ == 0 && !text_.empty()) {
-            take_ready(name_bytes, dataEnd_);
-        }
         if (!fetch()) {
             no_char("End of XML data in markup name", QN_TOKENIZER_LOCATION("read_name"));
             return false;
@@ -132,18 +157,18 @@ bool XmlCharStreamTokenizerBase::read_name(const ByteSet& terminators, const cha
     return false;
 }
 
-/// Passes over blanks, tabs and newlines and gives their number; -1 after a failure of the source.
-std::int64_t XmlCharStreamTokenizerBase::skip_whitespace() {
-    std::int64_t count = 0;
-    while (fetch() && (pending_is(' ') || pending_is('\t') || pending_is('\n'))) {
+/// Skips blanks, tabs and newlines. True if there were any.
+bool XmlCharStreamTokenizerBase::skip_whitespace() {
+    bool any = false;
+    while (fetch() && pendingLength_ == 1 && white_space.contains(pending_[0])) {
         drop();
-        ++count;
+        any = true;
     }
-    return state_ == XmlTokenizerState::Failed ? -1 : count;
+    return any;
 }
 
 /// Reads until the bytes of the literal have come in their order. Required: what stands between
-/// them is lost, and only the end of the data (or a failure of the source) gives false.
+/// them is lost, and only the end of the data or a failure of the source returns false.
 bool XmlCharStreamTokenizerBase::expect_literal(const char* literal) {
     while (*literal != '\0') {
         if (!fetch()) {
@@ -160,17 +185,16 @@ bool XmlCharStreamTokenizerBase::expect_literal(const char* literal) {
 
 /// The failure of a fetch: that of the source, already stored, or else the message for the end.
 XmlTokenType XmlCharStreamTokenizerBase::no_char(const char* message,
-                                                 const qncore::SourceLocation& location) {
-    if (state_ == XmlTokenizerState::Failed) {
-        return XmlTokenType::Error;
-    }
-    return syntax_failure(message, location);
+                                                 const impl::TokenizerPlace& place) {
+    return state_ == State::Failed ? XmlTokenType::Error : syntax_failure(message, place);
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::syntax_failure(const char* message,
-                                                        const qncore::SourceLocation& location) {
+                                                        const impl::TokenizerPlace& place) {
     text_.clear();
-    return fail(error::qnxml_tokenizer_syntaxError, message, location, {});
+    textInPlace_ = {};
+    return fail(error::qnxml_tokenizer_syntaxError, message,
+                {place.function, place.file, place.line}, {});
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::stream_failure(const char* message,
@@ -186,7 +210,7 @@ XmlTokenType XmlCharStreamTokenizerBase::fail(const qncore::ErrorCode& code, con
     const std::string text = location_message(this->location(), message, &params);
     error_ = qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), params, location,
                                        std::move(nested));
-    return enter(XmlTokenizerState::Failed, XmlTokenType::Error);
+    return enter(State::Failed, XmlTokenType::Error);
 }
 
 } // namespace qnxml

@@ -9,29 +9,16 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr ByteSet content_bytes = ByteSet::plain_but("&<");
+constexpr ByteSet content_ends = ByteSet::of("&<");
 
-// What may follow a name. Required: a zero byte ends a name as any of the others does.
-constexpr ByteSet behind_target = ByteSet::of("\n\t ?\0"sv);
-constexpr ByteSet behind_end_tag_name = ByteSet::of("\n\t >\0"sv);
-constexpr ByteSet behind_start_tag_name = ByteSet::of("\n\t />\0"sv);
-constexpr ByteSet behind_entity_name = ByteSet::of(";\0"sv);
+// Terminators of a name. A NUL byte also terminates it (required).
+constexpr ByteSet after_target = ByteSet::of("\n\t ?\0"sv);
+constexpr ByteSet after_end_tag_name = ByteSet::of("\n\t >\0"sv);
+constexpr ByteSet after_start_tag_name = ByteSet::of("\n\t />\0"sv);
+constexpr ByteSet after_entity_name = ByteSet::of(";\0"sv);
 
 constexpr std::size_t most_hex_digits = 8;
 constexpr std::size_t most_decimal_digits = 10;
-
-/// What follows "<!".
-struct Declaration {
-    char first;
-    const char* literal;
-    XmlTokenizerState state;
-    XmlTokenType token;
-};
-
-constexpr std::array<Declaration, 3> declarations{{
-    {'-', "--", XmlTokenizerState::Comment, XmlTokenType::CommentStart},
-    {'[', "[CDATA[", XmlTokenizerState::Cdata, XmlTokenType::CDATAStart},
-    {'D', "DOCTYPE", XmlTokenizerState::Doctype, XmlTokenType::DoctypeStart},
-}};
 
 bool is_decimal(char byte) noexcept {
     return byte >= '0' && byte <= '9';
@@ -43,17 +30,31 @@ bool is_hex_letter(char byte) noexcept {
 
 } // namespace
 
+constexpr std::array<XmlCharStreamTokenizerBase::Declaration, 3>
+    XmlCharStreamTokenizerBase::declarations{{
+        {'-', "--", State::Comment, XmlTokenType::CommentStart},
+        {'[', "[CDATA[", State::Cdata, XmlTokenType::CDATAStart},
+        {'D', "DOCTYPE", State::Doctype, XmlTokenType::DoctypeStart},
+    }};
+
 XmlTokenType XmlCharStreamTokenizerBase::parse_content() {
     text_.clear();
+    if (take_text<content_bytes, content_ends>()) {
+        return XmlTokenType::CharData;
+    }
+    if (text_.empty() && accept_ready('<')) {
+        return parse_markup();
+    }
+    return parse_content_by_characters();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_content_by_characters() {
     for (;;) {
-        if (take_run(content_bytes)) {
-            return XmlTokenType::CharData;
-        }
         if (!fetch()) {
-            if (state_ == XmlTokenizerState::Failed) {
+            if (state_ == State::Failed) {
                 return XmlTokenType::Error;
             }
-            return text_.empty() ? enter(XmlTokenizerState::End, XmlTokenType::DocumentEnd)
+            return text_.empty() ? enter(State::End, XmlTokenType::DocumentEnd)
                                  : XmlTokenType::CharData;
         }
         if (pending_is('&')) {
@@ -62,15 +63,19 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_content() {
         if (pending_is('<')) {
             return text_.empty() ? parse_markup() : XmlTokenType::CharData;
         }
-        if (append_pending()) {
+        if (append_pending() || take_text<content_bytes, content_ends>()) {
             return XmlTokenType::CharData;
         }
     }
 }
 
-/// Goes on behind a pending "<".
+/// Goes on after "<", which has been consumed or is pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
-    if (!fetch_next()) {
+    drop();
+    if (take_name(after_start_tag_name)) {
+        return enter(State::StartTag, XmlTokenType::StartTagStart);
+    }
+    if (!fetch()) {
         return no_char("End of data in markup", QN_TOKENIZER_LOCATION("parse_content"));
     }
     if (pending_is('/')) {
@@ -82,10 +87,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
     if (pending_is('?')) {
         return parse_pi_target();
     }
-    if (!read_name(behind_start_tag_name, "Expecting start tag name")) {
+    if (!read_name(after_start_tag_name, "Expecting start tag name")) {
         return XmlTokenType::Error;
     }
-    return enter(XmlTokenizerState::StartTag, XmlTokenType::StartTagStart);
+    return enter(State::StartTag, XmlTokenType::StartTagStart);
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_declaration() {
@@ -106,27 +111,30 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_declaration() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_pi_target() {
     drop();
-    if (!read_name(behind_target, "Expecting processing instruction target name")) {
+    if (!read_name(after_target, "Expecting processing instruction target name")) {
         return XmlTokenType::Error;
     }
-    return text_ == "xml" ? enter(XmlTokenizerState::XmlDecl, XmlTokenType::XmldeclStart)
-                          : enter(XmlTokenizerState::Pi, XmlTokenType::PIStart);
+    return token_text().view() == "xml" ? enter(State::XmlDecl, XmlTokenType::XmldeclStart)
+                                        : enter(State::Pi, XmlTokenType::PIStart);
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {
     drop();
-    if (!read_name(behind_end_tag_name, "Expecting end tag name") || skip_whitespace() < 0) {
+    if (!read_name(after_end_tag_name, "Expecting end tag name")) {
         return XmlTokenType::Error;
     }
     if (!pending_is('>')) {
-        return syntax_failure("Invalid character in end tag",
-                              QN_TOKENIZER_LOCATION("parse_content"));
+        copy_text_in_place();
+        skip_whitespace();
+        if (state_ == State::Failed || !fetch() || !pending_is('>')) {
+            return no_char("Invalid character in end tag", QN_TOKENIZER_LOCATION("parse_content"));
+        }
     }
     drop();
     return XmlTokenType::EndTag;
 }
 
-/// Goes on behind a pending "&", in content and in attribute values alike. Required: any single
+/// Goes on after a pending "&", in content and in attribute values alike. Required: any single
 /// byte closes a numeric reference.
 XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
     constexpr const char* end_of_data = "End of data in entity or character reference";
@@ -142,7 +150,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
         if (!parse_char_reference()) {
             return XmlTokenType::Error;
         }
-    } else if (!read_name(behind_entity_name, "Expecting entity reference name")) {
+    } else if (!read_name(after_entity_name, "Expecting entity reference name")) {
         return XmlTokenType::Error;
     }
     fetch();
@@ -166,7 +174,7 @@ bool XmlCharStreamTokenizerBase::parse_char_reference() {
     }
     const std::size_t digits = text_.size() - (hex ? 1 : 0);
     if (digits >= 1 && digits <= (hex ? most_hex_digits : most_decimal_digits)) {
-        return state_ != XmlTokenizerState::Failed;
+        return state_ != State::Failed;
     }
     no_char(hex ? "Invalid hex character reference" : "Invalid decimal character reference",
             QN_TOKENIZER_LOCATION("parse_reference"));

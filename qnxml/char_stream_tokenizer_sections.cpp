@@ -1,4 +1,4 @@
-// What encloses raw text: the DOCTYPE declaration, comments, processing instructions and CDATA.
+// Sections of raw text: the DOCTYPE declaration, comments, processing instructions and CDATA.
 #include "qnxml/char_stream_tokenizer.h"
 #include "qnxml/tokenizer_location.h"
 
@@ -13,21 +13,18 @@ constexpr ByteSet cdata_bytes = ByteSet::plain_but("]");
 
 } // namespace
 
-/// Consumes the last byte of a section's end: the end token itself when no text is held, else the
-/// text first.
-XmlTokenType XmlCharStreamTokenizerBase::close_section(XmlTokenizerState closing,
-                                                       XmlTokenType end) {
+/// Consumes the last byte of a section's end and returns its text, or its end if there is no text.
+XmlTokenType XmlCharStreamTokenizerBase::close_section(State closing, XmlTokenType end) {
     drop();
-    return text_.empty() ? enter(XmlTokenizerState::Content, end)
-                         : enter(closing, XmlTokenType::CharData);
+    return text_.empty() ? enter(State::Content, end) : enter(closing, XmlTokenType::CharData);
 }
 
-/// Passes the declaration on as text. Required: only the balance of angle brackets counts, in
-/// quotes, too.
+/// Delivers the declaration as text. Required: only the balance of angle brackets counts, even in
+/// quotes.
 XmlTokenType XmlCharStreamTokenizerBase::parse_doctype() {
     text_.clear();
     for (;;) {
-        if (take_run(doctype_bytes)) {
+        if (take_text<doctype_bytes, noBytes>()) {
             return XmlTokenType::CharData;
         }
         if (!fetch()) {
@@ -49,15 +46,15 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_doctype() {
         return XmlTokenType::CharData;
     }
     drop();
-    return enter(XmlTokenizerState::Content, XmlTokenType::DoctypeEnd);
+    return enter(State::Content, XmlTokenType::DoctypeEnd);
 }
 
-/// Required: the character behind a lone "-" is taken unexamined.
+/// Required: the character after a lone "-" is taken unexamined.
 XmlTokenType XmlCharStreamTokenizerBase::parse_comment() {
     constexpr const char* end_of_data = "End of data in comment";
     text_.clear();
     for (;;) {
-        if (take_run(comment_bytes)) {
+        if (take_text<comment_bytes, noBytes>()) {
             return XmlTokenType::CharData;
         }
         if (!fetch()) {
@@ -83,16 +80,16 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_comment() {
         return syntax_failure("Sequence '--' is invalid in comment",
                               QN_TOKENIZER_LOCATION("parse_comment"));
     }
-    return close_section(XmlTokenizerState::CommentClose, XmlTokenType::CommentEnd);
+    return close_section(State::CommentClose, XmlTokenType::CommentEnd);
 }
 
-/// Required: a "?" that does not close the instruction is lost, and the character behind it is
-/// taken unexamined, so that "??>" closes nothing.
+/// Required: a "?" that does not close the instruction is lost, and the character after it is taken
+/// unexamined, so that "??>" closes nothing.
 XmlTokenType XmlCharStreamTokenizerBase::parse_pi() {
     constexpr const char* end_of_data = "End of data in processing instruction";
     text_.clear();
     for (;;) {
-        if (take_run(pi_bytes)) {
+        if (take_text<pi_bytes, noBytes>()) {
             return XmlTokenType::CharData;
         }
         if (!fetch()) {
@@ -103,7 +100,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_pi() {
                 return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_pi"));
             }
             if (pending_is('>')) {
-                return close_section(XmlTokenizerState::PiClose, XmlTokenType::PIEnd);
+                return close_section(State::PiClose, XmlTokenType::PIEnd);
             }
         }
         if (append_pending()) {
@@ -116,7 +113,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_cdata() {
     constexpr const char* end_of_data = "End of data in CDATA";
     text_.clear();
     for (;;) {
-        if (take_run(cdata_bytes)) {
+        if (take_text<cdata_bytes, noBytes>()) {
             return XmlTokenType::CharData;
         }
         if (!fetch()) {
@@ -126,13 +123,14 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_cdata() {
             if (!fetch_next()) {
                 return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_cdata"));
             }
-            // Of a row of brackets the last two may belong to the end.
+            // Only the last two brackets of a row may belong to the end. The row is one step, and
+            // one chunk, however long it is.
             while (pending_is(']')) {
                 if (!fetch_next()) {
                     return no_char(end_of_data, QN_TOKENIZER_LOCATION("parse_cdata"));
                 }
                 if (pending_is('>')) {
-                    return close_section(XmlTokenizerState::CdataClose, XmlTokenType::CDATAEnd);
+                    return close_section(State::CdataClose, XmlTokenType::CDATAEnd);
                 }
                 text_.push_back(']');
             }

@@ -7,29 +7,35 @@ namespace qnxml {
 namespace {
 
 constexpr ByteSet double_quoted_bytes = ByteSet::plain_but("&<\"");
+constexpr ByteSet double_quoted_ends = ByteSet::of("&\"");
 constexpr ByteSet single_quoted_bytes = ByteSet::plain_but("&<'");
+constexpr ByteSet single_quoted_ends = ByteSet::of("&'");
 
-// Required: a zero byte ends a name, too.
-constexpr ByteSet behind_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
+// Required: a NUL byte also terminates a name.
+constexpr ByteSet after_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
 
 constexpr const char* expecting_whitespace = "Expecting whitespace before attribute name";
+
+constexpr bool is_quote(char byte) noexcept {
+    return byte == '"' || byte == '\'';
+}
 
 } // namespace
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
     text_.clear();
-    const std::int64_t blanks = skip_whitespace();
+    const bool blanks = skip_whitespace();
     if (pendingLength_ == 0) {
         return no_char("End of data in XML declaration", QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
     if (pending_is('?')) {
         if (expect_literal("?>")) {
-            return enter(XmlTokenizerState::Content, XmlTokenType::XmldeclEnd);
+            return enter(State::Content, XmlTokenType::XmldeclEnd);
         }
         return no_char("Invalid XML declaration, expecting '?>'",
                        QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
-    if (blanks == 0) {
+    if (!blanks) {
         return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
     return parse_attrname();
@@ -37,69 +43,100 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
     text_.clear();
-    const std::int64_t blanks = skip_whitespace();
+    if (accept_ready('>')) {
+        return enter(State::Content, XmlTokenType::StartTagEnd);
+    }
+    bool blanks = accept_ready(' ');
+    if (blanks && take_name(after_attribute_name)) {
+        return parse_after_attrname();
+    }
+    blanks |= skip_whitespace();
     if (pendingLength_ == 0) {
         return no_char("End of data in start tag declaration",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
     }
     if (pending_is('>')) {
         drop();
-        return enter(XmlTokenizerState::Content, XmlTokenType::StartTagEnd);
+        return enter(State::Content, XmlTokenType::StartTagEnd);
     }
     if (pending_is('/')) {
         if (expect_literal("/>")) {
-            return enter(XmlTokenizerState::Content, XmlTokenType::StartTagEndEmpty);
+            return enter(State::Content, XmlTokenType::StartTagEndEmpty);
         }
         return no_char("Invalid empty tag; expecting '/>'",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
     }
-    if (blanks == 0) {
+    if (!blanks) {
         return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_starttag"));
     }
     return parse_attrname();
 }
 
+/// Reads from the end of an attribute's name up to the quote, which stays pending.
+bool XmlCharStreamTokenizerBase::read_equals_sign() {
+    const char* expecting = "Expecting '='";
+    copy_text_in_place();
+    skip_whitespace();
+    if (pending_is('=')) {
+        drop();
+        skip_whitespace();
+        if (pendingLength_ == 1 && is_quote(pending_[0])) {
+            return true;
+        }
+        expecting = "Expecting '\"' or ''' to start attribute value";
+    }
+    if (pendingLength_ == 0) {
+        no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
+    } else {
+        syntax_failure(expecting, QN_TOKENIZER_LOCATION("parse_attrname"));
+    }
+    return false;
+}
+
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     text_.clear();
-    if (!read_name(behind_attribute_name, "Expecting attribute name")) {
+    if (!read_name(after_attribute_name, "Expecting attribute name")) {
         return XmlTokenType::Error;
     }
-    skip_whitespace();
-    if (pendingLength_ == 0) {
-        return no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    if (!pending_is('=')) {
-        return syntax_failure("Expecting '='", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    drop();
-    skip_whitespace();
-    if (pendingLength_ == 0) {
-        return no_char("End of data in attribute", QN_TOKENIZER_LOCATION("parse_attrname"));
-    }
-    if (!pending_is('"') && !pending_is('\'')) {
-        return syntax_failure("Expecting '\"' or ''' to start attribute value",
-                              QN_TOKENIZER_LOCATION("parse_attrname"));
+    return parse_after_attrname();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_after_attrname() {
+    if (pending_is('=') && is_ready() && is_quote(*cursor_)) {
+        fetch_next();
+    } else if (!read_equals_sign()) {
+        return XmlTokenType::Error;
     }
     quote_ = static_cast<std::uint8_t>(pending_[0]);
     drop();
     switch (state_) {
-    case XmlTokenizerState::XmlDecl:
-        return enter(XmlTokenizerState::XmlDeclValue, XmlTokenType::AttributeStart);
-    case XmlTokenizerState::StartTag:
-        return enter(XmlTokenizerState::StartTagValue, XmlTokenType::AttributeStart);
+    case State::XmlDecl:
+        return enter(State::XmlDeclValue, XmlTokenType::AttributeStart);
+    case State::StartTag:
+        return enter(State::StartTagValue, XmlTokenType::AttributeStart);
     default:
         return syntax_failure("Invalid parse state", QN_TOKENIZER_LOCATION("parse_attrname"));
     }
 }
 
+bool XmlCharStreamTokenizerBase::take_attrvalue() {
+    return quote_ == '"' ? take_text<double_quoted_bytes, double_quoted_ends>()
+                         : take_text<single_quoted_bytes, single_quoted_ends>();
+}
+
 XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
-    const char quote = static_cast<char>(quote_);
-    const ByteSet& plain = quote == '"' ? double_quoted_bytes : single_quoted_bytes;
     text_.clear();
+    if (take_attrvalue()) {
+        return XmlTokenType::CharData;
+    }
+    if (text_.empty() && accept_ready(static_cast<char>(quote_))) {
+        return end_attrvalue();
+    }
+    return parse_attrvalue_by_characters();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue_by_characters() {
     for (;;) {
-        if (take_run(plain)) {
-            return XmlTokenType::CharData;
-        }
         if (!fetch()) {
             return no_char("End of data in attribute value",
                            QN_TOKENIZER_LOCATION("parse_attrvalue"));
@@ -111,10 +148,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
             return syntax_failure("Invalid character ('<') in attribute value",
                                   QN_TOKENIZER_LOCATION("parse_attrvalue"));
         }
-        if (pending_is(quote)) {
+        if (pending_is(static_cast<char>(quote_))) {
             break;
         }
-        if (append_pending()) {
+        if (append_pending() || take_attrvalue()) {
             return XmlTokenType::CharData;
         }
     }
@@ -122,11 +159,15 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue() {
         return XmlTokenType::CharData;
     }
     drop();
+    return end_attrvalue();
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::end_attrvalue() {
     switch (state_) {
-    case XmlTokenizerState::XmlDeclValue:
-        return enter(XmlTokenizerState::XmlDecl, XmlTokenType::AttributeEnd);
-    case XmlTokenizerState::StartTagValue:
-        return enter(XmlTokenizerState::StartTag, XmlTokenType::AttributeEnd);
+    case State::XmlDeclValue:
+        return enter(State::XmlDecl, XmlTokenType::AttributeEnd);
+    case State::StartTagValue:
+        return enter(State::StartTag, XmlTokenType::AttributeEnd);
     default:
         return syntax_failure("Invalid parse state", QN_TOKENIZER_LOCATION("parse_attrvalue"));
     }

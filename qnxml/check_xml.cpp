@@ -28,12 +28,12 @@ constexpr std::string_view ucs4_names[] = {"utf32", "utf32le", "ucs4", "ucs4le",
 constexpr std::string_view ucs4be_names[] = {"utf32be", "ucs4be"};
 
 struct Encoding {
-    const char* name;     ///< as given out
-    std::size_t unit;     ///< bytes of a code unit
-    std::size_t low_byte; ///< which of them is the low one
+    const char* name;    ///< as given out
+    std::size_t unit;    ///< bytes of a code unit
+    std::size_t lowByte; ///< which of them is the low one
     std::string_view mark;
-    std::size_t sniffed_units; ///< that tell it without a mark; 0 where none do
-    std::span<const std::string_view> declared_names;
+    std::size_t sniffedUnits; ///< by which it is recognised without a mark; 0 if it is not
+    std::span<const std::string_view> declaredNames;
 };
 
 /// In the order in which marks are tried. Required: the marks of UCS-4 have this order of bytes,
@@ -46,10 +46,10 @@ constexpr Encoding encodings[] = {
     {"UTF-16BE", 2, 1, "\xFE\xFF"sv, 2, utf16be_names},
 };
 
-/// What a block is read as when nothing is recognised; its declaration may then name any encoding.
+/// What a block is read as if nothing is recognised. Its declaration may then name any encoding.
 constexpr Encoding unrecognised = {"UTF-8", 1, 0, {}, 0, {}};
 
-/// The first encoding for which the test holds; `unrecognised` when there is none.
+/// The first encoding for which the test holds; `unrecognised` if there is none.
 template <class Test>
 const Encoding& find_encoding(const Test& test) noexcept {
     const auto* const found = std::find_if(std::begin(encodings), std::end(encodings), test);
@@ -60,20 +60,20 @@ const Encoding& detect_mark(std::string_view block) noexcept {
     return find_encoding([&](const Encoding& entry) { return block.starts_with(entry.mark); });
 }
 
-/// Tells a wide encoding by a run of units in which the low byte alone is not zero. No block
+/// Recognises a wide encoding by a run of units in which only the low byte is not zero. No block
 /// starts with the runs of two encodings.
 const Encoding& sniff_encoding(std::string_view block) noexcept {
     return find_encoding([&](const Encoding& entry) {
-        const std::size_t length = entry.sniffed_units * entry.unit;
-        bool matches = length > 0 && block.size() >= length;
+        const std::size_t length = entry.sniffedUnits * entry.unit; // at most 16 of at least 28
+        bool matches = length > 0;
         for (std::size_t i = 0; matches && i < length; ++i) {
-            matches = (block[i] != '\0') == (i % entry.unit == entry.low_byte);
+            matches = (block[i] != '\0') == (i % entry.unit == entry.lowByte);
         }
         return matches;
     });
 }
 
-/// A text as the low bytes of its code units, which is all that is looked at.
+/// A text as the low bytes of its code units; the other bytes are ignored.
 class Units {
   public:
     /// `bytes` begins with a low byte.
@@ -98,7 +98,7 @@ class Units {
         return true;
     }
 
-    /// From the first place of `text` on; at the end when there is none.
+    /// From the first occurrence of `text` on; at the end if there is none.
     Units find(std::string_view text) const noexcept {
         Units rest = *this;
         while (!rest.at_end() && !rest.starts_with(text)) {
@@ -138,8 +138,8 @@ class Units {
     std::size_t unit_;
 };
 
-/// What stands in quotes behind the first "encoding" and a "=". Required: the word counts wherever
-/// it stands, inside another value too.
+/// The quoted text after the first "encoding" and a "=". Required: the word counts wherever it is,
+/// even inside another value.
 std::optional<std::string> find_declared_encoding(const Units& declaration) {
     constexpr std::string_view keyword = "encoding";
     Units rest = declaration.find(keyword);
@@ -163,7 +163,7 @@ std::optional<std::string> find_declared_encoding(const Units& declaration) {
 }
 
 bool may_declare(const Encoding& encoding, const std::string& name) noexcept {
-    const auto& names = encoding.declared_names;
+    const auto& names = encoding.declaredNames;
     return std::any_of(names.begin(), names.end(), [&](std::string_view allowed) {
         return encoding_names_equal(name.data(), name.size(), allowed.data(), allowed.size());
     });
@@ -205,7 +205,7 @@ bool check_xml(const void* data, std::uint64_t size, bool* hasDeclaration, std::
     }
     const Encoding& apparent = &marked != &unrecognised ? marked : sniffed;
     set(encoding, apparent.name);
-    block.remove_prefix(apparent.low_byte);
+    block.remove_prefix(apparent.lowByte);
     Units units(block, apparent.unit);
     if (units.front() != '<') {
         return false;

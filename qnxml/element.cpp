@@ -1,10 +1,21 @@
-#include "qnxml/element.h"
+#include "qnxml/element_pool.h"
 
 #include <utility>
 
 namespace qnxml {
 
 namespace {
+
+constexpr std::size_t first_room = 8;
+constexpr std::size_t most_kept_attributes = 32;
+constexpr std::size_t most_kept_bytes = 256;
+
+/// Frees a text whose memory is too much to be kept for the next use.
+void free_if_large(std::string& text) noexcept {
+    if (text.capacity() > most_kept_bytes) {
+        text = std::string();
+    }
+}
 
 /// The first answer other than null of the element and those around it.
 template <class Question>
@@ -24,9 +35,12 @@ const XmlAttribute* null_at_end(const XmlAttribute* found,
 
 } // namespace
 
+XmlElement::XmlElement() = default;
+XmlElement::~XmlElement() = default;
+
 void XmlElement::destroy() const noexcept {
-    // One after the other, not one inside the other: the chain may be of any length.
-    auto* element = const_cast<XmlElement*>(this); // every element is made as a variable
+    // One after the other, without recursion: the chain may be of any length.
+    auto* element = const_cast<XmlElement*>(this); // no element is created const
     while (element != nullptr) {
         XmlElement* const parent = element->parent_.detach();
         qncore::RefCountPtr<impl::ElementPool> pool;
@@ -37,13 +51,31 @@ void XmlElement::destroy() const noexcept {
 }
 
 void XmlElement::clear() noexcept {
-    attributes_.clear();
-    localNameOffset_ = 0;
+    for (std::size_t i = 0; i < attributeCount_; ++i) {
+        free_if_large(attributes_[i].name_);
+        free_if_large(attributes_[i].value_);
+    }
+    attributeCount_ = 0;
+    if (attributes_.size() > most_kept_attributes) {
+        attributes_ = {};
+        distinctNames_ = 0;
+    }
+    bindsPrefixes_ = false;
     namespace_ = nullptr;
     defaultNamespace_ = nullptr;
-    binder_ = nullptr;
     space_ = XmlSpace::not_set;
-    let_go_if_large(name_);
+    if (kind_ == XmlElementKind::pi) {
+        name_.clear(); // a target has no local part for set_name() to keep
+    }
+    free_if_large(name_);
+}
+
+XmlAttribute& XmlElement::next_attribute() {
+    if (attributeCount_ == attributes_.size()) {
+        attributes_.reserve(first_room);
+        attributes_.emplace_back();
+    }
+    return attributes_[attributeCount_];
 }
 
 const XmlAttribute* XmlElement::find_attribute(std::string_view qualifiedName) const noexcept {
@@ -78,24 +110,10 @@ XmlElement::find_xml_attribute_inherited(std::string_view localName) const noexc
     return find_attribute_inherited(xml_namespace(), localName);
 }
 
-const std::string* XmlElement::find_namespace_prefix(std::string_view prefix) const noexcept {
-    for (const XmlElement* element = binder_; element != nullptr;
-         element = element->parent_ ? element->parent_->binder_ : nullptr) {
-        for (const XmlAttribute& attribute : element->attributes()) {
-            if (attribute.namespace_name() == &xmlns_namespace() &&
-                attribute.local_name() == prefix) {
-                // An empty value takes a binding away.
-                return attribute.value().empty() ? nullptr : &attribute.value();
-            }
-        }
-    }
-    return nullptr;
-}
-
 namespace impl {
 
 qncore::RefCountPtr<XmlElement> ElementPool::take(XmlElementKind kind,
-                                                  qncore::RefCountPtr<XmlElement> parent) {
+                                                  const qncore::RefCountPtr<XmlElement>& parent) {
     XmlElement* element = free_;
     if (element != nullptr) {
         free_ = element->nextFree_;
@@ -105,7 +123,7 @@ qncore::RefCountPtr<XmlElement> ElementPool::take(XmlElementKind kind,
     }
     element->pool_ = qncore::RefCountPtr<ElementPool>(this);
     element->kind_ = kind;
-    element->parent_ = std::move(parent);
+    element->parent_ = parent;
     return qncore::RefCountPtr<XmlElement>(element);
 }
 

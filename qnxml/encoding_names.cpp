@@ -55,8 +55,8 @@ bool encoding_names_equal(const char* first, std::size_t firstSize, const char* 
     while (!left.at_end() || !right.at_end()) {
         const bool same = !left.at_end() && !right.at_end() && left.byte() == right.byte();
         if (!same) {
-            // Required: bytes that are the same do not pass here, so that a digit among them begins
-            // no number, and "utf10" equals "utf1".
+            // Required: equal bytes do not pass here, so a digit among them does not begin a
+            // number, and "utf10" equals "utf1".
             left.skip_ignored();
             right.skip_ignored();
             if (left.at_end() || right.at_end()) {

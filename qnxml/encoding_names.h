@@ -4,8 +4,10 @@
 
 namespace qnxml {
 
-/// Compares two names of encodings loosely: without regard to the case of letters, to anything but
-/// letters and digits, or to the zeros that start a number. "UTF-8" equals "utf_08".
+/// Compares two names of encodings loosely: ignores the case of letters, everything but letters and
+/// digits, and the zeros that start a number. "UTF-8" equals "utf_08". This is no equivalence:
+/// "utf10" equals "utf1", because a zero after a digit that is the same in both names counts as one
+/// that starts a number.
 bool encoding_names_equal(const char* first, std::size_t firstSize, const char* second,
                           std::size_t secondSize) noexcept;
 

@@ -6,11 +6,12 @@
 
 namespace qnxml {
 
-/// Knows entities beyond the five of XML 1.0, section 4.6.
+/// Resolves entities other than the five of XML 1.0, section 4.6.
 class IEntityResolver {
   public:
-    /// True when it knows the name; then `result`, unless it is null, becomes the finished text,
-    /// which is not parsed.
+    /// True if it knows the name. Then it stores the replacement text, which is not parsed, in
+    /// `result` unless that is null. What it throws passes through the reader, which can go on
+    /// after it but has lost the reference.
     virtual bool resolve(qncore::StringSlice<const char*> name, std::string* result) = 0;
 
   protected:

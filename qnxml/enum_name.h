@@ -5,9 +5,12 @@
 #include <ostream>
 #include <string_view>
 
+#include "qncore/string_conversion.h"
+
 namespace qnxml::impl {
 
-/// Writes the name that stands at the enumeration's value, or "##UNKNOWN(value)##" behind the last.
+/// Writes the name at the index of the value, or "##UNKNOWN(value)##" if there is none; in decimal,
+/// whatever the flags of the stream are.
 template <class Enumeration, std::size_t size>
 std::ostream& write_enum_name(std::ostream& stream, Enumeration value,
                               const std::array<std::string_view, size>& names) {
@@ -15,7 +18,7 @@ std::ostream& write_enum_name(std::ostream& stream, Enumeration value,
     if (index < size) {
         return stream << names[index];
     }
-    return stream << "##UNKNOWN(" << index << ")##";
+    return stream << "##UNKNOWN(" << qncore::to_string(index) << ")##";
 }
 
 } // namespace qnxml::impl

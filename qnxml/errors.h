@@ -2,17 +2,21 @@
 
 #include "qncore/error_code.h"
 
-// The codes of the XML layer, each with all that lies below it.
+// The codes of the XML layer. Each covers the codes below it.
 namespace qnxml::error {
 
-extern const qncore::ErrorCode qnxml;
-extern const qncore::ErrorCode qnxml_reader;
-extern const qncore::ErrorCode qnxml_reader_unexpected;
-extern const qncore::ErrorCode qnxml_reader_unexpected_element;
-extern const qncore::ErrorCode qnxml_reader_unexpected_size;
-extern const qncore::ErrorCode qnxml_reader_unexpected_token;
-extern const qncore::ErrorCode qnxml_tokenizer;
-extern const qncore::ErrorCode qnxml_tokenizer_stream;
-extern const qncore::ErrorCode qnxml_tokenizer_syntaxError;
+using qncore::ErrorCode;
+
+inline constinit const ErrorCode qnxml{"error.qnxml"};
+inline constinit const ErrorCode qnxml_reader{"error.qnxml.reader"};
+inline constinit const ErrorCode qnxml_reader_unexpected{"error.qnxml.reader.unexpected"};
+inline constinit const ErrorCode qnxml_reader_unexpected_element{
+    "error.qnxml.reader.unexpected.element"};
+inline constinit const ErrorCode qnxml_reader_unexpected_size{"error.qnxml.reader.unexpected.size"};
+inline constinit const ErrorCode qnxml_reader_unexpected_token{
+    "error.qnxml.reader.unexpected.token"};
+inline constinit const ErrorCode qnxml_tokenizer{"error.qnxml.tokenizer"};
+inline constinit const ErrorCode qnxml_tokenizer_stream{"error.qnxml.tokenizer.stream"};
+inline constinit const ErrorCode qnxml_tokenizer_syntaxError{"error.qnxml.tokenizer.syntaxError"};
 
 } // namespace qnxml::error

@@ -5,7 +5,8 @@
 
 #include "qncore/streams.h"
 
-// Texts for a document (XML 1.0, section 2.4). All bytes that need no reference stand as they are.
+// Escaping of texts for a document (XML 1.0, section 2.4). All other bytes are copied unchanged; an
+// apostrophe is not escaped.
 namespace qnxml {
 
 /// For a value in double quotes: `"`, `&` and `<` become references.

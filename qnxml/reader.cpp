@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "qncore/error_exception.h"
+#include "qnxml/element_pool.h"
 #include "qnxml/enum_name.h"
-#include "qnxml/errors.h"
 #include "qnxml/reader_location.h"
 
 namespace qnxml {
@@ -24,6 +24,8 @@ XmlReader::XmlReader(IXmlTokenizer* tokenizer, IEntityResolver* entityResolver)
     , entityResolver_(entityResolver)
     , pool_(qncore::make_ref_counted<impl::ElementPool>())
     , nullElement_(pool_->take(XmlElementKind::null, {})) {}
+
+XmlReader::~XmlReader() = default;
 
 bool XmlReader::read_next() {
     value_.clear();
@@ -51,15 +53,17 @@ bool XmlReader::read_next() {
         case State::PiDone:
         case State::EmptyDone:
         case State::EndTagDone:
-            current_ = current_->parent();
+            leave_element();
             state_ = State::Content;
             break;
         case State::PiBody:
         case State::CommentBody:
-        case State::CdataBody:
-            discard_chardata(find_section(state_)->end);
-            state_ = find_section(state_)->after;
+        case State::CdataBody: {
+            const Section& section = *find_section(state_);
+            discard_chardata(section.end);
+            state_ = section.after;
             break;
+        }
         case State::TextBody:
         case State::WhitespaceBody:
             discard_text();
@@ -81,6 +85,13 @@ const XmlReader::Section* XmlReader::find_section(State state) noexcept {
         std::find_if(sections.begin(), sections.end(),
                      [state](const Section& section) { return section.body == state; });
     return found != sections.end() ? found : nullptr;
+}
+
+void XmlReader::leave_element() {
+    if (current_->bindsPrefixes_) {
+        unbind_prefixes();
+    }
+    current_ = current_->parent();
 }
 
 bool XmlReader::next_element() {
@@ -179,7 +190,12 @@ std::string XmlReader::read_element_text() {
         case XmlNodeType::CDATA:
         case XmlNodeType::Text:
         case XmlNodeType::Whitespace:
-            append_limited(text, value());
+            value();
+            if (text.empty()) {
+                text.swap(value_);
+            } else {
+                append_limited(text, value_);
+            }
             break;
         case XmlNodeType::EndElement:
             if (current_ == element) {
@@ -196,11 +212,10 @@ std::string XmlReader::read_element_text() {
 void XmlReader::throw_unexpected_element(const qncore::SourceLocation& location) {
     const ElementPtr element = current_element();
     const std::string* const name = element->namespace_name();
-    fail(error::qnxml_reader_unexpected_element,
-         "Unexpected element: Name='{@name}', Namespace=<{@namespace}>",
+    fail("Unexpected element: Name='{@name}', Namespace=<{@namespace}>", location,
          {{"name", element->qualified_name()},
-          {"namespace", name != nullptr ? std::string_view(*name) : std::string_view()}},
-         location);
+          {"namespace", name != nullptr ? *name : std::string_view()}},
+         error::qnxml_reader_unexpected_element);
 }
 
 void XmlReader::throw_unexpected_element(std::string_view expectedNamespace,
@@ -208,17 +223,17 @@ void XmlReader::throw_unexpected_element(std::string_view expectedNamespace,
                                          const qncore::SourceLocation& location) {
     const ElementPtr element = current_element();
     const std::string* const name = element->namespace_name();
-    fail(error::qnxml_reader_unexpected_element,
-         "Unexpected element: Name='{@name}', Namespace=<{@namespace}>.  "
+    fail("Unexpected element: Name='{@name}', Namespace=<{@namespace}>.  "
          "ExpectedLocalName='{@expectedLocalName}', ExpectedNamespace=<{@expectedNamespace}>",
+         location,
          {{"name", element->qualified_name()},
-          {"namespace", name != nullptr ? std::string_view(*name) : std::string_view()},
+          {"namespace", name != nullptr ? *name : std::string_view()},
           {"expectedLocalName", expectedLocalName},
           {"expectedNamespace", expectedNamespace}},
-         location);
+         error::qnxml_reader_unexpected_element);
 }
 
-/// Every failure passes here, and there is no way back.
+/// Every failure passes here. There is no way back.
 void XmlReader::fail_with(const qncore::ErrorInfoPtr& error) {
     value_.clear();
     valueState_ = ValueState::Broken;
@@ -227,8 +242,16 @@ void XmlReader::fail_with(const qncore::ErrorInfoPtr& error) {
     qncore::throw_error(error);
 }
 
-void XmlReader::fail(const qncore::ErrorCode& code, std::string_view message, Params params,
-                     const qncore::SourceLocation& location) {
+void XmlReader::fail_with_tokenizers_error() {
+    const qncore::ErrorInfoPtr error = tokenizer_->last_error();
+    if (!error) {
+        fail_unexpected_token(QN_READER_LOCATION("fetch_token"));
+    }
+    fail_with(error);
+}
+
+void XmlReader::fail(std::string_view message, const qncore::SourceLocation& location,
+                     Params params, const qncore::ErrorCode& code) {
     qncore::ErrorParams all;
     const std::string text = location_message(tokenizer_->location(), message, &all);
     for (const Param& param : params) {
@@ -237,49 +260,20 @@ void XmlReader::fail(const qncore::ErrorCode& code, std::string_view message, Pa
     fail_with(qncore::ErrorInfo::create(code, qncore::SourceString::copy_of(text), all, location));
 }
 
-void XmlReader::fail(std::string_view message, const qncore::SourceLocation& location) {
-    fail(error::qnxml_reader, message, {}, location);
-}
-
-void XmlReader::fail(std::string_view message, Params params,
-                     const qncore::SourceLocation& location) {
-    fail(error::qnxml_reader, message, params, location);
-}
-
 void XmlReader::fail_unexpected_token(const qncore::SourceLocation& location) {
     std::ostringstream token;
     token << lastToken_;
-    fail(error::qnxml_reader_unexpected_token, "Unexpected tokenizer token: {@token}",
-         {{"token", token.str()}}, location);
+    fail("Unexpected tokenizer token: {@token}", location, {{"token", token.str()}},
+         error::qnxml_reader_unexpected_token);
 }
 
 void XmlReader::throw_string_size_error() {
-    fail(error::qnxml_reader_unexpected_size,
-         "Node value exceeds {@maxSize}bytes of character data",
-         {{"maxSize", qncore::to_string(sm_maxValueSize)}},
-         QN_READER_LOCATION("throw_string_size_error"));
+    fail("Node value exceeds {@maxSize}bytes of character data",
+         QN_READER_LOCATION("throw_string_size_error"),
+         {{"maxSize", qncore::to_string(sm_maxValueSize)}}, error::qnxml_reader_unexpected_size);
 }
 
-void XmlReader::append_limited(std::string& target, std::string_view piece) {
-    if (target.size() + piece.size() > sm_maxValueSize) {
-        throw_string_size_error();
-    }
-    target.append(piece);
-}
-
-XmlTokenType XmlReader::fetch_token() {
-    if (pushedBack_) {
-        pushedBack_ = false;
-        return lastToken_;
-    }
-    lastToken_ = tokenizer_->next_token();
-    if (lastToken_ == XmlTokenType::Error) {
-        fail_with(tokenizer_->last_error());
-    }
-    return lastToken_;
-}
-
-/// Passes over text up to its end token.
+/// Skips character data up to the end token.
 void XmlReader::discard_chardata(XmlTokenType end) {
     while (fetch_token() != end) {
         if (lastToken_ != XmlTokenType::CharData) {
@@ -288,7 +282,7 @@ void XmlReader::discard_chardata(XmlTokenType end) {
     }
 }
 
-/// Passes over the rest of a text node. A bad reference fails here, too.
+/// Skips the rest of a text node. A bad reference fails here as well.
 void XmlReader::discard_text() {
     while (fetch_token() == XmlTokenType::CharData || eval_reference(nullptr)) {
     }

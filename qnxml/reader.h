@@ -3,14 +3,19 @@
 #include <cstdint>
 #include <initializer_list>
 #include <iosfwd>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "qncore/source_location.h"
 #include "qncore/streams.h"
 #include "qnxml/element.h"
 #include "qnxml/entity_resolver.h"
+#include "qnxml/errors.h"
 #include "qnxml/tokenizer.h"
 
 namespace qnxml {
@@ -29,14 +34,43 @@ enum class XmlNodeType : std::uint32_t {
     EndElement = 10,
 };
 
-/// Writes the node type's name; a value without one as "##UNKNOWN(value)##".
+/// Writes the node type's name; a value without a name as "##UNKNOWN(value)##".
 std::ostream& operator<<(std::ostream& stream, XmlNodeType type);
 
-/// The pull parser: the caller asks for the next node and looks at it. No tree is built, a value
-/// that nobody asks for is not copied. Checks nesting and namespaces, skips DOCTYPE declarations.
+/// The pull parser: the caller asks for the next node and looks at it. No tree is built, and a
+/// value that nobody asks for is not copied.
 ///
-/// Every failure is an ErrorException below error.qnxml, or the tokenizer's record as it is, and
-/// is final: from then on each read throws.
+/// Every failure is an ErrorException with a code below error.qnxml (a failure of the source is
+/// nested in it) and is final: from then on each read throws. What an entity resolver or a
+/// destination stream throws passes through; the token at which it happened is lost.
+///
+/// Documents are UTF-8. The reader refuses these, although they are well-formed (XML 1.0, fifth
+/// edition; Namespaces in XML 1.0):
+/// - a declared version other than "1.0", a declared encoding other than the expected one (2.8);
+/// - names that only the fifth edition allows, and names that begin with a colon (2.3);
+/// - references to entities other than the five of 4.6, unless an IEntityResolver knows them, and
+///   character references of more than 8 hexadecimal or 10 decimal digits (4.1);
+/// - an `xml:space` other than "preserve" and "default" (2.10);
+/// - values of more than `sm_maxValueSize` bytes.
+///
+/// It accepts these, although they are not well-formed:
+/// - characters that are no Char, such as control characters and NUL, also by reference (2.2); only
+///   references to 0, to surrogates and to numbers above 0x10FFFF are refused;
+/// - names that begin with a dot (2.3), and a NUL as the byte that ends a name;
+/// - "]]>" in text (2.4) and targets such as "XML" (2.6);
+/// - in an instruction, a "?" that does not end it: it is lost, and "??>" does not end it (2.6);
+/// - any DOCTYPE, any number of them, before, between and after the root elements (2.8): skipped up
+///   to the angle bracket that closes it, which may be one in quotes; it declares nothing;
+/// - several root elements, or none (2.1);
+/// - in an XML declaration, any other attributes and any order (2.8);
+/// - characters within "/>", "?>" of an XML declaration, and "--", "[CDATA[" and "DOCTYPE" after
+///   "<!": they are lost (2.5, 2.7, 2.8, 3.1);
+/// - a numeric reference closed by any single byte, which is lost, in place of ";" (4.1);
+/// - the end of the data inside a character, which is lost; after it, and after a final CR, what
+///   was read last may come a second time;
+/// - `xmlns:p=""`, which removes a binding; any use of the prefixes `xml` and `xmlns`; names with
+///   several colons, of which the first one counts; two attributes with the same namespace and
+///   local name (Namespaces, 2.1, 3, 4, 6.3).
 class XmlReader {
   public:
     using Node = XmlNode;
@@ -44,57 +78,61 @@ class XmlReader {
     using Element = XmlElement;
     using ElementPtr = qncore::RefCountPtr<Element>;
 
-    /// The most bytes of a value, an attribute's value or an element's text.
+    /// The largest number of bytes of a value, an attribute's value or an element's text.
     static constexpr std::size_t sm_maxValueSize = 0x8000000;
 
-    /// Both outlive the reader; the resolver may be null.
+    /// Both must outlive the reader. The resolver may be null.
     explicit XmlReader(IXmlTokenizer* tokenizer, IEntityResolver* entityResolver = nullptr);
     XmlReader(const XmlReader&) = delete;
     XmlReader& operator=(const XmlReader&) = delete;
-    ~XmlReader() = default;
+    ~XmlReader();
 
-    /// Whether white space between markup is dropped (so at first) or given as nodes.
+    /// Whether white space between markup is dropped, as initially, or reported as nodes.
     void set_skip_whitespace(bool skip) noexcept { skipWhitespace_ = skip; }
-    /// What an XML declaration may name, compared loosely; "UTF-8" at first, empty for anything.
+    /// The encoding that an XML declaration may name, compared by encoding_names_equal(); initially
+    /// "UTF-8". Empty allows any.
     void set_expected_encoding(std::string_view encoding) { expectedEncoding_ = encoding; }
 
-    /// Moves to the next node; false exactly when it arrives at the end.
+    /// Moves to the next node. False exactly when it arrives at the end.
     bool read_next();
 
-    /// Moves to the next element, of any name or of the given one; false at the end. Null and
-    /// empty texts count as in XmlNode::matches().
+    /// Moves to the next element, of any name or of the given one. False at the end. Namespace and
+    /// local name as in XmlNode::matches().
     bool next_element();
     bool next_element_named(std::string_view namespaceName, std::string_view localName);
     bool next_element_named(std::string_view qualifiedName);
 
-    /// Moves to the next child of `parent`, which becomes the current element when it is null.
-    /// False, on the parent's end tag, when there is no more, and when `parent` is not open.
+    /// Moves to the next child of `parent`; a null `parent` becomes the current element first.
+    /// False, on the parent's end tag, when there are no more, and if `parent` is not open.
     bool next_child_element(ElementPtr& parent);
 
-    /// Moves to the end tag of the current element, when that is an open one.
+    /// Moves to the end tag of the current element if that is an open one.
     void skip_current_element();
-    /// Moves to the end tag of `element`, which becomes the current one when it is null. True there
-    /// and for an element that is not open; false when `element` is not around the current node.
+    /// Moves to the end tag of `element`; a null `element` becomes the current one first. True
+    /// there and for an element that is not open. False if `element` does not enclose the node.
     bool skip_to_element_end(ElementPtr& element);
 
     XmlNodeType node_type() const noexcept { return nodeType_; }
 
-    /// The element of the node or around it; an element of kind `null` when there is none.
+    /// The element of the node or around it; an element of kind `null` if there is none.
     ElementPtr current_element() const noexcept { return current_ ? current_ : nullElement_; }
 
-    /// The value of the node, read as a whole on first use.
+    /// The value of the node, read as a whole on first use. The reference is valid until the next
+    /// read. A value can be read in one way only: asking for it in a second way throws, and ends
+    /// the reading; only read_value_into_stream() and value_stream() may follow value().
     const std::string& value();
-    /// The value of the node in pieces, in place of value(). Its available() is all ones while
-    /// that is not known. The data of an instruction cannot be read to its end in this way.
+    /// The value of the node in pieces. available() is all ones while the size is not known. The
+    /// data of an instruction cannot be read to its end in this way.
     qncore::IReadStream& value_stream() noexcept { return valueStream_; }
-    /// The value of the node, written out in place of value().
+    /// Writes the value of the node.
     void read_value_into_stream(qncore::IWriteStream& stream);
 
     /// The text of the current element and of all elements in it, up to its end tag, to which this
-    /// moves; empty when the element is not an open one.
+    /// moves. Empty, without a move, on that end tag and if the element is not an open one.
     std::string read_element_text();
 
-    /// Reports the current element as not wanted, as an error that ends the reading.
+    /// Throws error.qnxml.reader.unexpected.element about the current element, which ends the
+    /// reading.
     [[noreturn]] void throw_unexpected_element(const qncore::SourceLocation& location);
     [[noreturn]] void throw_unexpected_element(std::string_view expectedNamespace,
                                                std::string_view expectedLocalName,
@@ -121,8 +159,8 @@ class XmlReader {
     enum class ValueState : std::uint32_t {
         Unread = 0,
         Buffered = 1,  ///< whole, in the buffer
-        Streaming = 2, ///< on its way through a stream
-        Consumed = 3,  ///< gone through a stream
+        Streaming = 2, ///< partly read through a stream
+        Consumed = 3,  ///< read through a stream
         Broken = 4,
     };
 
@@ -146,25 +184,45 @@ class XmlReader {
     };
     using Params = std::initializer_list<Param>;
 
+    /// What a token that must not come is called at the start of the document and after it.
+    struct Misplaced {
+        XmlTokenType token;
+        const char* atStart;
+        const char* outside;
+    };
+
     // Failures.
     [[noreturn]] void fail_with(const qncore::ErrorInfoPtr& error);
-    [[noreturn]] void fail(const qncore::ErrorCode& code, std::string_view message, Params params,
-                           const qncore::SourceLocation& location);
-    [[noreturn]] void fail(std::string_view message, const qncore::SourceLocation& location);
-    [[noreturn]] void fail(std::string_view message, Params params,
-                           const qncore::SourceLocation& location);
+    [[noreturn]] void fail_with_tokenizers_error();
+    [[noreturn]] void fail(std::string_view message, const qncore::SourceLocation& location,
+                           Params params = {}, const qncore::ErrorCode& code = error::qnxml_reader);
+    [[noreturn]] void fail_misplaced(const char* Misplaced::*message,
+                                     const qncore::SourceLocation& location);
     [[noreturn]] void fail_unexpected_token(const qncore::SourceLocation& location);
     [[noreturn]] void throw_string_size_error();
-    void append_limited(std::string& target, std::string_view piece);
+    void append_limited(std::string& target, std::string_view piece) {
+        if (target.size() + piece.size() > sm_maxValueSize) {
+            throw_string_size_error();
+        }
+        target.append(piece);
+    }
 
     // Tokens.
-    XmlTokenType fetch_token();
+    XmlTokenType fetch_token() {
+        if (!std::exchange(pushedBack_, false)) {
+            lastToken_ = tokenizer_->next_token();
+            if (lastToken_ == XmlTokenType::Error) {
+                fail_with_tokenizers_error();
+            }
+        }
+        return lastToken_;
+    }
     void push_back() noexcept { pushedBack_ = true; }
     std::string_view token_text() const { return tokenizer_->token_text().view(); }
     void discard_chardata(XmlTokenType end);
     void discard_text();
 
-    /// A node whose text is enclosed: its end, and where the reader stands behind that.
+    /// A node whose text is enclosed: the token that ends it, and the state after that.
     struct Section {
         State body;
         XmlTokenType end;
@@ -184,10 +242,18 @@ class XmlReader {
     void read_pi();
     void read_starttag();
     void read_endtag();
-    XmlTokenType read_attributes(XmlAttributes& attributes);
+    XmlTokenType read_attributes(Element& element);
     void read_attribute_value(std::string& value);
+    bool add_attribute(Element& element);
+    bool is_new_name(const Element& element);
+    void leave_element();
+
+    // Namespaces.
     void resolve_names();
+    void resolve_attributes();
     XmlSpace xml_space(std::string_view value);
+    void bind_prefixes();
+    void unbind_prefixes();
     const std::string* find_namespace(std::string_view prefix) const noexcept;
     bool is_in_chain(const Element* element) const noexcept;
 
@@ -208,7 +274,7 @@ class XmlReader {
     State state_ = State::Start;
     XmlNodeType nodeType_ = XmlNodeType::None;
     XmlTokenType lastToken_ = XmlTokenType::Unknown;
-    bool pushedBack_ = false; ///< the last token is to come once more
+    bool pushedBack_ = false; ///< the last token is to be delivered once more
     bool skipWhitespace_ = true;
     std::string expectedEncoding_ = "UTF-8";
     ValueState valueState_ = ValueState::Unread;
@@ -217,7 +283,12 @@ class XmlReader {
     ValueReadStreamImpl valueStream_{*this};
     qncore::RefCountPtr<impl::ElementPool> pool_;
     ElementPtr nullElement_;
-    ElementPtr current_; ///< innermost; the others hang on it
+    ElementPtr current_;                                ///< the innermost; it holds the others
+    std::set<std::string, std::less<>> attributeNames_; ///< of an element that has many
+    /// The namespaces of each prefix, the innermost last. No document costs more than the logarithm
+    /// of its length for each name.
+    std::map<std::string, std::vector<const std::string*>, std::less<>> bindings_;
+    std::size_t idlePrefixes_ = 0; ///< how many of them are bound to nothing and kept for reuse
 };
 
 } // namespace qnxml

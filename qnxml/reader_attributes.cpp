@@ -1,49 +1,66 @@
 // Start tags: attributes, namespaces, xml:space.
 #include <algorithm>
 
+#include "qnxml/byte_run.h"
+#include "qnxml/element_pool.h"
 #include "qnxml/reader.h"
 #include "qnxml/reader_location.h"
 
 namespace qnxml {
 
+namespace {
+
+/// No byte of a value among these becomes a blank.
+constexpr ByteSet plain_bytes = ByteSet::plain_but("\t");
+
+constexpr std::size_t most_compared_names = 32;
+constexpr std::size_t most_idle_prefixes = 32;
+
+} // namespace
+
 void XmlReader::read_starttag() {
-    const ElementPtr element = pool_->take(XmlElementKind::open, current_);
-    if (!element->set_name(token_text())) {
-        fail("Invalid element name: '{@elementName}'", {{"elementName", element->name_}},
-             QN_READER_LOCATION("read_starttag"));
+    ElementPtr taken = pool_->take(XmlElementKind::open, current_);
+    Element& element = *taken;
+    element.set_name(token_text());
+    if (!element.has_local_name()) {
+        fail("Invalid element name: '{@elementName}'", QN_READER_LOCATION("read_starttag"),
+             {{"elementName", element.name_}});
     }
-    current_ = element;
-    const XmlTokenType end = read_attributes(element->attributes_);
+    current_ = std::move(taken);
+    const XmlTokenType end = read_attributes(element);
     resolve_names();
     value_.clear();
     valueState_ = ValueState::Buffered;
     if (end == XmlTokenType::StartTagEndEmpty) {
-        element->kind_ = XmlElementKind::empty;
+        element.kind_ = XmlElementKind::empty;
         begin_node(XmlNodeType::Element, State::EmptyDone);
     } else {
         begin_node(XmlNodeType::Element, State::Content);
     }
 }
 
-/// Reads attributes with their values; gives the token behind them.
-XmlTokenType XmlReader::read_attributes(XmlAttributes& attributes) {
+/// Reads attributes with their values. Returns the token after them.
+XmlTokenType XmlReader::read_attributes(Element& element) {
     while (fetch_token() == XmlTokenType::AttributeStart) {
-        XmlAttribute& attribute = attributes.prepare();
-        if (!attribute.set_name(token_text())) {
-            fail("Invalid attribute name: '{@attributeName}'", {{"attributeName", attribute.name_}},
-                 QN_READER_LOCATION("read_attributes"));
+        XmlAttribute& attribute = element.next_attribute();
+        if (attribute.set_name(token_text())) {
+            element.distinctNames_ = std::min(element.distinctNames_, element.attributeCount_);
+        }
+        if (!attribute.has_local_name()) {
+            fail("Invalid attribute name: '{@attributeName}'",
+                 QN_READER_LOCATION("read_attributes"), {{"attributeName", attribute.name_}});
         }
         attribute.quote_ = tokenizer_->attribute_quote();
         read_attribute_value(attribute.value_);
-        if (!attributes.add_attribute()) {
+        if (!add_attribute(element)) {
             fail("Duplicate attribute name: '{@attributeName}'",
-                 {{"attributeName", attribute.name_}}, QN_READER_LOCATION("read_attributes"));
+                 QN_READER_LOCATION("read_attributes"), {{"attributeName", attribute.name_}});
         }
     }
     return lastToken_;
 }
 
-/// Literal white space becomes blanks, what a reference stands for does not (XML 1.0, section
+/// Literal white space becomes blanks; what a reference stands for does not (XML 1.0, section
 /// 3.3.3).
 void XmlReader::read_attribute_value(std::string& value) {
     const auto becomes_blank = [](char byte) {
@@ -52,42 +69,63 @@ void XmlReader::read_attribute_value(std::string& value) {
     value.clear();
     while (fetch_token() != XmlTokenType::AttributeEnd) {
         if (lastToken_ == XmlTokenType::CharData) {
-            const auto start = static_cast<std::ptrdiff_t>(value.size());
-            append_limited(value, token_text());
-            std::replace_if(value.begin() + start, value.end(), becomes_blank, ' ');
+            const std::string_view text = token_text();
+            append_limited(value, text);
+            const char* const end = text.data() + text.size();
+            const auto rest = end - impl::end_of_run<plain_bytes>(text.data(), end);
+            std::replace_if(value.end() - rest, value.end(), becomes_blank, ' ');
         } else if (!eval_reference(&value)) {
             fail_unexpected_token(QN_READER_LOCATION("read_attributes"));
         }
     }
 }
 
+/// Whether no attribute has the name of the one that has been filled. Few names are compared one by
+/// one, many are looked up, so that no document costs the square of their number.
+bool XmlReader::is_new_name(const Element& element) {
+    const std::span<const XmlAttribute> others = element.attributes();
+    const std::string& name = element.attributes_[others.size()].qualified_name();
+    if (others.size() < most_compared_names) {
+        const XmlAttribute* const end = others.data() + others.size();
+        return find_attribute(others.data(), end, name) == end;
+    }
+    if (others.size() == most_compared_names) {
+        attributeNames_.clear();
+        for (const XmlAttribute& other : others) {
+            attributeNames_.insert(other.qualified_name());
+        }
+    }
+    return attributeNames_.insert(name).second;
+}
+
+/// Adds the attribute that has been filled, in the namespace of its prefix if that is a reserved
+/// one. False if the element has its qualified name already.
+bool XmlReader::add_attribute(Element& element) {
+    if (element.attributeCount_ >= element.distinctNames_) {
+        if (!is_new_name(element)) {
+            return false;
+        }
+        element.distinctNames_ = element.attributeCount_ + 1;
+    }
+    XmlAttribute& added = element.attributes_[element.attributeCount_++];
+    if (added.prefix() == "xml") {
+        added.namespace_ = &xml_namespace();
+    } else if (added.prefix() == "xmlns") {
+        added.namespace_ = &xmlns_namespace();
+        element.bindsPrefixes_ = true;
+    }
+    return true;
+}
+
 /// Gives the current element and its attributes their namespaces, and the element what it
 /// inherits.
 void XmlReader::resolve_names() {
     Element& element = *current_;
-    const Element* const parent = element.parent().get();
-    element.binder_ = element.attributes_.bind_prefixes() ? &element
-                      : parent != nullptr                 ? parent->binder_
-                                                          : nullptr;
-    for (XmlAttribute& attribute : element.attributes_.view()) {
-        if (attribute.local_name_offset() == 0) {
-            if (attribute.qualified_name() == "xmlns") {
-                element.defaultNamespace_ = &attribute.value();
-            }
-        } else if (attribute.namespace_name() == nullptr) {
-            attribute.namespace_ = find_namespace(attribute.prefix());
-            if (attribute.namespace_ == nullptr) {
-                fail("Undeclared namespace '{@namespacePrefix}' referenced by attribute "
-                     "'{@attributeName}'",
-                     {{"namespacePrefix", attribute.prefix()},
-                      {"attributeName", attribute.qualified_name()}},
-                     QN_READER_LOCATION("read_starttag"));
-            }
-        } else if (attribute.qualified_name() == "xml:space") {
-            element.space_ = xml_space(attribute.value());
-        }
+    if (element.bindsPrefixes_) {
+        bind_prefixes();
     }
-    if (parent != nullptr) {
+    resolve_attributes();
+    if (const Element* const parent = element.parent().get()) {
         if (element.space_ == XmlSpace::not_set) {
             element.space_ = parent->space_;
         }
@@ -102,8 +140,31 @@ void XmlReader::resolve_names() {
     element.namespace_ = find_namespace(element.prefix());
     if (element.namespace_ == nullptr) {
         fail("Undeclared namespace '{@namespacePrefix}' referenced by element '{@elementName}'",
-             {{"namespacePrefix", element.prefix()}, {"elementName", element.qualified_name()}},
-             QN_READER_LOCATION("read_starttag"));
+             QN_READER_LOCATION("read_starttag"),
+             {{"namespacePrefix", element.prefix()}, {"elementName", element.qualified_name()}});
+    }
+}
+
+void XmlReader::resolve_attributes() {
+    Element& element = *current_;
+    for (std::size_t i = 0; i < element.attributeCount_; ++i) {
+        XmlAttribute& attribute = element.attributes_[i];
+        if (attribute.local_name_offset() == 0) {
+            if (attribute.qualified_name() == "xmlns") {
+                element.defaultNamespace_ = &attribute.value();
+            }
+        } else if (attribute.namespace_name() == nullptr) {
+            attribute.namespace_ = find_namespace(attribute.prefix());
+            if (attribute.namespace_ == nullptr) {
+                fail("Undeclared namespace '{@namespacePrefix}' referenced by attribute "
+                     "'{@attributeName}'",
+                     QN_READER_LOCATION("read_starttag"),
+                     {{"namespacePrefix", attribute.prefix()},
+                      {"attributeName", attribute.qualified_name()}});
+            }
+        } else if (attribute.qualified_name() == "xml:space") {
+            element.space_ = xml_space(attribute.value());
+        }
     }
 }
 
@@ -114,12 +175,48 @@ XmlSpace XmlReader::xml_space(std::string_view value) {
     if (value != "default") {
         fail("Unexpected value of 'xml:space' attribute: \"{@attributeValue}\" expecting "
              "'preserve' or 'default'",
-             {{"attributeValue", value}}, QN_READER_LOCATION("read_starttag"));
+             QN_READER_LOCATION("read_starttag"), {{"attributeValue", value}});
     }
     return XmlSpace::standard;
 }
 
-/// The namespace that the prefix stands for in the current element; null when there is none.
+/// Binds the prefixes that the current element declares.
+void XmlReader::bind_prefixes() {
+    for (const XmlAttribute& attribute : current_->attributes()) {
+        if (attribute.namespace_name() != &xmlns_namespace()) {
+            continue;
+        }
+        auto found = bindings_.find(attribute.local_name());
+        if (found == bindings_.end()) {
+            found = bindings_.try_emplace(std::string(attribute.local_name())).first;
+        } else if (found->second.empty()) {
+            --idlePrefixes_;
+        }
+        found->second.push_back(&attribute.value());
+    }
+}
+
+/// Removes the bindings of the current element. A few prefixes without one are kept for reuse.
+void XmlReader::unbind_prefixes() {
+    for (const XmlAttribute& attribute : current_->attributes()) {
+        if (attribute.namespace_name() != &xmlns_namespace()) {
+            continue;
+        }
+        const auto found = bindings_.find(attribute.local_name());
+        found->second.pop_back();
+        if (!found->second.empty()) {
+            continue;
+        }
+        if (idlePrefixes_ < most_idle_prefixes) {
+            ++idlePrefixes_;
+        } else {
+            bindings_.erase(found);
+        }
+    }
+}
+
+/// The namespace of the prefix in the current element; null if there is none, also where an empty
+/// value has removed the binding.
 const std::string* XmlReader::find_namespace(std::string_view prefix) const noexcept {
     if (prefix == "xml") {
         return &xml_namespace();
@@ -127,7 +224,11 @@ const std::string* XmlReader::find_namespace(std::string_view prefix) const noex
     if (prefix == "xmlns") {
         return &xmlns_namespace();
     }
-    return prefix.empty() ? nullptr : current_->find_namespace_prefix(prefix);
+    const auto found = bindings_.find(prefix);
+    if (prefix.empty() || found == bindings_.end() || found->second.empty()) {
+        return nullptr;
+    }
+    return found->second.back()->empty() ? nullptr : found->second.back();
 }
 
 } // namespace qnxml

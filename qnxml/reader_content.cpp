@@ -1,6 +1,8 @@
 // From tokens to nodes.
 #include <algorithm>
+#include <array>
 
+#include "qnxml/element_pool.h"
 #include "qnxml/encoding_names.h"
 #include "qnxml/reader.h"
 #include "qnxml/reader_location.h"
@@ -15,7 +17,8 @@ constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 constexpr std::string_view text_outside =
     "Unexpected non-whitespace content encountered outside scope of elements";
 
-/// What a string that held `image` shows in as many bytes once it holds `text` and its zero byte.
+/// Makes of `image`, the first bytes of a string, what they are once the string holds `text` and
+/// its NUL byte.
 void lay_over(std::string& image, std::string_view text) {
     const std::size_t length = std::min(text.size(), image.size());
     image.replace(0, length, text.substr(0, length));
@@ -32,7 +35,26 @@ bool XmlReader::begin_node(XmlNodeType type, State state) noexcept {
     return true;
 }
 
-/// Reads up to the first node, or to where the content begins. True when there is a node.
+/// Fails with the message for the last token, as an unexpected one if it has no message.
+void XmlReader::fail_misplaced(const char* Misplaced::*message,
+                               const qncore::SourceLocation& location) {
+    static constexpr std::array<Misplaced, 3> all{{
+        {XmlTokenType::CDATAStart, "Unexpected CDATA section",
+         "Unexpected CDATA section outside scope of an element "},
+        {XmlTokenType::EntityRef, "Unexpected entity reference",
+         "Unexpected entity reference outside scope of elements"},
+        {XmlTokenType::CharRef, "Unexpected character reference",
+         "Unexpected character reference outside scope of elements"},
+    }};
+    for (const Misplaced& misplaced : all) {
+        if (misplaced.token == lastToken_) {
+            fail(misplaced.*message, location);
+        }
+    }
+    fail_unexpected_token(location);
+}
+
+/// Reads up to the first node, or to where the content begins. True if there is a node.
 bool XmlReader::state_start() {
     for (;;) {
         switch (fetch_token()) {
@@ -58,25 +80,19 @@ bool XmlReader::state_start() {
         case XmlTokenType::EndTag:
             read_endtag();
             return true;
-        case XmlTokenType::CDATAStart:
-            fail("Unexpected CDATA section", QN_READER_LOCATION("state_start"));
-        case XmlTokenType::EntityRef:
-            fail("Unexpected entity reference", QN_READER_LOCATION("state_start"));
-        case XmlTokenType::CharRef:
-            fail("Unexpected character reference", QN_READER_LOCATION("state_start"));
         case XmlTokenType::CharData:
             if (const std::optional<bool> made_node = start_chardata()) {
                 return *made_node;
             }
             break;
         default:
-            fail_unexpected_token(QN_READER_LOCATION("state_start"));
+            fail_misplaced(&Misplaced::atStart, QN_READER_LOCATION("state_start"));
         }
     }
 }
 
-/// Takes white space or a byte order mark at the start of the document. Gives what state_start()
-/// gives, or nothing when that has to go on.
+/// Takes white space or a byte order mark at the start of the document. Returns what state_start()
+/// is to return; nothing if that has to go on.
 std::optional<bool> XmlReader::start_chardata() {
     const auto content = [this] {
         state_ = State::Content;
@@ -112,7 +128,7 @@ std::optional<bool> XmlReader::start_chardata() {
     return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
 }
 
-/// Takes one token of the content. True when it made a node.
+/// Takes one token of the content. True if it began a node.
 bool XmlReader::state_content(XmlTokenType token) {
     const bool inside = static_cast<bool>(current_);
     switch (token) {
@@ -125,23 +141,15 @@ bool XmlReader::state_content(XmlTokenType token) {
     case XmlTokenType::CharData:
         return inside ? begin_chardata() : begin_chardata_outside();
     case XmlTokenType::EntityRef:
-        if (!inside) {
-            fail("Unexpected entity reference outside scope of elements",
-                 QN_READER_LOCATION("state_content"));
-        }
-        push_back();
-        return begin_node(XmlNodeType::Text, State::TextBody);
     case XmlTokenType::CharRef:
         if (!inside) {
-            fail("Unexpected character reference outside scope of elements",
-                 QN_READER_LOCATION("state_content"));
+            fail_misplaced(&Misplaced::outside, QN_READER_LOCATION("state_content"));
         }
         push_back();
         return begin_node(XmlNodeType::Text, State::TextBody);
     case XmlTokenType::CDATAStart:
         if (!inside) {
-            fail("Unexpected CDATA section outside scope of an element ",
-                 QN_READER_LOCATION("state_content"));
+            fail_misplaced(&Misplaced::outside, QN_READER_LOCATION("state_content"));
         }
         return begin_node(XmlNodeType::CDATA, State::CdataBody);
     case XmlTokenType::CommentStart:
@@ -151,7 +159,7 @@ bool XmlReader::state_content(XmlTokenType token) {
         return true;
     case XmlTokenType::DoctypeStart:
         if (inside) {
-            // Required, although it says the opposite of what is wrong.
+            // Required, although the message says the opposite of what is wrong.
             fail("Unexpected DOCTYPE declaration outside scope of elements",
                  QN_READER_LOCATION("state_content"));
         }
@@ -163,8 +171,8 @@ bool XmlReader::state_content(XmlTokenType token) {
     case XmlTokenType::DocumentEnd:
         if (inside) {
             fail("Unexpected end of document; expecting closing tag for element '{@elementName}'",
-                 {{"elementName", current_->qualified_name()}},
-                 QN_READER_LOCATION("state_content"));
+                 QN_READER_LOCATION("state_content"),
+                 {{"elementName", current_->qualified_name()}});
         }
         valueState_ = ValueState::Buffered;
         return begin_node(XmlNodeType::End, State::AtEnd);
@@ -173,7 +181,7 @@ bool XmlReader::state_content(XmlTokenType token) {
     }
 }
 
-/// Takes text inside an element. White space alone is no node when white space is skipped; before
+/// Takes text inside an element. White space alone is not a node if white space is skipped. Before
 /// other text it is the head of that text's value.
 bool XmlReader::begin_chardata() {
     while (lastToken_ == XmlTokenType::CharData && current_->space() != XmlSpace::preserve &&
@@ -200,8 +208,8 @@ bool XmlReader::begin_chardata_outside() {
     if (skipWhitespace_) {
         return false;
     }
-    // Required: each further chunk counts as white space and has the length of the first, so that
-    // behind a shorter one comes what the tokenizer's string held there before.
+    // Required: each further chunk counts as white space and has the length of the first. A shorter
+    // one is followed by what the tokenizer's string held there before.
     std::string chunk(token_text());
     append_limited(value_, chunk);
     while (fetch_token() == XmlTokenType::CharData) {
@@ -217,8 +225,8 @@ bool XmlReader::begin_chardata_outside() {
 
 void XmlReader::read_xmldecl() {
     const ElementPtr declaration = pool_->take(XmlElementKind::xml_declaration, current_);
-    declaration->name_ = "xml";
-    if (read_attributes(declaration->attributes_) != XmlTokenType::XmldeclEnd) {
+    declaration->set_name("xml");
+    if (read_attributes(*declaration) != XmlTokenType::XmldeclEnd) {
         fail_unexpected_token(QN_READER_LOCATION("read_xmldecl"));
     }
     current_ = declaration;
@@ -227,11 +235,11 @@ void XmlReader::read_xmldecl() {
 }
 
 void XmlReader::check_xmldecl() {
-    bool has_version = false;
+    bool hasVersion = false;
     for (const Attribute& attribute : current_->attributes()) {
         const std::string& value = attribute.value();
         if (attribute.qualified_name() == "version") {
-            has_version = true;
+            hasVersion = true;
             if (value != "1.0") {
                 fail("Invalid version, expecting \"1.0\"", QN_READER_LOCATION("read_xmldecl"));
             }
@@ -239,11 +247,11 @@ void XmlReader::check_xmldecl() {
                    !encoding_names_equal(expectedEncoding_.data(), expectedEncoding_.size(),
                                          value.data(), value.size())) {
             fail("Mismatched encodings. Expected: {@expected} Found: {@found}",
-                 {{"expected", expectedEncoding_}, {"found", value}},
-                 QN_READER_LOCATION("read_xmldecl"));
+                 QN_READER_LOCATION("read_xmldecl"),
+                 {{"expected", expectedEncoding_}, {"found", value}});
         }
     }
-    if (!has_version) {
+    if (!hasVersion) {
         fail("XML declaration must have version information", QN_READER_LOCATION("read_xmldecl"));
     }
 }
@@ -251,6 +259,7 @@ void XmlReader::check_xmldecl() {
 void XmlReader::read_pi() {
     current_ = pool_->take(XmlElementKind::pi, current_);
     current_->name_ = token_text();
+    current_->localNameOffset_ = 0;
     begin_node(XmlNodeType::PI, State::PiBody);
 }
 
@@ -261,8 +270,8 @@ void XmlReader::read_endtag() {
     }
     if (current_->qualified_name() != name) {
         fail("End element name mismatch: Expecting='{@expectedName}', Found='{@foundName}'",
-             {{"expectedName", current_->qualified_name()}, {"foundName", name}},
-             QN_READER_LOCATION("read_endtag"));
+             QN_READER_LOCATION("read_endtag"),
+             {{"expectedName", current_->qualified_name()}, {"foundName", name}});
     }
     value_.clear();
     valueState_ = ValueState::Buffered;

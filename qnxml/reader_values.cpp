@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t no_position = ~std::uint64_t{0};
 
-/// Pieces up to this size are gathered in the buffer before they go to a stream.
+/// Pieces up to this size are gathered in the buffer before they are written to a stream.
 constexpr std::size_t largest_gathered_piece = 64;
 constexpr std::size_t gathered_bytes = 128;
 
@@ -30,7 +30,7 @@ struct PredefinedEntity {
 constexpr std::array<PredefinedEntity, 5> predefined_entities{
     {{"lt", "<"}, {"gt", ">"}, {"amp", "&"}, {"quot", "\""}, {"apos", "'"}}};
 
-/// The code point of a character reference, all ones when it is too large for 32 bits.
+/// The code point of a character reference; all ones if it is too large for 32 bits.
 std::uint32_t code_point_of(std::string_view reference) noexcept {
     const bool hex = reference.starts_with('x');
     reference.remove_prefix(hex ? 1 : 0);
@@ -43,8 +43,8 @@ std::uint32_t code_point_of(std::string_view reference) noexcept {
 
 } // namespace
 
-/// Appends what the last token stands for when it is a reference; a null destination only checks
-/// it. False for any other token.
+/// Appends what the last token stands for if it is a reference; a null destination only checks it.
+/// False for any other token.
 bool XmlReader::eval_reference(std::string* destination) {
     if (lastToken_ == XmlTokenType::CharRef) {
         eval_char_ref(destination);
@@ -64,8 +64,8 @@ void XmlReader::eval_char_ref(std::string* destination) {
         qncore::ucs4_char_to_utf8(code_point, bytes.data(), bytes.data() + bytes.size());
     if (code_point == 0 || length == 0) {
         // Required: the parameter's name lacks a letter, so that the message keeps its placeholder.
-        fail("Invalid character reference: '{@charReference}'", {{"charReferece", token_text()}},
-             QN_READER_LOCATION("eval_char_ref"));
+        fail("Invalid character reference: '{@charReference}'", QN_READER_LOCATION("eval_char_ref"),
+             {{"charReferece", token_text()}});
     }
     if (destination != nullptr) {
         append_limited(*destination, {bytes.data(), length});
@@ -86,13 +86,13 @@ void XmlReader::resolve_entity_ref(std::string* destination) {
     if (entityResolver_ == nullptr) {
         fail("Unable to resolve entity reference '{@entityReference}'; no entity resolver "
              "specified",
-             {{"entityReference", name}}, QN_READER_LOCATION("resolve_entity_ref"));
+             QN_READER_LOCATION("resolve_entity_ref"), {{"entityReference", name}});
     }
     std::string text;
     if (!entityResolver_->resolve(tokenizer_->token_text(),
                                   destination != nullptr ? &text : nullptr)) {
-        fail("Unable to resolve entity reference '{@entityReference}'", {{"entityReference", name}},
-             QN_READER_LOCATION("resolve_entity_ref"));
+        fail("Unable to resolve entity reference '{@entityReference}'",
+             QN_READER_LOCATION("resolve_entity_ref"), {{"entityReference", name}});
     }
     if (destination != nullptr) {
         destination->append(text);
@@ -137,7 +137,7 @@ void XmlReader::read_value_into_buffer() {
     valueState_ = ValueState::Buffered;
 }
 
-/// Writes out what the buffer holds.
+/// Writes out the content of the buffer.
 void XmlReader::flush_value(qncore::IWriteStream& stream) {
     if (!value_.empty()) {
         stream.write(value_.data(), value_.size());
@@ -165,7 +165,7 @@ void XmlReader::read_value_into_stream(qncore::IWriteStream& stream) {
     valueState_ = ValueState::Consumed;
 }
 
-/// Gathers small pieces in the buffer and passes large ones on as they are.
+/// Gathers small pieces in the buffer and writes large ones directly.
 void XmlReader::write_text(qncore::IWriteStream& stream) {
     while (fetch_token() == XmlTokenType::CharData || eval_reference(&value_)) {
         if (lastToken_ != XmlTokenType::CharData) {
@@ -196,7 +196,7 @@ void XmlReader::write_section(const Section& section, qncore::IWriteStream& stre
     state_ = section.after;
 }
 
-/// Copies what fits from the value position on (null copies nothing) and moves the position.
+/// Copies what fits from the value position on, unless `data` is null, and moves the position.
 std::uint64_t XmlReader::copy_value(std::string_view source, char* data, std::uint64_t size) {
     source.remove_prefix(valuePosition_);
     const std::string_view piece = source.substr(0, size);
@@ -207,7 +207,7 @@ std::uint64_t XmlReader::copy_value(std::string_view source, char* data, std::ui
     return piece.size();
 }
 
-/// Delivers up to `size` bytes of the value to `data`, or passes over them when that is null.
+/// Delivers up to `size` bytes of the value to `data`, or skips them if that is null.
 std::uint64_t XmlReader::stream_read_aux(char* data, std::uint64_t size) {
     if (valueState_ == ValueState::Consumed) {
         return 0;
@@ -239,8 +239,8 @@ std::uint64_t XmlReader::stream_read_aux(char* data, std::uint64_t size) {
     }
 }
 
-/// Provides a token with text of the value still to be delivered: a chunk, or a reference, whose
-/// text it puts into the buffer. False at the end of the value.
+/// Provides a token with text of the value that is still to be delivered: a chunk, or a reference,
+/// whose text it puts into the buffer. False at the end of the value.
 bool XmlReader::stream_next_token() {
     const bool in_text = state_ == State::TextBody || state_ == State::WhitespaceBody;
     const Section* const section = find_section(state_);
@@ -257,6 +257,7 @@ bool XmlReader::stream_next_token() {
     }
     if (in_text) {
         if (eval_reference(&value_)) {
+            // A resolver's text may be empty: then the next token is due.
             valuePosition_ = value_.empty() ? no_position : 0;
             return true;
         }
@@ -265,7 +266,7 @@ bool XmlReader::stream_next_token() {
         valueState_ = ValueState::Consumed;
         return false;
     }
-    // Required: the data of an instruction ends as that of a CDATA section here, so that its own
+    // Required: here the data of an instruction ends like that of a CDATA section, so that its own
     // end fails.
     const bool in_pi = state_ == State::PiBody;
     if (lastToken_ != (in_pi ? XmlTokenType::CDATAEnd : section->end)) {
@@ -301,7 +302,7 @@ std::uint64_t XmlReader::ValueReadStreamImpl::available() {
 
 void XmlReader::ValueReadStreamImpl::check_state() {
     if (reader_->valueState_ == ValueState::Broken) {
-        // Required: one colon behind the class.
+        // Required: a single colon after the class.
         reader_->fail(broken, QN_LOCATION("qnxml::XmlReader:ValueReadStreamImpl::check_state()"));
     }
 }

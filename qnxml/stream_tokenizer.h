@@ -1,14 +1,13 @@
 #pragma once
 
-#include <istream>
-
 #include "qncore/interface_ptr.h"
 #include "qncore/streams.h"
 #include "qnxml/buffered_stream_tokenizer.h"
 
 namespace qnxml {
 
-/// The tokenizer over a byte stream, which it keeps alive. No stream is an empty source.
+/// The tokenizer over a byte stream, which it keeps alive. No stream is an empty source. What the
+/// stream throws, if it is a std::exception, becomes the error "Error reading from stream".
 class XmlStreamTokenizer : public XmlBufferedStreamTokenizerBase {
   public:
     using Stream = qncore::InterfacePtr<qncore::IReadStream, qncore::AtomicHolder>;
@@ -22,19 +21,6 @@ class XmlStreamTokenizer : public XmlBufferedStreamTokenizerBase {
 
   private:
     Stream stream_;
-};
-
-/// The tokenizer over a standard stream, which outlives it. Null is an empty source.
-class XmlStdStreamTokenizer : public XmlBufferedStreamTokenizerBase {
-  public:
-    XmlStdStreamTokenizer(qnuri::UriReference uri, std::uint32_t firstLine, std::size_t bufferSize,
-                          std::istream* stream);
-
-  protected:
-    bool read(void* buffer, std::uint64_t size, std::uint64_t* count) override;
-
-  private:
-    std::istream* stream_;
 };
 
 } // namespace qnxml

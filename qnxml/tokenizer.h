@@ -10,7 +10,7 @@
 namespace qnxml {
 
 /// The tokens of a document. The tokenizer knows no nesting: a run of text comes as any number of
-/// `CharData`, and the tokens around it tell what it belongs to.
+/// `CharData` tokens, and the tokens around it tell what it belongs to.
 enum class XmlTokenType : std::uint32_t {
     Unknown = 0, ///< never produced
     DocumentStart = 1,
@@ -32,25 +32,32 @@ enum class XmlTokenType : std::uint32_t {
     EndTag = 17,         ///< text: the element's qualified name
     AttributeStart = 18, ///< text: the attribute's qualified name
     AttributeEnd = 19,
-    CharData = 20,  ///< text: a chunk, never empty
+    /// Text: a chunk, never empty, of at most 1023 bytes. Only a row of "]" in a CDATA section is
+    /// one chunk however long it is.
+    CharData = 20,
     EntityRef = 21, ///< text: the name alone
     CharRef = 22,   ///< text: the digits, with a leading "x" for hexadecimal
 };
 
-/// Writes the token's name; a value without one as "##UNKNOWN(value)##".
+/// Writes the token's name; a value without a name as "##UNKNOWN(value)##".
 std::ostream& operator<<(std::ostream& stream, XmlTokenType token);
 
-/// Turns a document into tokens. Never throws: a failure is the token `Error`, and final.
+/// Turns a document into tokens. A failure is the token `Error` and final. Whatever the document
+/// does, and whatever std::exception its source throws, ends there; std::bad_alloc and exceptions
+/// of other types pass through.
 class IXmlTokenizer {
   public:
     /// Moves to the next token.
     virtual XmlTokenType next_token() = 0;
-    /// The text of the current token, valid until the next call of next_token().
+    /// The text of the current token; valid until the next call of next_token(). Meaningless for
+    /// `Error`, `CommentEnd`, `PIEnd` and `CDATAEnd`.
     virtual qncore::StringSlice<const char*> token_text() const = 0;
-    /// What failed; null when nothing did.
+    /// The failure; null if there was none.
     virtual qncore::ErrorInfoPtr last_error() const = 0;
     /// The byte that opened the current attribute value, a double or a single quote.
     virtual std::uint8_t attribute_quote() const = 0;
+    /// The position after all that has been consumed, which includes a character held back for the
+    /// next token.
     virtual XmlLocation location() const = 0;
 
   protected:

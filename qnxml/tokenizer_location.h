@@ -1,7 +1,21 @@
 #pragma once
 
-#include "qncore/source_location.h"
+namespace qnxml::impl {
+
+/// A place in the sources. It is a constant, so a function costs no more for the failures that it
+/// may report.
+struct TokenizerPlace {
+    const char* function;
+    const char* file;
+    unsigned int line;
+};
+
+} // namespace qnxml::impl
 
 /// The location of this line, in the named function of the tokenizer's base class.
 #define QN_TOKENIZER_LOCATION(function)                                                            \
-    QN_LOCATION("qnxml::XmlCharStreamTokenizerBase::" function "()")
+    ([]() noexcept -> const ::qnxml::impl::TokenizerPlace& {                                       \
+        static constexpr ::qnxml::impl::TokenizerPlace place{                                      \
+            "qnxml::XmlCharStreamTokenizerBase::" function "()", __FILE__, __LINE__};              \
+        return place;                                                                              \
+    }())

@@ -5,12 +5,12 @@
 
 namespace qnxml {
 
-/// Blank, tab or newline; line ends are newlines by the time that anybody asks.
+/// Blank, tab or newline. The tokenizer has turned every line end into a newline.
 constexpr bool is_white_space(char byte) noexcept {
     return byte == ' ' || byte == '\t' || byte == '\n';
 }
 
-/// True for the empty text, too.
+/// True for the empty text as well.
 constexpr bool is_white_space(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char byte) { return is_white_space(byte); });
 }

@@ -9,22 +9,22 @@
 
 namespace qnxml {
 
-/// Where a tokenizer stands in its source, behind everything that it has consumed.
+/// The position of a tokenizer in its source, after everything that it has consumed.
 struct XmlLocation {
     qnuri::UriReference uri;     ///< of the source; may be empty
-    std::uint32_t line = 0;      ///< from the number that the tokenizer was given for the first one
+    std::uint32_t line = 0;      ///< counted from the number given to the tokenizer
     std::uint64_t linePos = 0;   ///< bytes since the start of the line, from 0
     std::uint64_t sourcePos = 0; ///< bytes taken from the source, from 0
 };
 
-/// Adds `uri`, `line`, `linePos` and `sourcePos`; null takes nothing.
+/// Adds `uri`, `line`, `linePos` and `sourcePos` unless `params` is null.
 void add_location_params(const XmlLocation& location, qncore::ErrorParams* params);
 
 /// The four parameters alone.
 qncore::ErrorParams location_params(const XmlLocation& location);
 
 /// The template of a message about that place, "[line {@line}, pos {@linePos}]: " and the text,
-/// with ", uri <{@uri}>" behind the position when there is a URI. Adds the parameters.
+/// with ", uri <{@uri}>" after the position if there is a URI. Adds the parameters as above.
 std::string location_message(const XmlLocation& location, std::string_view text,
                              qncore::ErrorParams* params);
 

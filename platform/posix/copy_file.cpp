@@ -6,23 +6,31 @@
 
 #include "platform/file_operations.h"
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/link_text.h"
+#include "platform/posix/retry.h"
 #include "platform/posix/share_locks.h"
 #include "platform/seams.h"
 
 namespace platform {
 namespace {
 
+constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr std::size_t largest_range = std::size_t{1} << 30;
 constexpr std::size_t block_size = std::size_t{1} << 16;
 
-SystemError last_error() {
-    return SystemError::posix(errno);
+int open_now(const std::string& path, int flags) {
+    return retry([&] {
+        return ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, S_IRUSR | S_IWUSR);
+    });
 }
 
-/// Looks at an opened file and takes its share locks. O_NONBLOCK let the open of a pipe return, and
-/// means nothing to the regular files that are let through.
+/// Looks at an opened file and takes its share locks. O_NONBLOCK lets the open of a FIFO return,
+/// and has no effect on the regular files that are admitted.
 SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat& status) {
+    if (take_failure(Call::open)) {
+        return seams().failure;
+    }
     if (file < 0 || ::fstat(file, &status) != 0) {
         return last_error();
     }
@@ -32,14 +40,24 @@ SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat&
     return take_share_locks(file, access, sharing);
 }
 
-int open_target(const std::string& path, bool failIfExists) {
-    constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    return ::open(path.c_str(), flags | (failIfExists ? O_EXCL : 0), S_IRUSR | S_IWUSR);
+/// The file to copy into.
+struct Target {
+    Descriptor file;
+    bool is_new; ///< made by this call
+};
+
+Target open_target(const std::string& path, bool failIfExists) {
+    const int existing = failIfExists ? -1 : open_now(path, O_WRONLY);
+    if (existing >= 0 || (!failIfExists && errno != ENOENT)) {
+        return {Descriptor(existing), false};
+    }
+    const int made = open_now(path, O_WRONLY | O_CREAT | (failIfExists ? O_EXCL : 0));
+    return {Descriptor(made), made >= 0};
 }
 
 bool write_whole(int target, const char* bytes, std::size_t count) {
     while (count != 0) {
-        const ssize_t written = ::write(target, bytes, count);
+        const ssize_t written = retry([&] { return ::write(target, bytes, count); });
         if (written < 0) {
             return false;
         }
@@ -49,15 +67,18 @@ bool write_whole(int target, const char* bytes, std::size_t count) {
     return true;
 }
 
-/// The file system's own copy as far as it goes, then the rest block by block. So whatever stops
-/// the first, and be it a file whose size the system does not tell, ends well or in the error of
-/// a plain read or write.
+/// Replaces the content: by the file system's own copy as far as that goes, then block by block. So
+/// whatever stops the former, such as a file whose size the system does not know, ends well or in
+/// the error of a plain read or write.
 SystemError copy_content(int source, int target) {
+    if (retry([&] { return ::ftruncate(target, 0); }) != 0) {
+        return last_error();
+    }
     while (::copy_file_range(source, nullptr, target, nullptr, largest_range, 0) > 0) {
     }
     std::array<char, block_size> block{};
     ssize_t count = 0;
-    while ((count = ::read(source, block.data(), block.size())) > 0) {
+    while ((count = retry([&] { return ::read(source, block.data(), block.size()); })) > 0) {
         if (!write_whole(target, block.data(), static_cast<std::size_t>(count))) {
             return last_error();
         }
@@ -69,45 +90,45 @@ SystemError copy_content(int source, int target) {
 }
 
 void keep_permissions_and_times(const struct stat& source, int target) {
-    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
     const std::array<timespec, 2> times{source.st_atim, source.st_mtim};
     ::fchmod(target, source.st_mode & permissions);
     ::futimens(target, times.data());
 }
 
-/// Removes the target under its own name, also when it was opened through a link.
+/// Removes the target itself, also if it was opened through a link.
 void discard(int target) {
     if (const auto path = text_of_link(link_of_descriptor(target))) {
-        ::unlink((*path).c_str());
+        ::unlink(path->c_str());
     }
 }
 
 } // namespace
 
 SystemError copy_file(const std::string& source, const std::string& target, bool failIfExists) {
-    const Descriptor from(::open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    const Descriptor from(open_now(source, O_RDONLY));
     struct stat fromStatus = {};
     if (const auto error =
             admit(from.get(), FileAccess::read, FileSharing::read_write, fromStatus)) {
         return error;
     }
-    const Descriptor to(open_target(target, failIfExists));
+    const Target to = open_target(target, failIfExists);
     struct stat toStatus = {};
-    if (const auto error = admit(to.get(), FileAccess::write, FileSharing::none, toStatus)) {
+    if (const auto error = admit(to.file.get(), FileAccess::write, FileSharing::none, toStatus)) {
+        if (to.is_new && !error.is_sharing_violation()) { // else another opener has it by now
+            discard(to.file.get());
+        }
         return error;
     }
     if (fromStatus.st_dev == toStatus.st_dev && fromStatus.st_ino == toStatus.st_ino) {
         return sharing_violation();
     }
-    SystemError error = ::ftruncate(to.get(), 0) == 0 ? SystemError() : last_error();
-    if (!error) {
-        error = copy_content(from.get(), to.get());
-    }
-    if (error) {
-        discard(to.get());
+    // Nobody reads from the copy what the source's mode keeps from him.
+    ::fchmod(to.file.get(), toStatus.st_mode & fromStatus.st_mode & permissions);
+    if (const auto error = copy_content(from.get(), to.file.get())) {
+        discard(to.file.get());
         return error;
     }
-    keep_permissions_and_times(fromStatus, to.get());
+    keep_permissions_and_times(fromStatus, to.file.get());
     return {};
 }
 

@@ -1,6 +1,7 @@
 #include "platform/directory.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstddef>
 #include <dirent.h>
@@ -9,6 +10,8 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
@@ -17,10 +20,6 @@ namespace {
 constexpr unsigned int all_write_bits = 0222;
 constexpr unsigned int looked_at =
     STATX_TYPE | STATX_MODE | STATX_SIZE | STATX_ATIME | STATX_MTIME | STATX_CTIME | STATX_BTIME;
-
-SystemError last_error() {
-    return SystemError::posix(errno);
-}
 
 bool is_dot_or_dots(std::string_view name) {
     return name == "." || name == "..";
@@ -33,15 +32,26 @@ std::int64_t nanoseconds(const statx_timestamp& time) {
                                      time.tv_nsec);
 }
 
-/// What the kernel says about a name without following it, in the one call; false when it is not
-/// to be had.
+/// What the kernel tells about a name without following it, in one call; false when it fails.
 bool look_at(int directory, const char* name, struct statx& answer) {
     return ::statx(directory, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, looked_at, &answer) == 0;
 }
 
-bool leads_to_directory(int directory, const char* name) {
+/// Whether a link leads to a directory. A link that leads nowhere, or where this account may not
+/// go, does not; any other failure is an error, so that no tree is left out unnoticed.
+Result<bool> leads_to_directory(int directory, const char* name) {
+    if (take_failure(Call::follow_link)) {
+        return seams().failure;
+    }
     struct stat status = {};
-    return ::fstatat(directory, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    if (::fstatat(directory, name, &status, 0) == 0) {
+        return S_ISDIR(status.st_mode);
+    }
+    constexpr std::array nowhere{ENOENT, ENOTDIR, ELOOP, EACCES, ENAMETOOLONG};
+    if (std::find(nowhere.begin(), nowhere.end(), errno) != nowhere.end()) {
+        return false;
+    }
+    return last_error();
 }
 
 void fill(FileStatus& status, const struct statx& answer, std::string_view name) {
@@ -64,61 +74,78 @@ Result<FileStatus> file_status(const std::string& path) {
     }
     FileStatus status;
     status.is_link = S_ISLNK(answer.stx_mode);
-    status.is_directory =
-        S_ISDIR(answer.stx_mode) || (status.is_link && leads_to_directory(AT_FDCWD, path.c_str()));
+    status.is_directory = S_ISDIR(answer.stx_mode);
+    if (status.is_link) {
+        const Result<bool> leads = leads_to_directory(AT_FDCWD, path.c_str());
+        if (!leads) {
+            return leads.error();
+        }
+        status.is_directory = *leads;
+    }
     fill(status, answer, std::string_view(path).substr(path.rfind('/') + 1));
     return status;
 }
 
 struct DirectoryReader::State {
-    State(int opened, const DirectoryReader* above) noexcept
-        : descriptor(opened)
-        , parent(above) {}
+    explicit State(Descriptor& opened) noexcept
+        : descriptor(opened.release()) {}
 
-    bool is_same_directory(const struct stat& other) const;
-    Result<bool> step(DirectoryReader& reader);
+    Result<bool> step();
+    Result<bool> fill_buffer();
+    Result<bool> judge();
 
     Descriptor descriptor;
-    const DirectoryReader* parent;
     const dirent64* entry = nullptr;
+    std::string_view name;
+    bool is_directory = false;
     bool is_link = false;
-    std::size_t position = 0; ///< of the entry behind this one
+    std::size_t position = 0; ///< of the entry after this one
     std::size_t filled = 0;
     alignas(dirent64) char buffer[32768]; // NOLINT: the kernel fills it before it is read
 };
 
-bool DirectoryReader::State::is_same_directory(const struct stat& other) const {
-    struct stat own = {};
-    return ::fstat(descriptor.get(), &own) == 0 && own.st_dev == other.st_dev &&
-           own.st_ino == other.st_ino;
-}
-
-/// Comes to the next entry, on which the reader then stands.
-Result<bool> DirectoryReader::State::step(DirectoryReader& reader) {
+/// Moves to the next entry.
+Result<bool> DirectoryReader::State::step() {
     if (position == filled) {
-        const ssize_t count = ::getdents64(descriptor.get(), buffer, sizeof(buffer));
-        if (count < 0 && errno != ENOENT) { // a directory removed meanwhile has no more entries
-            return last_error();
-        }
-        position = 0;
-        filled = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-        if (filled == 0) {
-            return false;
+        const Result<bool> more = fill_buffer();
+        if (!more || !*more) {
+            return more;
         }
     }
     entry = reinterpret_cast<const dirent64*>(buffer + position);
     position += entry->d_reclen;
-    reader.name_ = entry->d_name;
+    name = entry->d_name;
+    return judge();
+}
+
+/// Reads the next entries; false when there are none.
+Result<bool> DirectoryReader::State::fill_buffer() {
+    const ssize_t count =
+        retry([&] { return ::getdents64(descriptor.get(), buffer, sizeof(buffer)); });
+    if (count < 0 && errno != ENOENT) { // a directory that has been removed has no more entries
+        return last_error();
+    }
+    position = 0;
+    filled = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    return filled != 0;
+}
+
+/// Finds out what kind of entry it is; true unless that fails.
+Result<bool> DirectoryReader::State::judge() {
     is_link = entry->d_type == DT_LNK;
-    reader.is_directory_ = entry->d_type == DT_DIR;
+    is_directory = entry->d_type == DT_DIR;
     if (entry->d_type == DT_UNKNOWN) {
         struct statx answer; // the kernel fills it
         const bool known = look_at(descriptor.get(), entry->d_name, answer);
         is_link = known && S_ISLNK(answer.stx_mode);
-        reader.is_directory_ = known && S_ISDIR(answer.stx_mode);
+        is_directory = known && S_ISDIR(answer.stx_mode);
     }
     if (is_link) {
-        reader.is_directory_ = leads_to_directory(descriptor.get(), entry->d_name);
+        const Result<bool> leads = leads_to_directory(descriptor.get(), entry->d_name);
+        if (!leads) {
+            return leads;
+        }
+        is_directory = *leads;
     }
     return true;
 }
@@ -131,27 +158,18 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
         return seams().failure;
     }
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    const bool by_parent = parent != nullptr && parent->is_open();
-    const bool by_link = by_parent && parent->state_->is_link;
-    // What was no link when it was listed is not followed when it has become one.
-    const int descriptor =
-        by_parent ? ::openat(parent->state_->descriptor.get(), parent->state_->entry->d_name,
-                             by_link ? flags : flags | O_NOFOLLOW)
-                  : ::open(path.c_str(), flags);
-    if (descriptor < 0) {
+    const State* const above = parent != nullptr ? parent->state_.get() : nullptr;
+    // An entry that was no link when it was listed is not followed if it has become one.
+    Descriptor opened(retry([&] {
+        return above != nullptr ? ::openat(above->descriptor.get(), above->entry->d_name,
+                                           above->is_link ? flags : flags | O_NOFOLLOW)
+                                : ::open(path.c_str(), flags);
+    }));
+    if (opened.get() < 0) {
         return last_error();
     }
-    state_ = std::make_unique<State>(descriptor, by_parent ? parent : nullptr);
-    struct stat own = {};
-    if (by_link && ::fstat(descriptor, &own) == 0) {
-        for (const DirectoryReader* above = parent; above != nullptr && above->is_open();
-             above = above->state_->parent) {
-            if (above->state_->is_same_directory(own)) {
-                return false;
-            }
-        }
-    }
-    const Result<bool> found = state_->step(*this);
+    state_ = std::make_unique<State>(opened);
+    const Result<bool> found = state_->step();
     if (!found) {
         state_.reset();
     }
@@ -162,7 +180,7 @@ Result<bool> DirectoryReader::next() {
     if (take_failure(Call::read_directory)) {
         return seams().failure;
     }
-    return state_->step(*this);
+    return state_->step();
 }
 
 SystemError DirectoryReader::close() {
@@ -178,17 +196,37 @@ const void* DirectoryReader::handle() const noexcept {
     return reinterpret_cast<const void*>(number); // NOLINT(performance-no-int-to-ptr): only shown
 }
 
+std::optional<DirectoryIdentity> DirectoryReader::identity() const noexcept {
+    struct stat status = {};
+    if (::fstat(state_->descriptor.get(), &status) != 0) {
+        return std::nullopt;
+    }
+    return DirectoryIdentity{status.st_dev, status.st_ino};
+}
+
+std::string_view DirectoryReader::name() const noexcept {
+    return state_->name;
+}
+
 std::basic_string_view<NameUnit> DirectoryReader::native_name() const noexcept {
-    return name_;
+    return state_->name;
+}
+
+bool DirectoryReader::is_directory() const noexcept {
+    return state_->is_directory;
+}
+
+bool DirectoryReader::is_link() const noexcept {
+    return state_->is_link;
 }
 
 FileStatus DirectoryReader::status() const {
     FileStatus status;
-    status.is_directory = is_directory_;
+    status.is_directory = state_->is_directory;
     status.is_link = state_->is_link;
     struct statx answer; // the kernel fills it
     if (look_at(state_->descriptor.get(), state_->entry->d_name, answer)) {
-        fill(status, answer, name_);
+        fill(status, answer, state_->name);
     }
     return status;
 }

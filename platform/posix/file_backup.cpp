@@ -1,17 +1,18 @@
 #include "platform/file_backup.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <algorithm>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/file.h"
-#include "platform/memory.h"
+#include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
 
 namespace platform {
 namespace {
@@ -21,7 +22,7 @@ constexpr mode_t owner_only = 0600;
 constexpr mode_t owner_permissions = 0700;
 
 SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : SystemError::posix(errno);
+    return answer == 0 ? SystemError() : last_error();
 }
 
 /// The file that will be the target, under a name of its own until finish().
@@ -35,7 +36,7 @@ class NewFile {
             ::unlink(name_.c_str());
             descriptor_ = create();
         }
-        error_ = descriptor_ < 0 ? SystemError::posix(errno) : SystemError();
+        error_ = descriptor_ < 0 ? last_error() : SystemError();
     }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
@@ -109,7 +110,7 @@ SystemError copy_content(FileHandle source, NewFile& target) {
 SystemError copy_open(FileHandle source, const std::string& target) {
     struct stat status = {};
     if (::fstat(static_cast<int>(source), &status) != 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     NewFile copy(target);
     SystemError error = copy.error();
@@ -124,7 +125,7 @@ Result<std::string> real_path(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
                                                                &std::free);
     if (!resolved) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     return std::string(resolved.get());
 }
@@ -155,11 +156,8 @@ SystemError rename_over(const std::string& source, const std::string& target) {
     // The new name reaches the device with its directory; a file system that cannot is let be.
     const std::size_t end = target.rfind('/');
     const std::string directory = end == std::string::npos ? "." : target.substr(0, end + 1);
-    const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        ::fsync(descriptor);
-        ::close(descriptor);
-    }
+    const Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::fsync(opened.get());
     return {};
 }
 

@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/link_text.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
@@ -33,22 +35,22 @@ timespec time_of(const std::int64_t* nanoseconds) {
 
 TimesChange set_file_times(const std::string& path, const std::int64_t* accessed,
                            const std::int64_t* modified) {
-    const Descriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC));
+    const Descriptor file(retry([&] { return ::open(path.c_str(), O_PATH | O_CLOEXEC); }));
     if (file.get() < 0) {
-        return {false, SystemError::posix(errno)};
+        return {false, last_error()};
     }
     if (take_failure(Call::set_times)) {
         return {true, seams().failure};
     }
     const std::array<timespec, 2> times{time_of(accessed), time_of(modified)};
     const bool done = ::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
-    return {true, done ? SystemError() : SystemError::posix(errno)};
+    return {true, done ? SystemError() : last_error()};
 }
 
 Result<std::uint64_t> file_size_by_name(const std::string& path) {
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     return static_cast<std::uint64_t>(status.st_size);
 }
@@ -58,19 +60,25 @@ Result<FileHandle> open_link_target(const std::string& path) {
 }
 
 FilePath path_of_file(FileHandle file, std::size_t capacity) {
+    if (take_failure(Call::path_of_file)) {
+        return {{}, 0, seams().failure};
+    }
     const auto descriptor = static_cast<int>(file);
     struct stat status = {};
     if (::fstat(descriptor, &status) != 0) {
-        return {{}, 0, SystemError::posix(errno)};
+        return {{}, 0, last_error()};
     }
-    if (status.st_size == 0 || status.st_nlink == 0) {
-        return {{}, 0, SystemError::posix(EINVAL)};
+    if (status.st_size == 0) {
+        return {}; // required: an empty file has no path
+    }
+    if (status.st_nlink == 0) {
+        return {{}, 0, SystemError::posix(ENOENT)};
     }
     Result<std::string> path = text_of_link(link_of_descriptor(descriptor));
     if (!path) {
         return {{}, 0, path.error()};
     }
-    const std::size_t length = (*path).size();
+    const std::size_t length = path->size();
     if (length + 1 > capacity) {
         return {{}, length + 1, SystemError::posix(ENAMETOOLONG)};
     }

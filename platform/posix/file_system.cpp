@@ -82,8 +82,4 @@ void remove_file(const char* path) noexcept {
     ::unlink(path);
 }
 
-void allow_removal(std::FILE*) noexcept {
-    // Nothing keeps others from it.
-}
-
 } // namespace platform

@@ -6,10 +6,10 @@
 
 namespace platform {
 
-/// Where a symbolic link points.
+/// Returns the target of a symbolic link.
 Result<std::string> text_of_link(const std::string& link);
 
-/// The link by which the kernel tells the path of an open file.
+/// Returns the path of the kernel's link to an open file.
 std::string link_of_descriptor(int descriptor);
 
 } // namespace platform

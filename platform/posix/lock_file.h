@@ -11,6 +11,6 @@ namespace platform {
 Result<std::string> lock_file_path(const std::string& mutexName);
 
 /// Returns the highest descriptor by which this process holds a named mutex; -1 if it holds none.
-int highest_lock_descriptor() noexcept;
+int highest_lock_descriptor();
 
 } // namespace platform

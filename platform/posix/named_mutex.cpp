@@ -190,7 +190,7 @@ Result<std::string> lock_file_path(const std::string& mutexName) {
     return SystemError::posix(ENOENT);
 }
 
-int highest_lock_descriptor() noexcept {
+int highest_lock_descriptor() {
     return LockFiles::instance().highest_descriptor();
 }
 

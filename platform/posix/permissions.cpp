@@ -1,15 +1,16 @@
 #include "platform/permissions.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/posix/last_error.h"
 
 namespace platform {
 
 SystemError check_read_access(const std::string& path) {
     return ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? SystemError()
-                                                                      : SystemError::posix(errno);
+                                                                      : last_error();
 }
 
 bool is_writable_for_all(const std::string& path) {

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include "platform/posix/descriptor.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/retry.h"
 #include "platform/seams.h"
 
 namespace platform {
@@ -19,7 +21,7 @@ struct Place {
     std::string name;
 };
 
-/// A separator at the end would make the system follow a link.
+/// With a separator at its end the system would follow a link.
 std::string without_trailing_separators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     return last == std::string::npos ? path : path.substr(0, last + 1);
@@ -29,26 +31,25 @@ Place place_of(FileHandle anchor, const std::string& path) {
     if (seams().before_removal) {
         seams().before_removal(path);
     }
-    const std::string name = without_trailing_separators(path);
     return anchor == invalid_file
-               ? Place{AT_FDCWD, name}
-               : Place{static_cast<int>(anchor), name.substr(name.rfind('/') + 1)};
+               ? Place{AT_FDCWD, path}
+               : Place{static_cast<int>(anchor), path.substr(path.rfind('/') + 1)};
 }
 
 SystemError unlink(const Place& place, int flags) {
-    return ::unlinkat(place.directory, place.name.c_str(), flags) == 0 ? SystemError()
-                                                                       : SystemError::posix(errno);
+    const bool done = ::unlinkat(place.directory, place.name.c_str(), flags) == 0;
+    return done ? SystemError() : last_error();
 }
 
 } // namespace
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
-    const Place place = place_of(directory_, path);
+    const Place place = place_of(directory_, without_trailing_separators(path));
+    const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW);
     const int directory =
-        ::openat(place.directory, place.name.c_str(),
-                 O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW));
+        retry([&] { return ::openat(place.directory, place.name.c_str(), flags); });
     if (directory < 0) {
-        return SystemError::posix(errno);
+        return last_error();
     }
     return RemovalAnchor(FileHandle{directory});
 }
@@ -65,15 +66,16 @@ SystemError RemovalAnchor::remove_directory(const std::string& path) const {
 }
 
 LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
-    const Place place = place_of(directory_, path);
+    const Place place = place_of(directory_, without_trailing_separators(path));
+    constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor link(
-        ::openat(place.directory, place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+        retry([&] { return ::openat(place.directory, place.name.c_str(), flags); }));
     if (link.get() < 0) {
-        return {Step::open, SystemError::posix(errno)};
+        return {Step::open, last_error()};
     }
     struct stat status = {};
     if (::fstat(link.get(), &status) != 0) {
-        return {Step::read, SystemError::posix(errno)};
+        return {Step::read, last_error()};
     }
     if (take_failure(Call::remove_link)) {
         return {Step::remove, seams().failure};

@@ -106,7 +106,7 @@ int take(int descriptor, short type, off_t range) {
     for (int attempt = 0; attempt < attempts_to_find_a_free_byte; ++attempt) {
         struct flock lock = lock_of(type, range + next_place(), 1);
         const int error = lock_call(descriptor, F_OFD_SETLK, lock);
-        if (error != EAGAIN && error != EACCES) {
+        if (error != EAGAIN) { // another opener has the byte
             return error;
         }
     }

@@ -6,41 +6,41 @@
 
 #include "platform/seams.h"
 
-// For tests only: makes the platform layer of this process take another machine's place.
+// For tests only: gives the platform layer of this process another machine.
 namespace platform::testing {
 
-/// Linux: another file in place of the machine's configuration file. Windows: another key, of the
-/// current user.
+/// Replaces the place of the machine's setting: by another file on Linux, by a key of the current
+/// user on Windows.
 void set_machine_setting(const std::string& place);
 
-/// A place for the setting of the machine that lies in a directory of a test's own.
+/// Returns a place for the machine's setting that belongs to a test's own directory.
 std::string machine_setting_of(const std::string& directory);
 
-/// Writes the root directory into the place that was set; with nothing removes the place.
+/// Writes the root directory to the place that was set; nullopt removes the place.
 void store_machine_root(const std::optional<std::string>& root);
 
-/// Every named mutex of this process gets this text behind its name.
+/// Appends this text to the name of every named mutex of this process.
 void set_mutex_name_suffix(const std::string& suffix);
 
-/// What computer_name() answers.
+/// Sets the name that computer_name() returns.
 void set_computer_name(const std::string& name);
 
-/// The next `times` calls of that kind fail with the error; with success in place of an error,
-/// writes do one byte less than asked.
+/// Makes the next `times` calls of a kind fail with an error. If the error is success, writes are
+/// one byte shorter than requested.
 void fail_next(Call call, SystemError error, int times = 1);
 
-/// The call of that number from now on, the next being 1, fails once with the error, whatever its
-/// kind. 0 lets no call fail, and only starts the count of calls_made() anew.
+/// Makes the call of that number fail once with an error, regardless of its kind; the next call
+/// is 1. 0 makes no call fail and only restarts the count of calls_made().
 void fail_call(int number, SystemError error);
 
-/// How many calls have been made since fail_call().
+/// Returns the number of calls since the last fail_call().
 int calls_made();
 
-/// Calls the hook with each path that a RemovalAnchor is about to open or to remove; an empty one
-/// ends that.
+/// Calls the hook with each path before a RemovalAnchor opens or removes it, until an empty hook is
+/// set.
 void before_removal(std::function<void(const std::string&)> hook);
 
-/// Removes the system's trace of a named mutex that tests made.
+/// Removes the lock file of a test's named mutex; a no-op on Windows.
 void remove_named_mutex(const std::string& name);
 
 } // namespace platform::testing

@@ -43,12 +43,7 @@ Result<FileStatus> file_status(const std::string& path) {
 }
 
 struct DirectoryReader::State {
-    /// Lets the reader stand on the entry that the system gave.
-    void show(DirectoryReader& reader) {
-        name = narrow(data.cFileName);
-        reader.name_ = name;
-        reader.is_directory_ = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    }
+    bool has(DWORD attribute) const noexcept { return (data.dwFileAttributes & attribute) != 0; }
 
     HANDLE handle = INVALID_HANDLE_VALUE;
     WIN32_FIND_DATAW data = {};
@@ -73,7 +68,7 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
         return last_error();
     }
     state_ = std::move(state);
-    state_->show(*this);
+    state_->name = narrow(state_->data.cFileName);
     return true;
 }
 
@@ -88,7 +83,7 @@ Result<bool> DirectoryReader::next() {
         }
         return SystemError::windows(error);
     }
-    state_->show(*this);
+    state_->name = narrow(state_->data.cFileName);
     return true;
 }
 
@@ -102,6 +97,22 @@ SystemError DirectoryReader::close() {
 
 const void* DirectoryReader::handle() const noexcept {
     return is_open() ? state_->handle : INVALID_HANDLE_VALUE;
+}
+
+std::optional<DirectoryIdentity> DirectoryReader::identity() const noexcept {
+    return std::nullopt;
+}
+
+std::string_view DirectoryReader::name() const noexcept {
+    return state_->name;
+}
+
+bool DirectoryReader::is_directory() const noexcept {
+    return state_->has(FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool DirectoryReader::is_link() const noexcept {
+    return state_->has(FILE_ATTRIBUTE_REPARSE_POINT);
 }
 
 std::basic_string_view<NameUnit> DirectoryReader::native_name() const noexcept {

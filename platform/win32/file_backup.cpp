@@ -1,8 +1,10 @@
 #include "platform/file_backup.h"
 
+#include <algorithm>
 #include <memory>
 
-#include "platform/file.h"
+#include "platform/win32/handle.h"
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 // after windows.h
@@ -33,14 +35,9 @@ SystemError copy_access(const std::wstring& source, const std::wstring& target) 
 }
 
 SystemError flush(const std::wstring& path) {
-    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
-    const SystemError error = result_of(::FlushFileBuffers(file));
-    ::CloseHandle(file);
-    return error;
+    const Handle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file ? result_of(::FlushFileBuffers(file.get())) : last_error();
 }
 
 /// Makes the file anew, for its owner alone, and writes it through.
@@ -51,20 +48,16 @@ SystemError write_private(const std::wstring& path, std::string_view content) {
         return last_error();
     }
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor, FALSE};
-    const HANDLE file = ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &attributes, CREATE_ALWAYS,
-                                      FILE_FLAG_WRITE_THROUGH, nullptr);
-    SystemError error = file == INVALID_HANDLE_VALUE ? last_error() : SystemError();
+    const Handle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &attributes, CREATE_ALWAYS,
+                                    FILE_FLAG_WRITE_THROUGH, nullptr));
+    SystemError error = file ? SystemError() : last_error();
     ::LocalFree(descriptor);
-    if (error) {
-        return error;
-    }
     while (!error && !content.empty()) {
         DWORD written = 0;
         const auto part = static_cast<DWORD>(std::min(content.size(), std::size_t{1} << 20));
-        error = result_of(::WriteFile(file, content.data(), part, &written, nullptr));
+        error = result_of(::WriteFile(file.get(), content.data(), part, &written, nullptr));
         content.remove_prefix(written);
     }
-    ::CloseHandle(file);
     return error;
 }
 
@@ -80,18 +73,14 @@ SystemError finish(SystemError error, const std::string& made, const std::string
 } // namespace
 
 Result<std::string> real_path(const std::string& path) {
-    const HANDLE file =
-        ::CreateFileW(wide(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
+    const Handle file(::CreateFileW(wide(path).c_str(), 0,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     const auto name = std::make_unique<wchar_t[]>(longest_path);
-    const DWORD length = ::GetFinalPathNameByHandleW(file, name.get(), longest_path, 0);
-    const SystemError error = length == 0 ? last_error() : SystemError();
-    ::CloseHandle(file);
-    if (error) {
-        return error;
+    const DWORD length =
+        file ? ::GetFinalPathNameByHandleW(file.get(), name.get(), longest_path, 0) : 0;
+    if (length == 0) {
+        return last_error();
     }
     return narrow({name.get(), length});
 }

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::int64_t tick = 100; // nanoseconds
 constexpr std::int64_t epoch_in_ticks = 116'444'736'000'000'000;
-constexpr std::int64_t largest_ticks = INT64_MAX;
+constexpr std::int64_t largest_ticks = INT64_MAX; // the largest that FILETIME has as signed ticks
 
 /// One byte of a file in memory.
 class MappedByte {
@@ -44,39 +44,34 @@ FILETIME file_time(std::int64_t nanoseconds) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-FilePath no_path(SystemError error) {
-    return {{}, 0, error};
-}
-
 /// The path of a file as the system itself names its volume, such as
-/// `\Device\HarddiskVolume1\dir\file`. A view of the file is what tells it.
-Result<std::wstring> device_path(HANDLE file, std::size_t capacity) {
+/// `\Device\HarddiskVolume1\dir\file`, from a view of the file. Required: empty when that fails, as
+/// it does for an empty file.
+std::wstring device_path(HANDLE file, std::size_t capacity) {
     DWORD high = 0;
     if (::GetFileSize(file, &high) == 0 && high == 0) {
-        return SystemError::windows(ERROR_INVALID_PARAMETER); // nothing to map
+        return {};
     }
     const Handle mapping(::CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 1, nullptr));
     if (mapping.get() == nullptr) {
-        return SystemError::windows(ERROR_PATH_NOT_FOUND);
+        return {};
     }
     const MappedByte byte(mapping.get());
-    if (byte.get() == nullptr) {
-        return SystemError::windows(ERROR_NOT_ENOUGH_MEMORY);
-    }
     std::wstring path(capacity + 1, L'\0');
-    if (::GetMappedFileNameW(::GetCurrentProcess(), byte.get(), path.data(),
+    if (byte.get() == nullptr ||
+        ::GetMappedFileNameW(::GetCurrentProcess(), byte.get(), path.data(),
                              static_cast<DWORD>(capacity)) == 0) {
-        return last_error();
+        return {};
     }
     path.resize(std::wcslen(path.c_str()));
     return path;
 }
 
-/// The path with a drive letter, when one stands for its volume.
+/// The path with a drive letter; empty if none stands for its volume.
 std::wstring with_drive_letter(const std::wstring& path) {
     std::array<wchar_t, 1024> drives{};
     if (::GetLogicalDriveStringsW(static_cast<DWORD>(drives.size() - 1), drives.data()) == 0) {
-        return path;
+        return {};
     }
     for (const wchar_t* root = drives.data(); *root != L'\0'; root += std::wcslen(root) + 1) {
         const wchar_t drive[] = {*root, L':', L'\0'};
@@ -90,7 +85,7 @@ std::wstring with_drive_letter(const std::wstring& path) {
             return drive + path.substr(length);
         }
     }
-    return path;
+    return {};
 }
 
 } // namespace
@@ -136,13 +131,14 @@ FilePath path_of_file(FileHandle file, std::size_t capacity) {
     if (take_failure(Call::path_of_file)) {
         return {{}, capacity, seams().failure};
     }
-    const auto device = device_path(reinterpret_cast<HANDLE>(file), capacity);
-    if (!device) {
-        return no_path(device.error());
-    }
-    const std::wstring path = with_drive_letter(*device);
-    if (path.size() + 1 > capacity) {
-        return {{}, path.size() + 1, SystemError::windows(ERROR_NOT_ENOUGH_MEMORY)};
+    const std::wstring device = device_path(reinterpret_cast<HANDLE>(file), capacity);
+    const std::wstring on_drive = with_drive_letter(device);
+    const std::wstring& path = on_drive.empty() ? device : on_drive;
+    if (path.size() >= capacity) {
+        // Required: only a path with a drive letter counts the closing zero.
+        return {{},
+                path.size() + (on_drive.empty() ? 0 : 1),
+                SystemError::windows(ERROR_NOT_ENOUGH_MEMORY)};
     }
     return {narrow(path), path.size(), {}};
 }

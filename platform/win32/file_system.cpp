@@ -1,7 +1,6 @@
 #include "platform/file_system.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <io.h>
 
 #include "platform/seams.h"
@@ -71,28 +70,6 @@ void remove_file(const char* path) noexcept {
     if (::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, name, 4096) != 0) {
         ::DeleteFileW(name);
     }
-}
-
-void allow_removal(std::FILE* file) noexcept {
-    // A second handle of the same file, which shares deletion as the C runtime's own does not. It
-    // appends in one step, so that several processes can write to one file.
-    const auto own = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(file)));
-    Handle sharing(::ReOpenFile(own, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, 0));
-    if (!sharing) {
-        return;
-    }
-    const int descriptor =
-        ::_open_osfhandle(reinterpret_cast<std::intptr_t>(sharing.get()), _O_APPEND | _O_NOINHERIT);
-    if (descriptor == -1) {
-        return;
-    }
-    sharing.release(); // the descriptor's now
-    ::_dup2(descriptor, ::_fileno(file));
-    ::_close(descriptor);
-    // Required after _dup2(), whose copy child processes would inherit.
-    ::SetHandleInformation(reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(file))),
-                           HANDLE_FLAG_INHERIT, 0);
 }
 
 } // namespace platform

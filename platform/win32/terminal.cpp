@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/memory.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
@@ -17,30 +18,16 @@ bool is_console(DWORD stream) {
     return ::GetConsoleMode(::GetStdHandle(stream), &mode);
 }
 
-/// The console's input or output, whatever the standard streams are.
-class Console {
-  public:
-    explicit Console(const wchar_t* name)
-        : handle_(::CreateFileW(name, GENERIC_READ | GENERIC_WRITE,
-                                FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
-                                nullptr)) {}
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
-    ~Console() {
-        if (handle_ != INVALID_HANDLE_VALUE) {
-            ::CloseHandle(handle_);
-        }
-    }
-    HANDLE handle() const noexcept { return handle_; }
+/// Opens the console's input or output, whatever the standard streams are.
+HANDLE open_console(const wchar_t* name) {
+    return ::CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                         nullptr, OPEN_EXISTING, 0, nullptr);
+}
 
-    void write(std::wstring_view text) const {
-        DWORD done = 0;
-        ::WriteConsoleW(handle_, text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
-    }
-
-  private:
-    HANDLE handle_;
-};
+void write(const Handle& output, std::wstring_view text) {
+    DWORD done = 0;
+    ::WriteConsoleW(output.get(), text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
+}
 
 /// The UTF-8 of what was typed, in memory that does not move.
 std::string narrow_secret(std::wstring_view typed) {
@@ -67,18 +54,18 @@ bool error_is_terminal() {
 /// Ctrl+C ends the read, and then the process.
 struct SecretPrompt::State {
     State()
-        : usable(::GetConsoleMode(input.handle(), &before) &&
-                 ::SetConsoleMode(input.handle(), ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT)) {}
+        : usable(::GetConsoleMode(input.get(), &before) &&
+                 ::SetConsoleMode(input.get(), ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT)) {}
     State(const State&) = delete;
     State& operator=(const State&) = delete;
     ~State() {
         if (usable) {
-            ::SetConsoleMode(input.handle(), before);
+            ::SetConsoleMode(input.get(), before);
         }
     }
 
-    Console input{L"CONIN$"};
-    Console output{L"CONOUT$"};
+    Handle input{open_console(L"CONIN$")};
+    Handle output{open_console(L"CONOUT$")};
     DWORD before = 0;
     bool usable;
 };
@@ -93,12 +80,12 @@ SecretPrompt::SecretPrompt()
 SecretPrompt::~SecretPrompt() = default;
 
 std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
-    state_->output.write(wide(prompt));
+    write(state_->output, wide(prompt));
     std::array<wchar_t, longest_line> line{};
     DWORD length = 0;
-    const BOOL read = ::ReadConsoleW(state_->input.handle(), line.data(),
+    const BOOL read = ::ReadConsoleW(state_->input.get(), line.data(),
                                      static_cast<DWORD>(line.size()), &length, nullptr);
-    state_->output.write(L"\r\n");
+    write(state_->output, L"\r\n");
     const std::wstring_view typed(line.data(), length);
     const std::size_t end = typed.find_first_of(L"\r\n");
     std::optional<std::string> secret;

@@ -5,11 +5,11 @@
 
 namespace platform {
 
-/// UTF-16 of a UTF-8 text. What is no UTF-8 gives the empty text: as a name the system finds that
-/// nowhere.
+/// Converts UTF-8 to UTF-16. Invalid UTF-8 gives the empty text, a name that the system never
+/// finds. Throws std::length_error for texts of 2 GiB or more, as narrow() does.
 std::wstring wide(std::string_view text);
 
-/// UTF-8 of a UTF-16 text; a lone surrogate becomes U+FFFD.
+/// Converts UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.
 std::string narrow(std::wstring_view text);
 
 } // namespace platform

@@ -1,6 +1,6 @@
 #pragma once
 
-// The system's headers in the order and with the switches that all of win32/ needs.
+// The system's headers in the order and with the macros that win32/ needs.
 #ifndef WIN32_LEAN_AND_MEAN
 #define WIN32_LEAN_AND_MEAN
 #endif

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "platform/testing/testing.h"
-#include "qncore/trace_topic.h"
+#include "tests/qncertificates/quick_keys.h"
 
 namespace store_test {
 
@@ -16,6 +16,7 @@ Machine::Machine()
     : variable_("ORVA_Certificates", std::nullopt)
     , profile_("USERPROFILE", directory_.str())
     , home_("HOME", std::nullopt) {
+    support::make_keys_quickly();
     enter(directory_.str());
 }
 

@@ -19,35 +19,28 @@ class FileSystemTest : public ::testing::Test {
     std::string missing_ = directory_.file("missing");
 };
 
-TEST_F(FileSystemTest, Existence) {
-    EXPECT_TRUE(exists(file_));
-    EXPECT_TRUE(exists(directory_.str()));
-    EXPECT_FALSE(exists(missing_));
-    EXPECT_FALSE(check_existence(file_));
-    EXPECT_TRUE(check_existence(missing_).is_not_found());
-    EXPECT_FALSE(check_read_write_access(file_));
-    EXPECT_TRUE(check_read_write_access(missing_).is_not_found());
-    EXPECT_TRUE(is_directory(directory_.str()));
-    EXPECT_FALSE(is_directory(file_));
-    EXPECT_FALSE(is_directory(missing_));
-}
-
-TEST_F(FileSystemTest, CreateDirectory) {
-    EXPECT_FALSE(create_directory(missing_));
-    EXPECT_TRUE(is_directory(missing_));
-    EXPECT_TRUE(create_directory(missing_).is_already_exists());
-    EXPECT_TRUE(create_directory(file_).is_already_exists());
-    EXPECT_TRUE(create_directory(directory_.file("no/such")).is_not_found());
-}
-
-TEST_F(FileSystemTest, FileUtilities) {
-    EXPECT_TRUE(FileUtilities::create_directory(missing_));
-    EXPECT_TRUE(FileUtilities::create_directory(missing_)) << "exists already";
-    EXPECT_FALSE(FileUtilities::create_directory(file_)) << "a file is in the way";
-    EXPECT_FALSE(FileUtilities::create_directory(directory_.file("no/such")));
-    EXPECT_FALSE(FileUtilities::create_directory(""));
-    EXPECT_TRUE(FileUtilities::located_file(file_));
-    EXPECT_FALSE(FileUtilities::located_file(directory_.file("none")));
+TEST_F(FileSystemTest, WhatIsThereAndWhatIsMade) {
+    const std::string root = std::filesystem::path(directory_.str()).root_name().string();
+    const struct {
+        std::string path;
+        bool is_found;
+        bool is_directory;
+        bool is_one_afterwards; ///< after FileUtilities::create_directory()
+    } cases[] = {
+        {file_, true, false, false},         {directory_.str(), true, true, true},
+        {missing_, false, false, true},      {directory_.file("no/such"), false, false, false},
+        {"", false, false, false},           {root.empty() ? "/" : root, true, true, true},
+        {file_ + "/x", false, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        EXPECT_EQ(FileUtilities::located_file(c.path), c.is_found);
+        EXPECT_EQ(check_existence(c.path).is_not_found(), !c.is_found);
+        EXPECT_EQ(check_read_write_access(c.path).is_not_found(), !c.is_found);
+        EXPECT_EQ(is_directory(c.path), c.is_directory);
+        EXPECT_EQ(FileUtilities::create_directory(c.path), c.is_one_afterwards);
+        EXPECT_EQ(is_directory(c.path), c.is_one_afterwards);
+    }
 }
 
 TEST_F(FileSystemTest, KeyFilesKeepTheirContentAndAreHeldAlone) {

@@ -1,8 +1,5 @@
-#include <array>
-
 #include <gmock/gmock.h>
 
-#include "platform/path.h"
 #include "tests/platform/openers.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_directory.h"
@@ -51,39 +48,7 @@ TEST_F(FileTest, Dispositions) {
         EXPECT_EQ(static_cast<bool>(opened), c.opens_existing);
         EXPECT_EQ(opened.error().is_already_exists(), !c.opens_existing);
         EXPECT_EQ(content(), c.content_after);
-    }
-}
-
-TEST_F(FileTest, DirectoriesAreNoFiles) {
-    for (const Opener& opener : all_openers()) {
-        EXPECT_FALSE(opener.open(directory_.str())) << opener.text();
-    }
-}
-
-TEST_F(FileTest, AReadAtAPlaceLeavesTheFilePointer) {
-    const OpenFile file = reader_alone.open(name_);
-    std::array<char, 16> buffer{};
-    EXPECT_EQ(*seek_file(file.get(), 4, SeekMethod::begin), 4U);
-    EXPECT_EQ(*read_file_at(file.get(), 1, buffer.data(), 16), 6U);
-    EXPECT_EQ(std::string(buffer.data()), "ontent");
-    EXPECT_TRUE(read_file_at(file.get(), 7, buffer.data(), 16).error()) << "the end is an error";
-    EXPECT_EQ(*read_file_at(file.get(), 7, buffer.data(), 0), 0U);
-    if (!paths_have_drives) { // Windows moves the pointer of a synchronous handle
-        EXPECT_EQ(*seek_file(file.get(), 0, SeekMethod::current), 4U);
-    }
-}
-
-TEST_F(FileTest, ShareModesInOneProcess) {
-    for (const Opener& first : all_openers()) {
-        const OpenFile holder = first.open(name_);
-        ASSERT_TRUE(holder) << first.text();
-        for (const Opener& second : all_openers()) {
-            SCOPED_TRACE(first.text() + " then " + second.text());
-            const OpenFile other = second.open(name_);
-            const bool admitted = first.admits(second) && second.admits(first);
-            EXPECT_EQ(static_cast<bool>(other), admitted);
-            EXPECT_EQ(other.error().is_sharing_violation(), !admitted);
-        }
+        EXPECT_FALSE(writer.open(directory_.str(), c.disposition)) << "a directory";
     }
 }
 
@@ -102,30 +67,27 @@ support::ChildProcess holder_of(const std::string& name, const Opener& opener) {
              std::to_string(static_cast<int>(opener.sharing))}};
 }
 
-TEST_F(FileTest, ShareModesBetweenProcesses) {
+TEST_F(FileTest, ShareModesInOneProcessAndBetweenTwo) {
     for (const Opener& first : all_openers()) {
         support::ChildProcess child = holder_of(name_, first);
         child.wait_for("held");
         for (const Opener& second : all_openers()) {
             SCOPED_TRACE(first.text() + " then " + second.text());
-            EXPECT_EQ(static_cast<bool>(second.open(name_)),
-                      first.admits(second) && second.admits(first));
+            const OpenFile other = second.open(name_);
+            const bool admitted = first.admits(second) && second.admits(first);
+            EXPECT_EQ(static_cast<bool>(other), admitted);
+            EXPECT_EQ(other.error().is_sharing_violation(), !admitted);
+            for (const Opener& third : all_openers()) {
+                EXPECT_EQ(static_cast<bool>(third.open(name_)),
+                          first.admits(third) && third.admits(first) &&
+                              (!admitted || (second.admits(third) && third.admits(second))))
+                    << third.text();
+            }
         }
         child.tell();
         EXPECT_EQ(child.wait(), 0);
     }
     EXPECT_TRUE(reader_alone.open(name_)) << "nothing is left";
-}
-
-TEST_F(FileTest, OneOfManyOpenersIsEnoughToRefuse) {
-    const Opener reader{FileAccess::read, FileSharing::read_write};
-    const OpenFile readers[] = {reader.open(name_), reader.open(name_), reader.open(name_)};
-    const Opener denies_writing{FileAccess::read, FileSharing::read};
-    {
-        const OpenFile other = writer.open(name_);
-        EXPECT_FALSE(denies_writing.open(name_));
-    }
-    EXPECT_TRUE(denies_writing.open(name_)) << "the writer has gone";
 }
 
 TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
@@ -137,22 +99,6 @@ TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
         }
         EXPECT_EQ(content(), "content");
     }
-}
-
-TEST_F(FileTest, AKilledProcessHoldsNothing) {
-    support::ChildProcess child = holder_of(name_, reader_alone);
-    child.wait_for("held");
-    EXPECT_FALSE(writer.open(name_));
-    child.kill();
-    EXPECT_EQ(child.wait(), -1);
-    EXPECT_TRUE(writer.open(name_));
-}
-
-TEST_F(FileTest, AFileHeldAloneCanStillBeDeleted) {
-    const OpenFile holder = reader_alone.open(name_);
-    EXPECT_TRUE(std::filesystem::remove(support::native(name_)));
-    std::array<char, 7> buffer{};
-    EXPECT_EQ(*read_file(holder.get(), buffer.data(), 7), 7U);
 }
 
 } // namespace

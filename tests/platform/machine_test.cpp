@@ -4,10 +4,8 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/environment.h"
 #include "platform/name_service.h"
 #include "platform/testing/testing.h"
-#include "tests/support/environment_guard.h"
 
 namespace platform {
 namespace {
@@ -17,13 +15,13 @@ TEST(MachineTest, ComputerName) {
     testing::set_computer_name("OTHER");
     EXPECT_EQ(*computer_name(), "OTHER");
     testing::set_computer_name("");
-}
-
-TEST(MachineTest, EnvironmentVariables) {
-    const support::EnvironmentGuard guard("ORVA_TEST", std::nullopt);
-    EXPECT_EQ(environment_variable("ORVA_TEST"), std::nullopt);
-    set_environment_variable("ORVA_TEST", "a=b \xC3\xA4");
-    EXPECT_EQ(environment_text("ORVA_TEST"), "a=b \xC3\xA4");
+    testing::fail_call(1, sharing_violation());
+    EXPECT_EQ(computer_name().error(), sharing_violation());
+    EXPECT_TRUE(computer_name()) << "no more than once";
+    testing::fail_call(2, sharing_violation());
+    EXPECT_TRUE(computer_name());
+    EXPECT_FALSE(machine_root_directory());
+    EXPECT_EQ(testing::calls_made(), 2);
 }
 
 TEST(MachineTest, ErrorsKnowWhatTheyMean) {
@@ -31,6 +29,7 @@ TEST(MachineTest, ErrorsKnowWhatTheyMean) {
     EXPECT_TRUE(sharing_violation().is_sharing_violation());
     EXPECT_TRUE(SystemError::windows(5).is_access_denied());
     EXPECT_TRUE(SystemError::posix(EACCES).is_access_denied());
+    EXPECT_TRUE(SystemError::posix(ENOTDIR).is_not_found());
     EXPECT_FALSE(SystemError::windows(ENOENT + 100).is_not_found());
     EXPECT_NE(describe(SystemError::posix(ENOENT)), describe(SystemError::posix(EACCES)));
     EXPECT_NE(describe(SystemError::windows(2)), describe(SystemError::windows(5)));

@@ -1,9 +1,6 @@
 #include "tests/platform/mutex_fixture.h"
 
-#include <array>
 #include <future>
-#include <memory>
-#include <vector>
 
 #include "tests/support/child_process.h"
 
@@ -11,7 +8,6 @@ namespace platform {
 namespace {
 
 constexpr const char* name = "Global\\{orva-test}";
-constexpr int rounds = 100;
 
 template <class Function>
 SystemError in_another_thread(const Function& function) {
@@ -87,47 +83,6 @@ TEST_F(MutexTest, AKilledHolderLeavesItToTheNext) {
         EXPECT_FALSE(mutex.unlock());
     }
     EXPECT_FALSE(mutex.close());
-}
-
-/// Counts in a file under the mutex, which it is among the first to make.
-CHILD_PROCESS(count) {
-    testing::set_mutex_name_suffix(arguments.at(0));
-    support::say("ready");
-    support::wait_to_be_told();
-    NamedMutex mutex;
-    if (const SystemError error = mutex.create(name)) {
-        support::say(describe(error));
-        return 1;
-    }
-    for (int i = 0; i < rounds; ++i) {
-        if (mutex.lock()) {
-            return 2;
-        }
-        const int value = std::stoi(support::read_file(arguments.at(1)));
-        support::write_file(arguments.at(1), std::to_string(value + 1));
-        if (mutex.unlock()) {
-            return 3;
-        }
-    }
-    return 0;
-}
-
-TEST_F(MutexTest, EightFirstUsersAtOnce) {
-    const std::string counter = directory_.file("counter");
-    support::write_file(counter, "0");
-    std::vector<std::unique_ptr<support::ChildProcess>> children;
-    for (int i = 0; i < 8; ++i) {
-        children.push_back(std::make_unique<support::ChildProcess>(
-            "count", std::vector<std::string>{suffix_, counter}));
-        children.back()->wait_for("ready");
-    }
-    for (const auto& child : children) {
-        child->tell();
-    }
-    for (const auto& child : children) {
-        EXPECT_EQ(child->wait(), 0) << child->next_line();
-    }
-    EXPECT_EQ(support::read_file(counter), std::to_string(8 * rounds));
 }
 
 } // namespace

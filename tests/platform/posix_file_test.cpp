@@ -1,7 +1,17 @@
+#include <chrono>
+#include <csignal>
+#include <cstddef>
 #include <fcntl.h>
-#include <grp.h>
+#include <future>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
@@ -17,6 +27,8 @@ namespace platform {
 namespace {
 
 constexpr gid_t some_group = 65533;
+constexpr Opener reader{FileAccess::read, FileSharing::read_write};
+constexpr Opener writer_alone{FileAccess::write, FileSharing::none};
 
 struct stat status_of(const std::string& name) {
     struct stat status = {};
@@ -28,28 +40,6 @@ mode_t mode_of(const std::string& name) {
     return status_of(name).st_mode & 07777;
 }
 
-class MaskGuard {
-  public:
-    explicit MaskGuard(mode_t mask)
-        : before_(::umask(mask)) {}
-    MaskGuard(const MaskGuard&) = delete;
-    MaskGuard& operator=(const MaskGuard&) = delete;
-    ~MaskGuard() { ::umask(before_); }
-
-  private:
-    mode_t before_;
-};
-
-TEST(PosixFileTest, DescriptorsAreTheProcesssOwnAndWriteThrough) {
-    const support::TemporaryDirectory directory;
-    const OpenFile file(open_file(directory.file("f"), FileAccess::write,
-                                  FileDisposition::create_new, FileSharing::none,
-                                  {.sequential_scan = true, .write_through = true}));
-    const int descriptor = static_cast<int>(file.get());
-    EXPECT_EQ(::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
-    EXPECT_NE(::fcntl(descriptor, F_GETFL) & O_DSYNC, 0);
-}
-
 TEST(PosixFileTest, AStrangersLockCountsAsAnExclusiveOpener) {
     const support::TemporaryDirectory directory;
     const std::string name = directory.file("f");
@@ -57,13 +47,8 @@ TEST(PosixFileTest, AStrangersLockCountsAsAnExclusiveOpener) {
     const int stranger = ::open(name.c_str(), O_RDWR | O_CLOEXEC);
     struct flock all = {};
     all.l_whence = SEEK_SET;
-    for (const int kind : {LOCK_SH, LOCK_EX}) {
-        ASSERT_EQ(::flock(stranger, kind), 0);
-        const Opener reader{FileAccess::read, FileSharing::read_write};
-        EXPECT_TRUE(reader.open(name).error().is_sharing_violation());
-        ASSERT_EQ(::flock(stranger, LOCK_UN), 0);
-
-        all.l_type = kind == LOCK_SH ? F_RDLCK : F_WRLCK;
+    for (const short kind : {short{F_RDLCK}, short{F_WRLCK}}) {
+        all.l_type = kind;
         ASSERT_EQ(::fcntl(stranger, F_OFD_SETLK, &all), 0);
         for (const Opener& opener : all_openers()) {
             EXPECT_TRUE(opener.open(name).error().is_sharing_violation()) << opener.text();
@@ -71,88 +56,183 @@ TEST(PosixFileTest, AStrangersLockCountsAsAnExclusiveOpener) {
         all.l_type = F_UNLCK;
         ASSERT_EQ(::fcntl(stranger, F_OFD_SETLK, &all), 0);
     }
-    ::close(stranger);
     for (const Opener& opener : all_openers()) {
         EXPECT_TRUE(opener.open(name)) << opener.text();
     }
+    ASSERT_EQ(::flock(stranger, LOCK_SH), 0);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(reader.open(name).error().is_sharing_violation());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+    ::close(stranger);
 }
 
-TEST(PosixFileTest, WhereNothingCanBeLockedEveryOpenIsAllowed) {
-    const Opener writer_alone{FileAccess::write, FileSharing::none};
-    const OpenFile device = writer_alone.open("/proc/self/comm");
-    EXPECT_TRUE(device) << describe(device.error());
+TEST(PosixFileTest, WhatIsEmptiedIsEmptyWhateverItHeldBefore) {
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.file("f");
+    for (const auto disposition :
+         {FileDisposition::create_always, FileDisposition::truncate_existing}) {
+        support::write_file(name, "");
+        const int stranger = ::open(name.c_str(), O_RDWR | O_CLOEXEC);
+        ASSERT_EQ(::flock(stranger, LOCK_EX), 0);
+        auto waiting = std::async(std::launch::async,
+                                  [&] { return bool(writer_alone.open(name, disposition)); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ASSERT_EQ(::write(stranger, "content", 7), 7);
+        ::close(stranger);
+        EXPECT_TRUE(waiting.get());
+        EXPECT_EQ(support::read_file(name), "");
+    }
+}
+
+TEST(PosixFileTest, AClosedFileIsFreeThoughAForkedChildHasIt) {
+    const support::TemporaryDirectory directory;
+    const std::string name = directory.file("f");
+    const auto file =
+        open_file(name, FileAccess::write, FileDisposition::create_new, FileSharing::none, {});
+    const int inherited = ::dup(static_cast<int>(*file));
+    close_file(*file);
+    EXPECT_TRUE(writer_alone.open(name));
+    ::close(inherited);
+}
+
+TEST(PosixFileTest, OnlyFilesAndCharacterDevicesAreOpened) {
+    const support::TemporaryDirectory directory;
+    const std::string pipe = directory.file("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0666), 0);
+    for (const std::string& name : {pipe, directory.str()}) {
+        for (const Opener& opener : all_openers()) {
+            EXPECT_FALSE(opener.open(name)) << name << ' ' << opener.text();
+            EXPECT_FALSE(opener.open(name, FileDisposition::create_always)) << name;
+        }
+        EXPECT_FALSE(OpenFile(open_key_file(name))) << name;
+    }
+    const OpenFile device(open_file("/dev/null", FileAccess::write, FileDisposition::create_always,
+                                    FileSharing::none, {.write_through = true}));
+    const int flags = ::fcntl(static_cast<int>(device.get()), F_GETFL);
+    EXPECT_EQ(flags & (O_NONBLOCK | O_DSYNC), O_DSYNC);
+
+    auto writing = std::async(std::launch::async, [&] { support::write_file(pipe, "secret"); });
+    const OpenFile input(open_input(pipe));
+    char text[6] = {};
+    EXPECT_EQ(*read_file(input.get(), text, 6), 6U);
+    writing.get();
+}
+
+TEST(PosixFileTest, AWriteGoesOnAfterAPart) {
+    constexpr std::uint32_t largest = UINT32_MAX;
+    void* memory =
+        ::mmap(nullptr, largest, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    const OpenFile device = writer_alone.open("/dev/null");
+    EXPECT_EQ(*write_file(device.get(), memory, largest), largest);
+    ::munmap(memory, largest);
+
+    const support::TemporaryDirectory directory;
+    const OpenFile file = writer_alone.open(directory.file("f"), FileDisposition::create_new);
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit four_bytes = {4, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &four_bytes), 0);
+    EXPECT_EQ(*write_file(file.get(), "content", 7), 4U);
+    EXPECT_EQ(write_file(file.get(), "ent", 3).error(), SystemError::posix(EFBIG));
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+}
+
+/// Lets a system call fail from now on, where an argument of it has all these bits.
+bool let_fail(unsigned int call, unsigned int argument, unsigned int bits, unsigned int error) {
+    const auto place = static_cast<unsigned int>(offsetof(seccomp_data, args[0])) + 8 * argument;
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 4),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, place),
+        BPF_STMT(BPF_ALU | BPF_AND | BPF_K, bits),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, bits, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{std::size(program), program};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+CHILD_PROCESS(open_with_failing_calls) {
+    const auto number = [&](std::size_t i) {
+        return static_cast<unsigned int>(std::stoul(arguments.at(i)));
+    };
+    ::umask(0777);
+    if (!let_fail(number(1), number(2), number(3), number(4))) {
+        return -2;
+    }
+    const OpenFile file(open_key_file(arguments.at(0)));
+    return static_cast<int>(file.error().number());
+}
+
+TEST(PosixFileTest, FailuresOfLocksAndOfFilesWithoutAName) {
+    const struct {
+        const char* what;
+        int call;
+        int argument;
+        int bits;
+        int error;
+        int result;
+    } cases[] = {
+        {"no locks at all", SYS_flock, 1, LOCK_EX, ENOLCK, 0},
+        {"no locks of ranges", SYS_fcntl, 1, F_OFD_SETLK, ENOLCK, 0},
+        {"the guard fails", SYS_flock, 1, LOCK_EX, EIO, EIO},
+        {"a look fails", SYS_fcntl, 1, F_OFD_GETLK, EIO, EIO},
+        {"a lock fails", SYS_fcntl, 1, F_OFD_SETLK, EIO, EIO},
+        {"no files without a name", SYS_openat, 2, O_TMPFILE, EOPNOTSUPP, 0},
+        {"no mode", SYS_fchmod, 1, 0, EIO, EIO},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const support::TemporaryDirectory directory;
+        const std::string name = directory.file("key");
+        support::ChildProcess child("open_with_failing_calls",
+                                    {name, std::to_string(c.call), std::to_string(c.argument),
+                                     std::to_string(c.bits), std::to_string(c.error)});
+        EXPECT_EQ(child.wait(), c.result);
+        if (c.result == 0) {
+            EXPECT_EQ(mode_of(name), 0600U);
+        } else {
+            EXPECT_TRUE(std::filesystem::is_empty(directory.path())) << "nothing is left";
+        }
+    }
 }
 
 TEST(PosixFileTest, KeyFilesHaveTheirModeWhateverTheMask) {
-    for (const mode_t mask : {mode_t{0}, mode_t{077}, mode_t{0777}}) {
-        SCOPED_TRACE(mask);
-        const support::TemporaryDirectory directory;
-        const std::string name = directory.file("key");
-        const MaskGuard guard(mask);
-        ASSERT_TRUE(OpenFile(open_key_file(name)));
-        EXPECT_EQ(mode_of(name), 0600U);
-        EXPECT_FALSE(set_key_file_writable(name, false));
-        EXPECT_EQ(mode_of(name), 0400U);
-        EXPECT_FALSE(set_key_file_writable(name, true));
-        EXPECT_EQ(mode_of(name), 0600U);
-    }
     EXPECT_TRUE(set_key_file_writable("/nonexistent/key", true).is_not_found());
-}
-
-TEST(PosixFileTest, KeyFilesAreReadByTheGroupOfASetGroupIdDirectory) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can give a directory to any group";
+    for (const bool shared : {false, true}) {
+        if (shared && !support::may_change_account()) {
+            GTEST_SKIP() << "only root can give a directory to any group";
+        }
+        for (const mode_t mask : {mode_t{0}, mode_t{077}, mode_t{0777}}) {
+            SCOPED_TRACE(std::to_string(mask) + (shared ? " shared" : ""));
+            const support::TemporaryDirectory directory;
+            ASSERT_EQ(::chown(directory.str().c_str(), ::geteuid(), shared ? some_group : -1), 0);
+            ASSERT_EQ(::chmod(directory.str().c_str(), shared ? 02770 : 0700), 0);
+            const std::string key = directory.file("key");
+            const std::string document = directory.file("document");
+            const mode_t group = shared ? 040 : 0;
+            const mode_t before = ::umask(mask);
+            ASSERT_TRUE(OpenFile(open_key_file(key)));
+            EXPECT_EQ(mode_of(key), 0600U | group);
+            EXPECT_FALSE(set_key_file_writable(key, false));
+            EXPECT_EQ(mode_of(key), 0400U | group);
+            EXPECT_FALSE(set_key_file_writable(key, true));
+            EXPECT_EQ(mode_of(key), 0600U | group);
+            ASSERT_EQ(::chmod(key.c_str(), 0604), 0);
+            ASSERT_TRUE(OpenFile(open_key_file(key)));
+            EXPECT_EQ(mode_of(key), 0604U) << "an existing file keeps its mode";
+            EXPECT_FALSE(probe_write_access(document));
+            ::umask(before);
+            EXPECT_EQ(mode_of(document), shared ? 0660U : 0666U & ~mask);
+            EXPECT_EQ(status_of(key).st_gid == some_group, shared);
+            EXPECT_EQ(status_of(document).st_gid == some_group, shared);
+        }
     }
-    const support::TemporaryDirectory directory;
-    ASSERT_EQ(::chown(directory.str().c_str(), 0, some_group), 0);
-    ASSERT_EQ(::chmod(directory.str().c_str(), 02770), 0);
-    const std::string name = directory.file("key");
-    const MaskGuard guard(077);
-    ASSERT_TRUE(OpenFile(open_key_file(name)));
-    EXPECT_EQ(mode_of(name), 0640U);
-    EXPECT_EQ(status_of(name).st_gid, some_group);
-    EXPECT_FALSE(set_key_file_writable(name, false));
-    EXPECT_EQ(mode_of(name), 0440U);
-    EXPECT_FALSE(set_key_file_writable(name, true));
-    EXPECT_EQ(mode_of(name), 0640U);
-}
-
-TEST(PosixFileTest, AnExistingKeyFileKeepsItsOwnerAndMode) {
-    const support::TemporaryDirectory directory;
-    const std::string name = directory.file("key");
-    support::write_file(name, "key");
-    ASSERT_EQ(::chmod(name.c_str(), 0604), 0);
-    const struct stat before = status_of(name);
-    EXPECT_TRUE(OpenFile(open_key_file(name)));
-    const struct stat after = status_of(name);
-    EXPECT_EQ(after.st_ino, before.st_ino);
-    EXPECT_EQ(after.st_mode, before.st_mode);
-    EXPECT_EQ(support::read_file(name), "key");
-}
-
-CHILD_PROCESS(open_key_file_as_nobody) {
-    if (!support::become_nobody()) {
-        return 1;
-    }
-    const OpenFile file(open_key_file(arguments.at(0)));
-    support::say(file ? "opened" : describe(file.error()));
-    return file.error().is_access_denied() ? 0 : 2;
-}
-
-TEST(PosixFileTest, WhoeverMayNotOpenAKeyFileCannotReplaceIt) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can become another account";
-    }
-    const support::TemporaryDirectory directory;
-    ASSERT_EQ(::chmod(directory.str().c_str(), 0777), 0);
-    const std::string name = directory.file("key");
-    support::write_file(name, "key");
-    for (const mode_t mode : {mode_t{0600}, mode_t{0444}, mode_t{0222}}) {
-        ASSERT_EQ(::chmod(name.c_str(), mode), 0);
-        support::ChildProcess child("open_key_file_as_nobody", {name});
-        EXPECT_EQ(child.wait(), 0) << std::oct << mode << ": " << child.next_line();
-    }
-    EXPECT_EQ(support::read_file(name), "key");
 }
 
 } // namespace

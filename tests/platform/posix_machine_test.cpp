@@ -1,13 +1,12 @@
 #include "platform/machine.h"
 
-#include <unistd.h>
+#include <cerrno>
+#include <sys/stat.h>
 
 #include <gmock/gmock.h>
 
-#include "platform/environment.h"
 #include "platform/name_service.h"
 #include "platform/testing/testing.h"
-#include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
 
 namespace platform {
@@ -38,27 +37,14 @@ TEST(PosixMachineTest, TheMachinesSetting) {
         support::write_file(name, c.content);
         EXPECT_EQ(*machine_root_directory(), c.path) << c.content;
     }
+    testing::set_machine_setting(name + "/below");
+    EXPECT_EQ(*machine_root_directory(), std::nullopt) << "no such directory";
     testing::set_machine_setting(directory.str());
     EXPECT_EQ(machine_root_directory().error(), SystemError::posix(EISDIR));
+    ASSERT_EQ(::mkfifo(directory.file("pipe").c_str(), 0666), 0);
+    testing::set_machine_setting(directory.file("pipe"));
+    EXPECT_EQ(machine_root_directory().error(), SystemError::posix(EINVAL));
     testing::set_machine_setting("");
-}
-
-TEST(PosixMachineTest, TheUsersProfile) {
-    const support::EnvironmentGuard home("HOME", "/home/of");
-    {
-        const support::EnvironmentGuard profile("USERPROFILE", "/profile");
-        EXPECT_EQ(user_profile_directory(), "/profile");
-    }
-    const support::EnvironmentGuard profile("USERPROFILE", std::nullopt);
-    EXPECT_EQ(user_profile_directory(), "/home/of");
-    const support::EnvironmentGuard no_home("HOME", std::nullopt);
-    EXPECT_EQ(user_profile_directory(), std::nullopt);
-}
-
-TEST(PosixMachineTest, TheHostsWholeName) {
-    std::array<char, 256> name{};
-    ASSERT_EQ(::gethostname(name.data(), name.size()), 0);
-    EXPECT_EQ(*computer_name(), name.data());
 }
 
 TEST(PosixMachineTest, Addresses) {

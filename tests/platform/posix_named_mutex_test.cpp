@@ -152,19 +152,6 @@ TEST_F(MutexTest, AWaitSurvivesSignalsAndAnExchangedFile) {
     ::sigaction(SIGUSR1, &before, nullptr);
 }
 
-TEST_F(MutexTest, AHeldMutexMayBeClosed) {
-    NamedMutex held;
-    ASSERT_FALSE(held.create(name));
-    ASSERT_FALSE(held.lock());
-    ASSERT_FALSE(held.close());
-    NamedMutex again;
-    ASSERT_FALSE(again.create(name));
-    EXPECT_TRUE(is_locked(*lock_file_path(name)));
-    EXPECT_FALSE(again.unlock()) << "still held";
-    EXPECT_FALSE(is_locked(*lock_file_path(name)));
-    EXPECT_TRUE(again.unlock());
-}
-
 CHILD_PROCESS(hold_mutex_and_fork) {
     testing::set_mutex_name_suffix(arguments.at(0));
     NamedMutex mutex;
@@ -200,7 +187,7 @@ TEST_F(MutexTest, AForkedChildHoldsNothingAndKeepsNothingLocked) {
     EXPECT_FALSE(is_locked(*lock_file_path(name))) << "its child lives";
 }
 
-TEST_F(MutexTest, FilesLieAboveIt) {
+TEST_F(MutexTest, FilesLieAboveItAlsoWhenItIsClosed) {
     const int low = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     NamedMutex mutex;
     ASSERT_FALSE(mutex.create(name));
@@ -215,7 +202,10 @@ TEST_F(MutexTest, FilesLieAboveIt) {
         EXPECT_GE(descriptor, lock);
         EXPECT_EQ(::fcntl(static_cast<int>(descriptor), F_GETFD), FD_CLOEXEC);
     }
-    EXPECT_FALSE(mutex.unlock());
+    EXPECT_FALSE(mutex.close()) << "and stays held";
+    NamedMutex again;
+    ASSERT_FALSE(again.create(name));
+    EXPECT_FALSE(again.unlock());
     EXPECT_EQ(highest_lock_descriptor(), -1);
 }
 

@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include <gmock/gmock.h>
 
 #include "platform/file.h"
@@ -73,17 +71,17 @@ TEST_F(WindowsFileTest, TheProbeDoesNotShareDeletion) {
     ::CloseHandle(deleter);
 }
 
-TEST_F(WindowsFileTest, AStreamCanBeMadeToAllowItsRemoval) {
-    const std::string name = directory.file("trace");
-    std::FILE* stream = ::_wfopen(wide(name).c_str(), L"wb");
-    ASSERT_NE(stream, nullptr);
-    allow_removal(stream);
-    std::fputs("text", stream);
-    std::fflush(stream);
-    EXPECT_EQ(support::read_file(name), "text");
-    remove_file(name.c_str());
-    EXPECT_EQ(std::fclose(stream), 0);
-    EXPECT_FALSE(exists(name));
+TEST_F(WindowsFileTest, ATransferOfAnOverlappedHandleIsWaitedFor) {
+    const std::string name = directory.file("file");
+    support::write_file(name, "content");
+    const auto file = open_file(name, FileAccess::read, FileDisposition::open_existing,
+                                FileSharing::read_write, {.overlapped = true});
+    ASSERT_TRUE(file);
+    char text[8] = {};
+    EXPECT_EQ(*read_file_at(*file, 3, text, 7), 4U);
+    EXPECT_STREQ(text, "tent");
+    EXPECT_EQ(read_file_at(*file, 7, text, 7).error(), SystemError::windows(ERROR_HANDLE_EOF));
+    close_file(*file);
 }
 
 } // namespace

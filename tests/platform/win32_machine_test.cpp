@@ -59,10 +59,5 @@ TEST(WindowsMachineTest, VariablesAreBytesOrText) {
     EXPECT_EQ(environment_variable("ORVA_TEST"), long_value);
 }
 
-TEST(WindowsMachineTest, WordsOfTheSystem) {
-    EXPECT_EQ(describe(SystemError::windows(5)).find_first_of("\r\n"), std::string::npos);
-    EXPECT_EQ(describe(SystemError::windows(0x0FFFFFFF)), "Windows error 268435455");
-}
-
 } // namespace
 } // namespace platform

@@ -9,6 +9,7 @@
 #include "qncertificates/certificate_keys.h"
 #include "qncertificates/errors.h"
 #include "qncrypto/rsa.h"
+#include "tests/qncertificates/quick_keys.h"
 #include "tests/support/account.h"
 #include "tests/support/child_process.h"
 #include "tests/support/failure.h"
@@ -41,7 +42,10 @@ const Pair& pair(std::size_t number) {
 
 class CertificateKeysTest : public testing::Test {
   protected:
-    CertificateKeysTest() { write(text_of(pair(0).private_key), text_of(pair(0).public_key)); }
+    CertificateKeysTest() {
+        support::make_keys_quickly();
+        write(text_of(pair(0).private_key), text_of(pair(0).public_key));
+    }
 
     Keys open(bool regenerate, EFormat format = eFormatPkcs1Der) const {
         return Keys(new CertificateKeys(public_file, private_file, format, regenerate));

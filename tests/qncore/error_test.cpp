@@ -5,31 +5,23 @@
 
 #include "qncore/embedded_nul.h"
 #include "qncore/error_composer.h"
+#include "qncore/errors.h"
 #include "qncore/safe_cast.h"
 #include "qncore/streamers.h"
 #include "qncore/utf8.h"
+#include "tests/support/failure.h"
 #include "tests/support/trace_capture.h"
 
 namespace qncore {
 namespace {
+
+using support::error_of;
 
 constinit const ErrorCode branch{"error.test"};
 constinit const ErrorCode leaf{"error.test.leaf_code"};
 constinit const ErrorCode sibling{"error.test.leaf"};
 
 enum class Colour { red = 7 };
-
-template <class Function>
-ErrorInfoPtr info_of(const Function& function) {
-    try {
-        function();
-    } catch (const ErrorException& exception) {
-        EXPECT_STREQ(exception.what(), exception.info()->text().c_str());
-        return exception.info();
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return ErrorInfo::create(branch, "", {}, {});
-}
 
 TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
     const std::pair<const char*, const char*> cases[] = {
@@ -72,7 +64,7 @@ TEST(Errors, MatchingStopsAtSegments) {
 
 TEST(Errors, RethrowRaisesTheSameRecord) {
     const auto info = ErrorComposer("x").create(leaf, {});
-    EXPECT_EQ(info_of([&] { ErrorException(info).rethrow(); }), info);
+    EXPECT_EQ(error_of([&] { ErrorException(info).rethrow(); }), info);
 }
 
 TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {
@@ -85,7 +77,7 @@ TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {
     EXPECT_EQ(slot->text(), "second");
     EXPECT_EQ(slot->nested()->code(), error::qncore_errno);
     EXPECT_EQ(slot->location().function.view(), "here()");
-    EXPECT_EQ(info_of([&] {
+    EXPECT_EQ(error_of([&] {
                   ErrorComposer("x").create_transfer(nullptr, leaf, location, slot);
               })->nested(),
               slot);
@@ -116,7 +108,7 @@ TEST(Errors, CausesAreNested) {
     }
     const auto outer = ErrorComposer("outer").create(leaf, location, cases[0].cause);
     EXPECT_EQ(outer->chain_text(), "outer; cause: No such file or directory (errno 2)");
-    EXPECT_EQ(info_of([&] {
+    EXPECT_EQ(error_of([&] {
                   ErrorComposer("m").throw_with_nested_exception(leaf, location,
                                                                  std::runtime_error("words"));
               })->chain_text(),
@@ -124,49 +116,53 @@ TEST(Errors, CausesAreNested) {
 }
 
 TEST(Errors, OfTheCoreItself) {
-    struct Case {
-        void (*raise)();
-        const ErrorCode& code;
-        const char* text;
-        const char* function;
-    };
-    const Case cases[] = {
-        {[] { (void)safe_cast<int>(std::size_t{1} << 32); }, error::qncore_safeCast,
-         "The value 4294967296 is too large for the type i",
-         "qncore::impl::safe_cast_throw_value_truncated()"},
-        {[] { (void)safe_cast<unsigned>(std::size_t{1} << 32); }, error::qncore_safeCast,
-         "The value 4294967296 is too large for the type j",
-         "qncore::impl::safe_cast_throw_value_truncated()"},
+    const std::string truncated =
+        "error.qncore.safeCast|qncore::impl::safe_cast_throw_value_truncated()|The value ";
+    support::check_failures({
+        {[] { (void)safe_cast<int>(std::size_t{1} << 32); },
+         truncated + "4294967296 is too large for the type i"},
+        {[] { (void)safe_cast<unsigned>(std::size_t{1} << 32); },
+         truncated + "4294967296 is too large for the type j"},
         // The image of this value differs from it, so truncation is found first.
-        {[] { (void)safe_cast<int>(0x80000000U); }, error::qncore_safeCast,
-         "The value 2147483648 is too large for the type i",
-         "qncore::impl::safe_cast_throw_value_truncated()"},
-        {[] { (void)safe_cast<long long>(~std::size_t{0}); }, error::qncore_safeCast,
-         "The value 18446744073709551615 turns negative in the type x",
-         "qncore::impl::safe_cast_throw_sign_reversal()"},
-        {[] { check_no_embedded_nul(std::string("a\0b", 3)); }, error::qncore_embeddedNul,
-         "The text holds a zero character", "qncore::impl::raise_embedded_nul_error()"},
-        {[] { check_valid_utf8("ab\xFF", 3); }, error::qncore_encoding,
-         "Invalid UTF-8 sequence at byte 2", "qncore::check_valid_utf8()"},
-        {[] { to_string(std::wstring(L"a\xD800")); }, error::qncore_encoding,
-         "The wide text holds no code point at position 1", "qncore::to_string()"},
-    };
-    for (const Case& test : cases) {
-        const auto info = info_of(test.raise);
-        EXPECT_EQ(info->code(), test.code) << test.text;
-        EXPECT_EQ(info->text(), test.text);
-        EXPECT_EQ(info->location().function.view(), test.function);
-    }
+        {[] { (void)safe_cast<int>(0x80000000U); },
+         truncated + "2147483648 is too large for the type i"},
+        {[] { (void)safe_cast<long long>(~std::size_t{0}); },
+         "error.qncore.safeCast|qncore::impl::safe_cast_throw_sign_reversal()|The value "
+         "18446744073709551615 turns negative in the type x"},
+        {[] { check_no_embedded_nul(std::string("a\0b", 3)); },
+         "error.qncore.embeddedNul|qncore::impl::raise_embedded_nul_error()"},
+        {[] { check_valid_utf8("ab\xFF", 3); }, "error.qncore.encoding|qncore::check_valid_utf8()|"
+                                                "Invalid UTF-8 sequence at byte 2"},
+        {[] { to_string(std::wstring(L"a\xD800")); },
+         "error.qncore.encoding|qncore::to_string()|"
+         "The wide text holds no code point at position 1"},
+        {[] { throw_error(leaf, "a", ErrorParams(), QN_LOCATION("f()")); },
+         "error.test.leaf_code|f()|a"},
+        {[] { throw_error(leaf, SourceString("b"), QN_LOCATION("f()")); },
+         "error.test.leaf_code|f()|b"},
+        {[] { throw_errno(QN_LOCATION("f()"), ENOENT); }, "error.qncore.errno|f()"},
+        {[] { throw_winerror(QN_LOCATION("f()"), 5, false); },
+         "error.qncore.windows|f()|Windows error 5"},
+        {[](ErrorInfoPtr* slot) {
+             ErrorComposer("c").create_transfer_with_nested_winerror(slot, leaf, QN_LOCATION("f()"),
+                                                                     5, true);
+         },
+         "error.test.leaf_code|f()|c", "system"},
+    });
     EXPECT_EQ(safe_cast<int>(0x7FFFFFFFU), 0x7FFFFFFF);
 }
 
-TEST(Errors, EveryThrowIsToldToTheSystemTopic) {
+TEST(Errors, AThrowIsTracedAndAFilledSlotIsNot) {
     const support::TraceCapture capture("System=11");
-    info_of([] {
+    const auto fail = [](ErrorInfoPtr* slot) {
         ErrorComposer("broken {@what}")
             .param("what", "pipe")
-            .throw_with_nested_errno(leaf, QN_LOCATION("some::function()"), ENOENT);
-    });
+            .create_transfer_with_nested_errno(slot, leaf, QN_LOCATION("some::function()"), ENOENT);
+    };
+    ErrorInfoPtr slot;
+    fail(&slot);
+    EXPECT_TRUE(slot);
+    EXPECT_EQ(error_of([&] { fail(nullptr); })->text(), slot->text());
     EXPECT_THAT(capture.lines(),
                 testing::ElementsAre(testing::EndsWith(
                     " 11 System some::function() Error Message: broken pipe; cause: No such file "

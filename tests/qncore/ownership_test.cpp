@@ -31,55 +31,27 @@ class Square : public RefCounted<AtomicRefCount>, public Shape {
 
 class BigSquare final : public Square {};
 
-TEST(RefCountPtr, FreesTheObjectWithTheLastReference) {
-    {
-        RefCountPtr<Square> first = make_ref_counted<BigSquare>();
-        RefCountPtr<const Square> second = first;
-        RefCountPtr<const Square> third = std::move(second);
-        EXPECT_FALSE(second); // NOLINT(bugprone-use-after-move): moved-from pointers are null
-        const RefCountPtr<const Square>& same = third;
-        third = same;
-        first.reset();
-        EXPECT_EQ(g_living, 1);
-        EXPECT_EQ(third->corners(), 4);
-        third = nullptr;
-        EXPECT_EQ(g_living, 0);
-    }
-    EXPECT_EQ(g_living, 0);
-}
-
-TEST(InterfacePtr, KeepsTheObjectBehindTheInterface) {
+TEST(Ownership, ACountedObjectGoesWithItsLastReference) {
     using ShapePtr = InterfacePtr<const Shape, AtomicHolder>;
-    ShapePtr shape;
-    EXPECT_FALSE(shape);
-    {
-        const RefCountPtr<Square> square = make_ref_counted<Square>();
-        shape = ShapePtr(square);
-        const InterfacePtr<Shape, AtomicHolder> writable(square);
-        shape = writable;
-    }
+    RefCountPtr<Square> first = make_ref_counted<BigSquare>();
+    RefCountPtr<const Square> second = first;
+    RefCountPtr<const Square> third = std::move(second);
+    EXPECT_TRUE(second == nullptr); // NOLINT(bugprone-use-after-move): moved-from pointers are null
+    const RefCountPtr<const Square>& same = third;
+    third = same;
+    EXPECT_FALSE(ShapePtr());
+    ShapePtr shape = InterfacePtr<Shape, AtomicHolder>(first);
     ShapePtr moved = std::move(shape);
     EXPECT_FALSE(shape); // NOLINT(bugprone-use-after-move): moved-from pointers are null
-    EXPECT_EQ(moved->corners(), 4);
+    first.reset();
+    third = nullptr;
     EXPECT_EQ(g_living, 1);
+    EXPECT_EQ(moved->corners(), 4);
     moved = ShapePtr();
     EXPECT_EQ(g_living, 0);
 }
 
-TEST(StrongWeakPtr, TheWeakReferenceOutlivesTheObject) {
-    WeakPtr<int> weak;
-    {
-        const StrongPtr<int> strong(new int(5));
-        StrongPtr<int> copy = strong;
-        weak = WeakPtr<int>(copy);
-        copy = StrongPtr<int>();
-        EXPECT_EQ(*weak.lock(), 5);
-    }
-    EXPECT_FALSE(weak.lock());
-    EXPECT_FALSE(WeakPtr<int>().lock());
-}
-
-TEST(StrongWeakPtr, ConcurrentOwnersFreeOnce) {
+TEST(Ownership, ConcurrentOwnersFreeOnce) {
     struct Counted {
         explicit Counted(std::atomic<int>& counter)
             : deaths(counter) {}
@@ -89,18 +61,19 @@ TEST(StrongWeakPtr, ConcurrentOwnersFreeOnce) {
     std::atomic<int> deaths{0};
     {
         StrongPtr<Counted> owner(new Counted(deaths));
-        const WeakPtr<Counted> weak(owner);
         std::vector<std::thread> threads;
         threads.reserve(4);
         for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([owner, weak] {
+            threads.emplace_back([owner] {
                 for (int turn = 0; turn < 1000; ++turn) {
-                    const StrongPtr<Counted> mine = weak.lock();
-                    EXPECT_TRUE(mine);
+                    StrongPtr<Counted> mine = owner;
+                    EXPECT_EQ(mine->deaths, 0);
+                    mine = StrongPtr<Counted>();
                 }
             });
         }
         owner = StrongPtr<Counted>();
+        EXPECT_FALSE(owner);
         for (std::thread& thread : threads) {
             thread.join();
         }

@@ -1,11 +1,14 @@
 #include <algorithm>
+#include <filesystem>
+#include <locale>
 #include <stdexcept>
-#include <thread>
 
 #include <gmock/gmock.h>
 
 #include "qncore/string_trace_data.h"
 #include "qncore/trace_message.h"
+#include "tests/support/allocations.h"
+#include "tests/support/child_process.h"
 #include "tests/support/trace_capture.h"
 
 namespace qntrace {
@@ -71,17 +74,23 @@ TEST(Trace, ALineHasItsFieldsAndStaysOneLine) {
     EXPECT_EQ(start.find_first_not_of("0:", time.size()), std::string::npos); // process:thread
 }
 
-TEST(Trace, ValuesTakeThePlaceholdersInTurn) {
+struct Grouping : std::numpunct<char> {
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Trace, ValuesTakeThePlaceholdersInTurnAndReadTheSameUnderEveryLocale) {
     const std::pair<const char*, std::string> cases[] = {
-        {"{}{}{}", "1two3"},   {"{} {} {} end", "1 two 3 end"},
-        {"{}, {}", "1, two3"}, {"{} {} {} {}", "1 two 3 "},
-        {"none", "none1two3"}, {"{@a} { } {}", "{@a} { } 1two3"},
+        {"{}{}{}", "1234two3"},   {"{} {} {} end", "1234 two 3 end"},
+        {"{}, {}", "1234, two3"}, {"{} {} {} {}", "1234 two 3 "},
+        {"none", "none1234two3"}, {"{@a} { } {}", "{@a} { } 1234two3"},
     };
     const TraceCapture capture("Test=81");
+    const std::locale before = std::locale::global(std::locale({}, new Grouping));
     for (const auto& [format, text] : cases) {
-        QN_TRACE_NOTE(topic(), "f()", format, 1, std::string("two"), 3U);
+        QN_TRACE_NOTE(topic(), "f()", format, 1234, std::string("two"), 3U);
         EXPECT_THAT(capture.lines().back(), EndsWith(" f() " + text));
     }
+    std::locale::global(before);
 }
 
 TEST(Trace, EntryAndExitAreWrittenHoweverTheFunctionEnds) {
@@ -100,33 +109,99 @@ TEST(Trace, EntryAndExitAreWrittenHoweverTheFunctionEnds) {
                                              EndsWith("inside"), EndsWith("exit")));
 }
 
-TEST(Trace, ConcurrentMessagesNeverInterleave) {
-    const TraceCapture capture("Test=41");
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
-            const std::string text(500, 'x');
-            for (int turn = 0; turn < 100; ++turn) {
-                QN_TRACE_NOTE(topic(), "f()", "<{}>", text);
-            }
-        });
+const std::string long_text(6000, 'x');
+
+CHILD_PROCESS(write_trace_lines) {
+    support::say("ready");
+    support::wait_to_be_told();
+    for (int turn = 0; turn < 300; ++turn) {
+        QN_TRACE_NOTE(topic(), "f()", "<{}>", long_text);
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    const auto lines = capture.lines();
-    EXPECT_EQ(lines.size(), 400U);
-    EXPECT_THAT(lines, testing::Each(EndsWith("<" + std::string(500, 'x') + ">")));
+    return 0;
 }
 
-TEST(Trace, AFileThatCannotBeOpenedStopsNobody) {
+// The children read the environment with their first message, as every program does.
+TEST(Trace, LinesOfSeveralProcessesStayWhole) {
     const TraceCapture capture("Test=41");
-    const support::EnvironmentGuard nowhere("QNTRACE_FILE", "/dev/null/trace.log");
-    testing::internal::CaptureStderr();
+    support::ChildProcess first("write_trace_lines", {});
+    support::ChildProcess second("write_trace_lines", {});
+    for (support::ChildProcess* const child : {&first, &second}) {
+        child->wait_for("ready");
+    }
+    first.tell();
+    second.tell();
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_EQ(second.wait(), 0);
+    EXPECT_EQ(capture.lines().size(), 600U);
+    EXPECT_THAT(capture.lines(), testing::Each(EndsWith(" 41 Test f() <" + long_text + ">")));
+}
+
+/// The exit status tells whether the file came with the start of the process (Linux alone tells).
+CHILD_PROCESS(has_file_open) {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", ignored)) {
+        if (std::filesystem::read_symlink(entry, ignored) == arguments[0]) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+TEST(Trace, TheFileIsMadeByTheFirstLineKeptByTheNextAndTurnsOverWhenFull) {
+    const TraceCapture off("");
+    QN_TRACE_NOTE(topic(), "f()", "not written");
+    EXPECT_FALSE(std::filesystem::exists(off.file()));
+
+    const TraceCapture capture("Test=41");
+    const auto older = [&](const char* age) { return capture.file() + age; };
+    EXPECT_FALSE(std::filesystem::exists(capture.file()));
+    QN_TRACE_NOTE(topic(), "f()", "one");
     reload_configuration();
-    QN_TRACE_NOTE(topic(), "f()", "to standard error");
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr("to standard error"));
+    QN_TRACE_NOTE(topic(), "f()", "two");
+    EXPECT_THAT(capture.lines(), ElementsAre(EndsWith("one"), EndsWith("two")));
+    for (const char* const last : {"three", "four", "five", "six"}) {
+        const std::string full = last + std::string(5U << 20, '\n');
+        support::write_file(capture.file(), full);
+        QN_TRACE_NOTE(topic(), "f()", "{}", last);
+        EXPECT_THAT(capture.lines(), ElementsAre(EndsWith(last)));
+        EXPECT_EQ(support::read_file(older(".1")), full);
+    }
+    EXPECT_EQ(support::read_file(older(".3")).substr(0, 4), "four");
+    EXPECT_FALSE(std::filesystem::exists(older(".4")));
+    EXPECT_EQ(support::ChildProcess("has_file_open", {capture.file()}).wait(), 0);
+    std::filesystem::remove(support::native(capture.file())); // open as it is
+    reload_configuration();                                   // Windows removes it with the close
+    EXPECT_FALSE(std::filesystem::exists(capture.file()));
+}
+
+TEST(Trace, NoFailedAllocationReachesTheCaller) {
+    const TraceCapture capture("Test=81");
+    intTopicHdl* const handle = topic();
+    bool failed = true;
+    for (std::size_t number = 1; failed; ++number) {
+        reload_configuration();
+        failed = support::with_failing_allocation(number, [handle] {
+            QN_TRACE_FUNCTION(handle, "f()");
+            QN_TRACE_NOTE(handle, "f()", "{} a text longer than any string's own room {}",
+                          std::string_view(long_text), 2);
+        });
+    }
+    EXPECT_GE(capture.lines().size(), 3U);
+}
+
+TEST(Trace, AFileThatCannotBeWrittenStopsNobody) {
+    const TraceCapture capture("Test=41");
+    const auto written_to_stderr = [](const char* file) {
+        const support::EnvironmentGuard guard("QNTRACE_FILE", file);
+        testing::internal::CaptureStderr();
+        reload_configuration();
+        QN_TRACE_NOTE(topic(), "f()", "to standard error");
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_THAT(written_to_stderr("/dev/null/trace.log"), testing::HasSubstr("to standard error"));
+    if (std::filesystem::exists("/dev/full")) {
+        EXPECT_EQ(written_to_stderr("/dev/full"), "");
+    }
     EXPECT_THAT(capture.lines(), IsEmpty());
 }
 

@@ -1,8 +1,11 @@
 #include "tests/qncrypto/bare_openssl.h"
 
+#include <cstdlib>
 #include <map>
+#include <utility>
 
 #include <gtest/gtest.h>
+#include <openssl/crypto.h>
 #include <openssl/err.h>
 
 namespace qncrypto::test {
@@ -10,12 +13,6 @@ namespace qncrypto::test {
 Rsa KeyPair::rsa() const {
     const unsigned char* position = private_key.data();
     return {d2i_RSAPrivateKey(nullptr, &position, static_cast<long>(private_key.size())), RSA_free};
-}
-
-Pkey KeyPair::pkey() const {
-    Pkey key(EVP_PKEY_new(), EVP_PKEY_free);
-    EVP_PKEY_assign(key.get(), EVP_PKEY_RSA, rsa().release());
-    return key;
 }
 
 const KeyPair& key_pair(unsigned int bits) {
@@ -51,61 +48,21 @@ Bytes some_bytes(std::size_t count) {
     return bytes;
 }
 
-const EVP_MD* evp_digest(HashAlgorithm hash) {
-    const EVP_MD* const digests[] = {EVP_md5(),    EVP_sha1(),   EVP_sha224(),
-                                     EVP_sha256(), EVP_sha384(), EVP_sha512()};
-    return digests[static_cast<std::size_t>(hash)];
-}
-
-Bytes digest_of(HashAlgorithm hash, const std::string& text) {
-    Bytes digest(EVP_MAX_MD_SIZE);
-    unsigned int size = 0;
-    EVP_Digest(text.data(), text.size(), digest.data(), &size, evp_digest(hash), nullptr);
-    digest.resize(size);
-    return digest;
-}
-
-EvpContext evp_context(const Pkey& key, int (*init)(EVP_PKEY_CTX*), int padding,
-                       const EVP_MD* digest) {
-    EvpContext context(EVP_PKEY_CTX_new(key.get(), nullptr), EVP_PKEY_CTX_free);
-    init(context.get());
-    EVP_PKEY_CTX_set_rsa_padding(context.get(), padding);
-    if (digest != nullptr) {
-        EVP_PKEY_CTX_set_signature_md(context.get(), digest);
-    }
-    return context;
-}
-
-Bytes by_openssl(const EvpContext& context, decltype(EVP_PKEY_encrypt)* run, const Bytes& input) {
-    Bytes output(1024);
-    std::size_t size = output.size();
-    EXPECT_EQ(run(context.get(), output.data(), &size, input.data(), input.size()), 1);
-    output.resize(size);
-    return output;
-}
-
-qncore::ErrorInfoPtr thrown_by(const std::function<void()>& function) {
-    try {
-        function();
-    } catch (const qncore::ErrorException& exception) {
-        return exception.info();
-    }
-    return {};
-}
-
-void expect_error(const qncore::ErrorInfoPtr& info, const qncore::ErrorCode& code,
-                  const std::string& text, const std::string& function, bool from_openssl) {
-    ASSERT_TRUE(info) << "no error: " << text;
-    EXPECT_EQ(info->code().path(), code.path()) << text;
-    EXPECT_EQ(info->text(), text);
-    EXPECT_EQ(info->location().function.view(), function) << text;
-    ASSERT_EQ(static_cast<bool>(info->nested()), from_openssl) << info->chain_text();
-    if (from_openssl) {
-        EXPECT_EQ(info->nested()->code().path(), error::qncrypto_openssl.path()) << text;
-    }
-}
-
 namespace {
+
+int g_failing = 0; // counts down to the allocation that fails
+
+bool fails_now() {
+    return g_failing > 0 && --g_failing == 0;
+}
+
+// Before OpenSSL's first allocation, or it refuses.
+const int g_replaced = CRYPTO_set_mem_functions(
+    [](std::size_t size, const char*, int) { return fails_now() ? nullptr : std::malloc(size); },
+    [](void* block, std::size_t size, const char*, int) {
+        return fails_now() ? nullptr : std::realloc(block, size);
+    },
+    [](void* block, const char*, int) { std::free(block); });
 
 int fail() {
     ERR_raise(ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
@@ -118,15 +75,18 @@ int fail_transform(int, const unsigned char*, unsigned char*, RSA*, int) {
 
 } // namespace
 
+bool with_failing_openssl_allocation(int number, const std::function<void()>& action) {
+    EXPECT_EQ(g_replaced, 1);
+    g_failing = number;
+    action();
+    return std::exchange(g_failing, 0) == 0;
+}
+
 FailingOpenssl::FailingOpenssl()
     : before_(RSA_get_default_method())
     , failing_(RSA_meth_dup(before_)) {
     RSA_meth_set_priv_enc(failing_, fail_transform);
-    RSA_meth_set_priv_dec(failing_, fail_transform);
-    RSA_meth_set_pub_enc(failing_, fail_transform);
     RSA_meth_set_pub_dec(failing_, fail_transform);
-    RSA_meth_set_sign(failing_, [](int, const unsigned char*, unsigned int, unsigned char*,
-                                   unsigned int*, const RSA*) { return fail(); });
     RSA_meth_set_verify(failing_, [](int, const unsigned char*, unsigned int, const unsigned char*,
                                      unsigned int, const RSA*) { return fail(); });
     RSA_meth_set_keygen(failing_, [](RSA*, int, BIGNUM*, BN_GENCB*) { return fail(); });

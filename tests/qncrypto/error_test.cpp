@@ -66,18 +66,5 @@ TEST_F(OpensslErrors, TheOldestEntryIsOutermostAndTheDepthIsALimit) {
     }
 }
 
-// OpenSSL 3 keeps 16 places, one of them free: what it forgot is not made up.
-TEST_F(OpensslErrors, AQueueThatRanOverGivesWhatItKept) {
-    for (int line = 1; line <= 33; ++line) {
-        put("f", "f.c", line, ERR_LIB_RSA, ERR_R_INTERNAL_ERROR);
-    }
-    const auto info = openssl_error_info(32);
-    const int kept = length_of(info.get());
-    ASSERT_GT(kept, 0);
-    ASSERT_LE(kept, 32);
-    EXPECT_EQ(info->location().line, static_cast<unsigned int>(33 - kept + 1));
-    EXPECT_EQ(ERR_peek_error() == 0, kept < 32);
-}
-
 } // namespace
 } // namespace qncrypto

@@ -3,20 +3,17 @@
 #include <openssl/err.h>
 #include <openssl/pem.h>
 
-#include "qncore/error_info.h"
 #include "tests/qncrypto/bare_openssl.h"
+#include "tests/support/failure.h"
+#include "tests/support/trace_capture.h"
 
 namespace qncrypto {
 namespace {
 
 using namespace test;
 using qncore::ErrorInfoPtr;
+using Pkey = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Bio = std::unique_ptr<BIO, decltype(&BIO_free_all)>;
-
-constexpr const char* create_text = "qncrypto::RsaContext::create_key_pair()";
-constexpr const char* to_pkcs8_text = "qncrypto::RsaContext::private_key_as_pkcs8_pem()";
-constexpr const char* from_pkcs8_text = "qncrypto::RsaContext::private_key_from_pkcs8_pem()";
-constexpr const char* from_pem_text = "qncrypto::RsaContext::public_key_from_pem()";
 
 Key key_of(const std::string& text) {
     return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
@@ -47,66 +44,50 @@ TEST_F(Formats, KeyPairsHaveTheSizeAskedForAndBelongTogether) {
 }
 
 TEST_F(Formats, KeyPairsHaveLimits) {
-    struct Case {
-        unsigned int bits;
-        const char* text;
-    };
-    const Case cases[] = {
-        {0, "Specified RSA key length is insufficient"},
-        {511, "Specified RSA key length is insufficient"},
-        {32769, "Excessively larget RSA key length specified"},
-        {0xFFFFFFFF, "Excessively larget RSA key length specified"},
-    };
+    const std::string report = "error.qncrypto.rsa.keygen|qncrypto::RsaContext::create_key_pair()|";
+    const std::string too_short = report + "Specified RSA key length is insufficient";
+    const std::string too_long = report + "Excessively larget RSA key length specified";
+    const std::string failed = report + "Failed to generate RSA key pair";
     Key private_key;
     Key public_key;
-    for (const Case& test : cases) {
-        expect_error(
-            thrown_by([&] { RsaContext::create_key_pair(test.bits, private_key, public_key); }),
-            error::qncrypto_rsa_keygen, test.text, create_text, false);
-    }
+    const auto create = [&](unsigned int bits) {
+        return [&, bits] { RsaContext::create_key_pair(bits, private_key, public_key); };
+    };
     const FailingOpenssl failing;
-    for (const unsigned int bits : {512U, 32768U}) {
-        expect_error(thrown_by([&] { RsaContext::create_key_pair(bits, private_key, public_key); }),
-                     error::qncrypto_rsa_keygen, "Failed to generate RSA key pair", create_text,
-                     true);
-    }
+    support::check_failures({{create(0), too_short},
+                             {create(511), too_short},
+                             {create(512), failed, openssl},
+                             {create(32768), failed, openssl},
+                             {create(32769), too_long},
+                             {create(0xFFFFFFFF), too_long}});
     EXPECT_TRUE(private_key.empty() && public_key.empty());
 }
 
-TEST_F(Formats, ContextsRefuseWhatIsNoKey) {
+TEST_F(Formats, WhatIsNoKeyIsRefused) {
     const Bytes garbage = some_bytes(40);
     const KeyPair& pair = key_pair();
-    struct Case {
-        const unsigned char* bytes;
-        std::size_t size;
-        const char* private_text;
-        const char* public_text;
-        bool from_openssl;
+    const std::string code = "error.qncrypto.rsa.key|qncrypto::";
+    const auto check = [&](const unsigned char* bytes, std::size_t size, bool empty) {
+        const std::string text = empty ? "Key size is 0" : "RSA key specified";
+        const char* const cause = empty ? "" : openssl;
+        support::check_failures({{[=] { RsaPrivateContext(bytes, size); },
+                                  code + "RsaPrivateContext::RsaPrivateContext()|" +
+                                      (empty ? "Private " : "Invalid private ") + text,
+                                  cause},
+                                 {[=] { RsaPublicContext(bytes, size); },
+                                  code + "RsaPublicContext::RsaPublicContext()|" +
+                                      (empty ? "Public " : "Invalid public ") + text,
+                                  cause}});
     };
-    const char* const no_private = "Private Key size is 0";
-    const char* const no_public = "Public Key size is 0";
-    const char* const bad_private = "Invalid private RSA key specified";
-    const char* const bad_public = "Invalid public RSA key specified";
-    const Case cases[] = {
-        {nullptr, 0, no_private, no_public, false},
-        {nullptr, 5, no_private, no_public, false},
-        {garbage.data(), 0, no_private, no_public, false},
-        {garbage.data(), 40, bad_private, bad_public, true},
-        {pair.private_key.data(), pair.private_key.size() - 1, bad_private, bad_public, true},
-        {pair.public_key.data(), pair.public_key.size() - 1, bad_private, bad_public, true},
-    };
-    for (const Case& test : cases) {
-        expect_error(thrown_by([&] { RsaPrivateContext(test.bytes, test.size); }),
-                     error::qncrypto_rsa_key, test.private_text,
-                     "qncrypto::RsaPrivateContext::RsaPrivateContext()", test.from_openssl);
-        expect_error(thrown_by([&] { RsaPublicContext(test.bytes, test.size); }),
-                     error::qncrypto_rsa_key, test.public_text,
-                     "qncrypto::RsaPublicContext::RsaPublicContext()", test.from_openssl);
-    }
+    check(nullptr, 0, true);
+    check(nullptr, 5, true);
+    check(garbage.data(), 0, true);
+    check(garbage.data(), 40, false);
+    check(pair.private_key.data(), pair.private_key.size() - 1, false);
+    check(pair.public_key.data(), pair.public_key.size() - 1, false);
     for (const Key& key : {Key(), Key(garbage.data(), 40), pair.public_key}) {
-        expect_error(thrown_by([&] { RsaContext::public_key_from_private_key(key); }),
-                     error::qncrypto_rsa_key, bad_private,
-                     "qncrypto::RsaContext::public_key_from_private_key()", true);
+        support::check_failures({{[&] { RsaContext::public_key_from_private_key(key); },
+                                  code + "RsaContext::public_key_from_private_key()", openssl}});
     }
 }
 
@@ -125,41 +106,28 @@ TEST_F(Formats, Pkcs8IsReadByOpensslAndBack) {
         const Pkey read(PEM_read_bio_PrivateKey(bio.get(), nullptr, nullptr, given.data()),
                         EVP_PKEY_free);
         ASSERT_TRUE(read) << cipher;
-        EXPECT_EQ(EVP_PKEY_eq(read.get(), pair.pkey().get()), 1) << cipher;
+        EXPECT_EQ(BN_cmp(RSA_get0_d(EVP_PKEY_get0_RSA(read.get())), RSA_get0_d(pair.rsa().get())),
+                  0);
     }
 }
 
 TEST_F(Formats, Pkcs8IsNotWrittenWithoutAPasswordAKeyAndACipher) {
-    const Key password = key_of("secret");
-    const Key garbage = key_of("garbage");
+    const auto write = [](const Key& key, const char* password, const char* cipher) {
+        return [=] {
+            ERR_clear_error();
+            RsaContext::private_key_as_pkcs8_pem(key, key_of(password), cipher);
+        };
+    };
     const Key& key = key_pair().private_key;
-    struct Case {
-        const Key& key;
-        Key password;
-        const char* cipher;
-        const qncore::ErrorCode& code;
-        const char* text;
-        bool from_openssl;
-    };
-    const Case cases[] = {
-        {garbage, Key(), "none", error::qncrypto_rsa_keystore_password, "No password specified",
-         false},
-        {garbage, password, "none", error::qncrypto_rsa_key, "Invalid private RSA key specified",
-         true},
-        {key, password, "rot13", error::qncrypto_rsa_keystore_cipher,
-         "Unknown encryption cipher 'rot13'", false},
-        {key, password, nullptr, error::qncrypto_rsa_keystore_cipher,
-         "Unknown encryption cipher ''", false},
-        {key, password, "chacha20", error::qncrypto_rsa_keystore_encoding,
-         "Error encrypting private key", true},
-    };
-    for (const Case& test : cases) {
-        ERR_clear_error();
-        expect_error(thrown_by([&] {
-                         RsaContext::private_key_as_pkcs8_pem(test.key, test.password, test.cipher);
-                     }),
-                     test.code, test.text, to_pkcs8_text, test.from_openssl);
-    }
+    const std::string by = "|qncrypto::RsaContext::private_key_as_pkcs8_pem()";
+    support::check_failures({
+        {write(key_of("garbage"), "", "none"), "error.qncrypto.rsa.keystore.password" + by},
+        {write(key_of("garbage"), "secret", "none"), "error.qncrypto.rsa.key" + by, openssl},
+        {write(key, "secret", "rot13"),
+         "error.qncrypto.rsa.keystore.cipher" + by + "|Unknown encryption cipher 'rot13'"},
+        {write(key, "secret", nullptr), "error.qncrypto.rsa.keystore.cipher" + by},
+        {write(key, "secret", "chacha20"), "error.qncrypto.rsa.keystore.encoding" + by, openssl},
+    });
 }
 
 /// A PKCS#8 text that holds a key of another kind.
@@ -183,7 +151,7 @@ TEST_F(Formats, PublicPemIsOpensslsWithoutTheLastLineFeed) {
                 key_pair().public_key);
 }
 
-/// A public key as PEM text behind a password, which OpenSSL writes when told to.
+/// A public key as encrypted PEM text, which OpenSSL writes when told to.
 std::string enciphered_public_pem() {
     const Bio bio(BIO_new(BIO_s_mem()), BIO_free_all);
     const unsigned char password[] = "secret";
@@ -200,52 +168,49 @@ TEST_F(Formats, PemTextThatIsNotReadGoesToTheSlotOrIsThrown) {
     const std::string pkcs8 = RsaContext::private_key_as_pkcs8_pem(key_pair().private_key,
                                                                    key_of("secret"), "aes-128-cbc");
     const std::string pem = RsaContext::public_key_as_pem(key_pair().public_key);
-    const auto& decoding = error::qncrypto_rsa_keystore_decoding;
-    const auto& decrypt = error::qncrypto_rsa_keystore_decrypt;
-    const char* const bad_pkcs8 = "Error decoding PKCS#8 private key";
-    const char* const bad_password = "Error decrypting PKCS#8 private key (password wrong?)";
-    const char* const bad_pem = "Error decoding RSA public key";
-    struct Case {
-        std::string text;
-        const char* password; ///< null: a public key is read
-        const qncore::ErrorCode& code;
-        const char* message;
+    const auto read_private = [](const std::string& text, const char* password) {
+        return [=](ErrorInfoPtr* slot) {
+            EXPECT_TRUE(RsaContext::private_key_from_pkcs8_pem(text.data(), text.size(),
+                                                               key_of(password), slot)
+                            .empty());
+        };
     };
-    const Case cases[] = {
-        {"", "secret", decoding, bad_pkcs8},
-        {"no PEM", "secret", decoding, bad_pkcs8},
-        {pkcs8.substr(0, pkcs8.size() / 2), "secret", decoding, bad_pkcs8},
-        {pkcs8, "Secret", decrypt, bad_password},
-        {pkcs8, "", decrypt, bad_password},
-        {pkcs8_of_curve_key("secret"), "secret", decoding, bad_pkcs8},
-        {"", nullptr, decoding, bad_pem},
-        {"no PEM", nullptr, decoding, bad_pem},
-        {pem.substr(0, pem.size() - 2), nullptr, decoding, bad_pem},
-        {RsaContext::public_key_as_pem(key_of("garbage")), nullptr, decoding, bad_pem},
-        {enciphered_public_pem(), nullptr, decoding,
-         "Encrypted public key container not supported"},
+    const auto read_public = [](const std::string& text) {
+        return [=](ErrorInfoPtr* slot) {
+            EXPECT_TRUE(RsaContext::public_key_from_pem(text.data(), text.size(), slot).empty());
+        };
     };
-    const auto read = [](const char* text, std::size_t size, const char* password,
-                         ErrorInfoPtr* slot) {
-        return password == nullptr
-                   ? RsaContext::public_key_from_pem(text, size, slot)
-                   : RsaContext::private_key_from_pkcs8_pem(text, size, key_of(password), slot);
+    const std::string decoding = "error.qncrypto.rsa.keystore.decoding|";
+    const std::string by = "qncrypto::RsaContext::private_key_from_pkcs8_pem()";
+    const std::string decrypt = "error.qncrypto.rsa.keystore.decrypt|" + by;
+    const std::string undecoded = decoding + "qncrypto::RsaContext::public_key_from_pem()|";
+    const std::string bad_pem = undecoded + "Error decoding RSA public key";
+    const std::string too_large =
+        "error.qncore.safeCast|qncore::impl::safe_cast_throw_value_truncated()";
+    const support::TraceCapture capture("11");
+    const std::vector<support::FailureCase> cases{
+        {read_private("", "secret"), decoding + by, openssl},
+        {read_private("no PEM", "secret"), decoding + by, openssl},
+        {read_private(pkcs8.substr(0, pkcs8.size() / 2), "secret"), decoding + by, openssl},
+        {read_private(pkcs8, "Secret"), decrypt, openssl},
+        {read_private(pkcs8, ""), decrypt, openssl},
+        {read_private(pkcs8_of_curve_key("secret"), "secret"), decoding + by, openssl},
+        {read_public(""), bad_pem, openssl},
+        {read_public("no PEM"), bad_pem, openssl},
+        {read_public(pem.substr(0, pem.size() - 2)), bad_pem, openssl},
+        {read_public(RsaContext::public_key_as_pem(key_of("garbage"))), bad_pem, openssl},
+        {read_public(enciphered_public_pem()),
+         undecoded + "Encrypted public key container not supported", openssl},
+        // Beyond OpenSSL's int; the text is not looked at.
+        {[](ErrorInfoPtr* slot) { RsaContext::public_key_from_pem("", 0x80000000, slot); },
+         too_large},
+        {[](ErrorInfoPtr* slot) {
+             RsaContext::private_key_from_pkcs8_pem("", 0x80000000, Key(), slot);
+         },
+         too_large},
     };
-    for (const Case& test : cases) {
-        const char* const function = test.password == nullptr ? from_pem_text : from_pkcs8_text;
-        ErrorInfoPtr slot;
-        EXPECT_TRUE(read(test.text.data(), test.text.size(), test.password, &slot).empty());
-        expect_error(slot, test.code, test.message, function, true);
-        expect_error(
-            thrown_by([&] { read(test.text.data(), test.text.size(), test.password, nullptr); }),
-            test.code, test.message, function, true);
-    }
-    for (const char* password : {"secret", static_cast<const char*>(nullptr)}) {
-        ErrorInfoPtr slot; // beyond OpenSSL's int
-        EXPECT_TRUE(read("", 0x80000000, password, &slot).empty());
-        ASSERT_TRUE(slot);
-        EXPECT_EQ(slot->code(), qncore::error::qncore_safeCast);
-    }
+    support::check_failures(cases);
+    EXPECT_EQ(capture.lines().size(), cases.size()) << "one line a throw, none for a filled slot";
 }
 
 } // namespace

@@ -1,11 +1,13 @@
+#include <algorithm>
 #include <new>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <openssl/err.h>
 
-#include "qncore/error_info.h"
 #include "qncrypto/rsa_validation.h"
 #include "tests/qncrypto/bare_openssl.h"
+#include "tests/support/failure.h"
 
 namespace qncrypto {
 namespace {
@@ -13,20 +15,14 @@ namespace {
 using namespace test;
 using qncore::ErrorInfoPtr;
 
-constexpr const char* private_encrypt = "qncrypto::RsaPrivateContext::encrypt()";
-constexpr const char* public_decrypt = "qncrypto::RsaPublicContext::decrypt()";
-constexpr const char* encrypt_validator = "qncrypto::validate_rsa_encrypt_params()";
-constexpr const char* decrypt_validator = "qncrypto::validate_rsa_decrypt_params()";
-constexpr const char* sign_text = "qncrypto::RsaPrivateContext::sign()";
-constexpr const char* verify_text = "qncrypto::RsaPublicContext::verify()";
-constexpr const char* decryption_failed =
-    "RSA decryption failed (key or padding mismatch or corrupt ciphertext)";
+const std::string codes = "error.qncrypto.rsa.";
+const std::string private_context_of = "|qncrypto::RsaPrivateContext::";
+const std::string public_context_of = "|qncrypto::RsaPublicContext::";
+const std::string unknown_padding_report =
+    codes +
+    "padding.unknown|qncrypto::throw_unknown_rsa_padding()|Unknown RSA padding enum value: 4";
 constexpr auto unknown_padding = static_cast<RsaPadding>(4);
 constexpr auto unknown_hash = static_cast<HashAlgorithm>(6);
-constexpr HashAlgorithm all_hashes[] = {HashAlgorithm::md5,    HashAlgorithm::sha1,
-                                        HashAlgorithm::sha224, HashAlgorithm::sha256,
-                                        HashAlgorithm::sha384, HashAlgorithm::sha512};
-
 class Operations : public testing::Test {
   protected:
     Operations() { ERR_clear_error(); }
@@ -37,67 +33,35 @@ class Operations : public testing::Test {
     const std::size_t modulus = private_context.modulus_size();
 };
 
-TEST_F(Operations, PrivateBlocksAreThoseOfOpenssl) {
+TEST_F(Operations, BlocksAreThoseOfOpenssl) {
     const Rsa rsa = pair.rsa();
-    struct Case {
-        RsaPadding padding;
-        int openssl;
-        std::size_t size;
-    };
-    const Case cases[] = {{RsaPadding::pkcs1, RSA_PKCS1_PADDING, 0},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 1},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117},
-                          {RsaPadding::none, RSA_NO_PADDING, 128}};
-    for (const Case& test : cases) {
-        const Bytes data = some_bytes(test.size);
-        Bytes expected(modulus);
-        RSA_private_encrypt(static_cast<int>(test.size), data.data(), expected.data(), rsa.get(),
-                            test.openssl);
-        Key cipher;
-        EXPECT_EQ(private_context.encrypt(data.data(), test.size, &cipher, test.padding), 128);
-        EXPECT_EQ(bytes_of(cipher), expected) << test.size;
+    Bytes foreign(modulus);
+    const std::tuple<RsaPadding, int, int, std::size_t> cases[] = {
+        {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 0, 11},
+        {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117, 11},
+        {RsaPadding::none, RSA_NO_PADDING, 128, 0},
+        {RsaPadding::oaep, RSA_PKCS1_OAEP_PADDING, 86, 42}};
+    for (const auto& [padding, number, size, taken] : cases) {
+        SCOPED_TRACE(number);
+        const Bytes data = some_bytes(static_cast<std::size_t>(size));
+        EXPECT_EQ(RsaContext::padding_size(padding, nullptr), taken);
+        EXPECT_EQ(public_context.max_data_size(padding), modulus - taken);
+        Key block;
         Key plain;
-        EXPECT_EQ(public_context.decrypt(cipher.data(), 128, &plain, test.padding, nullptr),
-                  static_cast<std::int64_t>(test.size));
-        EXPECT_EQ(bytes_of(plain), data) << test.size;
-    }
-}
-
-TEST_F(Operations, PublicBlocksAreReadByOpensslAndBack) {
-    const Pkey pkey = pair.pkey();
-    struct Case {
-        RsaPadding padding;
-        int openssl;
-        std::size_t most;
-    };
-    const Case cases[] = {{RsaPadding::none, RSA_NO_PADDING, 128},
-                          {RsaPadding::pkcs1, RSA_PKCS1_PADDING, 117},
-                          {RsaPadding::oaep, RSA_PKCS1_OAEP_PADDING, 86}};
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.openssl);
-        EXPECT_EQ(public_context.max_data_size(test.padding), test.most);
-        EXPECT_EQ(RsaContext::padding_size(test.padding, nullptr), modulus - test.most);
-        const Bytes data = some_bytes(test.most);
-        Key cipher;
-        EXPECT_EQ(public_context.encrypt(data.data(), data.size(), &cipher, test.padding), 128);
-
-        EXPECT_EQ(by_openssl(evp_context(pkey, EVP_PKEY_decrypt_init, test.openssl),
-                             EVP_PKEY_decrypt, bytes_of(cipher)),
-                  data);
-        const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_encrypt_init, test.openssl),
-                                         EVP_PKEY_encrypt, data);
-        Key ours;
-        private_context.decrypt(foreign.data(), foreign.size(), &ours, test.padding, nullptr);
-        EXPECT_EQ(bytes_of(ours), data);
-
-        expect_error(thrown_by([&] {
-                         public_context.encrypt(data.data(), data.size() + 1, &cipher,
-                                                test.padding);
-                     }),
-                     error::qncrypto_rsa_plainDataSize,
-                     "Plaintext data size too big for RSA key and padding.  DataSize: " +
-                         std::to_string(test.most + 1) + ", MaxDataSize: {@maxData})",
-                     encrypt_validator, false);
+        EXPECT_EQ(public_context.encrypt(data.data(), data.size(), &block, padding), 128);
+        EXPECT_EQ(RSA_private_decrypt(128, block.data(), foreign.data(), rsa.get(), number), size);
+        EXPECT_TRUE(std::equal(data.begin(), data.end(), foreign.begin()));
+        RSA_public_encrypt(size, data.data(), foreign.data(), rsa.get(), number);
+        EXPECT_EQ(private_context.decrypt(foreign.data(), modulus, &plain, padding, nullptr), size);
+        EXPECT_EQ(bytes_of(plain), data);
+        if (padding != RsaPadding::oaep) {
+            RSA_private_encrypt(size, data.data(), foreign.data(), rsa.get(), number);
+            EXPECT_EQ(private_context.encrypt(data.data(), data.size(), &block, padding), 128);
+            EXPECT_EQ(bytes_of(block), foreign);
+            EXPECT_EQ(public_context.decrypt(block.data(), modulus, &plain, padding, nullptr),
+                      size);
+            EXPECT_EQ(bytes_of(plain), data);
+        }
     }
 }
 
@@ -111,120 +75,112 @@ TEST_F(Operations, WithoutAnOutputTheModulusSizeIsGivenAndNothingIsTested) {
     }
 }
 
-TEST_F(Operations, EncryptionIsRefusedWithThoseWords) {
+TEST_F(Operations, EncryptionIsRefused) {
     const RsaPublicContext tiny(tiny_public_key().data(), tiny_public_key().size());
-    struct Case {
-        const RsaContext& context;
-        RsaPadding padding;
-        std::size_t data_size;
-        std::size_t buffer_size;
-        const qncore::ErrorCode& code;
-        const char* text;
-        const char* function;
-    };
-    const Case cases[] = {
-        {public_context, RsaPadding::pss, 999, 0, error::qncrypto_rsa_padding_unsupported,
-         "The PKCS#1 PSS padding is not valid for encryption.", encrypt_validator},
-        {public_context, unknown_padding, 999, 0, error::qncrypto_rsa_padding_unknown,
-         "Unknown RSA padding enum value: 4", "qncrypto::throw_unknown_rsa_padding()"},
-        {tiny, RsaPadding::oaep, 999, 0, error::qncrypto_rsa_padding_size,
-         "Specified padding mode too large for modulus of RSA key.  ModulusSize: 40, Padding: 2 "
-         "(Size: 42)",
-         encrypt_validator},
-        {public_context, RsaPadding::none, 999, 127, error::qncrypto_rsa_cipherDataSize,
-         "Cipher buffer size too small for RSA key.  BufferSize: 127, ModulusSize: 128",
-         encrypt_validator},
-        {public_context, RsaPadding::pkcs1, 118, 128, error::qncrypto_rsa_plainDataSize,
-         "Plaintext data size too big for RSA key and padding.  DataSize: 118, MaxDataSize: "
-         "{@maxData})",
-         encrypt_validator},
-    };
-    for (const Case& test : cases) {
-        const auto info = thrown_by([&] {
-            validate_rsa_encrypt_params(test.context, test.padding, test.data_size,
-                                        test.buffer_size);
-        });
-        expect_error(info, test.code, test.text, test.function, false);
-        if (test.code == error::qncrypto_rsa_plainDataSize) {
-            EXPECT_EQ(*info->params().find("maxDataSize"), "117");
-        }
-    }
-    EXPECT_EQ(tiny.max_data_size(RsaPadding::oaep), 0U);
-    EXPECT_EQ(tiny.max_data_size(RsaPadding::pkcs1), 29U);
-    expect_error(thrown_by([&] { tiny.max_data_size(unknown_padding); }),
-                 error::qncrypto_rsa_padding_unknown, "Unknown RSA padding enum value: 4",
-                 "qncrypto::throw_unknown_rsa_padding()", false);
-}
-
-TEST_F(Operations, ThePrivateKeyRefusesOaepAlone) {
     const Bytes data = some_bytes(10);
     Key out;
-    expect_error(
-        thrown_by([&] { private_context.encrypt(data.data(), 999, &out, RsaPadding::oaep); }),
-        error::qncrypto_rsa_padding_unsupported,
-        "Padding with PKCS#1 and OAEP only supported for encryption with public key",
-        private_encrypt, false);
-    expect_error(
-        thrown_by([&] { private_context.encrypt(data.data(), 10, &out, RsaPadding::pss); }),
-        error::qncrypto_rsa_padding_unsupported,
-        "The PKCS#1 PSS padding is not valid for encryption.", encrypt_validator, false);
-    // Too short without padding: OpenSSL's own refusal.
-    expect_error(
-        thrown_by([&] { private_context.encrypt(data.data(), 10, &out, RsaPadding::none); }),
-        error::qncrypto_rsa_encryption, "RSA encryption failed", private_encrypt, true);
-    expect_error(
-        thrown_by([&] { public_context.encrypt(data.data(), 10, &out, RsaPadding::none); }),
-        error::qncrypto_rsa_encryption, "RSA encryption failed",
-        "qncrypto::RsaPublicContext::encrypt()", true);
+    const auto validate = [](const RsaContext& context, RsaPadding padding, std::size_t size,
+                             std::size_t room) {
+        return [=, &context] { validate_rsa_encrypt_params(context, padding, size, room); };
+    };
+    const auto encrypt = [&](const auto& context, RsaPadding padding, std::size_t size) {
+        return [&, padding, size] { context.encrypt(data.data(), size, &out, padding); };
+    };
+    const std::string by = "|qncrypto::validate_rsa_encrypt_params()";
+    // Required: a placeholder that no parameter answers, and a parenthesis that none opens.
+    const auto too_big = [&](int size) {
+        return codes + "plainDataSize" + by +
+               "|Plaintext data size too big for RSA key and padding.  DataSize: " +
+               std::to_string(size) + ", MaxDataSize: {@maxData})";
+    };
+    support::check_failures({
+        {validate(public_context, RsaPadding::pss, 999, 0), codes + "padding.unsupported" + by},
+        {validate(public_context, unknown_padding, 999, 0), unknown_padding_report},
+        {validate(tiny, RsaPadding::oaep, 999, 0),
+         codes + "padding.size" + by +
+             "|Specified padding mode too large for modulus of RSA key.  ModulusSize: 40, Padding: "
+             "2 (Size: 42)"},
+        {validate(public_context, RsaPadding::none, 999, 127),
+         codes + "cipherDataSize" + by +
+             "|Cipher buffer size too small for RSA key.  BufferSize: 127, ModulusSize: 128"},
+        {validate(public_context, RsaPadding::none, 129, 128), too_big(129)},
+        {validate(public_context, RsaPadding::pkcs1, 118, 129), too_big(118)},
+        {validate(public_context, RsaPadding::oaep, 87, 128), too_big(87)},
+        // Required: the text speaks of PKCS#1 too, which stays allowed.
+        {encrypt(private_context, RsaPadding::oaep, 999),
+         codes + "padding.unsupported" + private_context_of +
+             "encrypt()|Padding with PKCS#1 and OAEP only supported for encryption with public "
+             "key"},
+        {encrypt(private_context, RsaPadding::pss, 10), codes + "padding.unsupported" + by},
+        // Too short without padding: OpenSSL's own refusal.
+        {encrypt(private_context, RsaPadding::none, 10),
+         codes + "encryption" + private_context_of + "encrypt()", openssl},
+        {encrypt(public_context, RsaPadding::none, 10),
+         codes + "encryption" + public_context_of + "encrypt()", openssl},
+        {[&] { tiny.max_data_size(unknown_padding); }, unknown_padding_report},
+    });
     EXPECT_TRUE(out.empty());
+    EXPECT_EQ(tiny.max_data_size(RsaPadding::oaep), 0U);
+    EXPECT_EQ(tiny.max_data_size(RsaPadding::pkcs1), 29U);
+    Bytes larger(200);
+    EXPECT_EQ(private_context.encrypt(data.data(), 10, larger.data(), 200, RsaPadding::pkcs1), 128);
 }
 
 TEST_F(Operations, DecryptionTestsGoOnWithASlotAndTheLastFailureStays) {
     const RsaPublicContext tiny(tiny_public_key().data(), tiny_public_key().size());
+    const std::string by = "|qncrypto::validate_rsa_decrypt_params()|";
+    const auto wrong_cipher = [&](const char* size) {
+        return codes + "cipherDataSize" + by +
+               "Invalid cipher data size for RSA key (must be modulus size).  DataSize: " + size +
+               ", ModulusSize: 128";
+    };
+    const std::string short_buffer =
+        codes + "plainDataSize" + by +
+        "Insufficient plaintext buffer size for RSA key and padding.  BufferSize: 116, "
+        "MaxDataSize: 117";
+    const std::string large_padding =
+        codes + "padding.size" + by +
+        "Specified padding mode too large for modulus of RSA key.  ModulusSize: 40, Padding: 2 "
+        "(Size: 42)";
     struct Case {
         const RsaContext& context;
         RsaPadding padding;
         std::size_t cipher_size;
         std::size_t buffer_size;
-        const char* first; ///< thrown without a slot
-        const char* last;  ///< left in the slot
+        std::string thrown; ///< without a slot
+        std::string left;   ///< in the slot
     };
-    const char* const wrong_cipher = "Invalid cipher data size for RSA key (must be modulus size). "
-                                     " DataSize: 127, ModulusSize: 128";
-    const char* const short_buffer = "Insufficient plaintext buffer size for RSA key and padding.  "
-                                     "BufferSize: 116, MaxDataSize: 117";
-    const char* const large_padding = "Specified padding mode too large for modulus of RSA key.  "
-                                      "ModulusSize: 40, Padding: 2 (Size: 42)";
-    const char* const unknown = "Unknown RSA padding enum value: 4";
     const Case cases[] = {
-        {public_context, RsaPadding::pkcs1, 127, 117, wrong_cipher, wrong_cipher},
+        {public_context, RsaPadding::pkcs1, 127, 117, wrong_cipher("127"), wrong_cipher("127")},
+        {public_context, RsaPadding::pkcs1, 129, 117, wrong_cipher("129"), wrong_cipher("129")},
         {public_context, RsaPadding::pkcs1, 128, 116, short_buffer, short_buffer},
-        {public_context, RsaPadding::pkcs1, 127, 116, wrong_cipher, short_buffer},
-        {public_context, unknown_padding, 128, 128, unknown, unknown},
-        {public_context, unknown_padding, 127, 128, unknown, wrong_cipher},
+        {public_context, RsaPadding::pkcs1, 127, 116, wrong_cipher("127"), short_buffer},
+        {public_context, unknown_padding, 128, 128, unknown_padding_report, unknown_padding_report},
+        {public_context, unknown_padding, 127, 128, unknown_padding_report, wrong_cipher("127")},
         {tiny, RsaPadding::oaep, 40, 0, large_padding, large_padding},
     };
-    for (const Case& test : cases) {
-        ErrorInfoPtr slot;
-        validate_rsa_decrypt_params(test.context, test.padding, test.cipher_size, test.buffer_size,
-                                    &slot);
-        ASSERT_TRUE(slot) << test.last;
-        EXPECT_EQ(slot->text(), test.last);
-        const auto info = thrown_by([&] {
-            validate_rsa_decrypt_params(test.context, test.padding, test.cipher_size,
-                                        test.buffer_size, nullptr);
-        });
-        ASSERT_TRUE(info) << test.first;
-        EXPECT_EQ(info->text(), test.first);
-    }
     ErrorInfoPtr slot;
+    for (const Case& test : cases) {
+        const auto validate = [&](ErrorInfoPtr* error) {
+            validate_rsa_decrypt_params(test.context, test.padding, test.cipher_size,
+                                        test.buffer_size, error);
+        };
+        validate(&slot);
+        support::check_failure(slot, {[] {}, test.left});
+        support::check_failures({{[&] { validate(nullptr); }, test.thrown}});
+    }
+    slot = {};
     validate_rsa_decrypt_params(public_context, RsaPadding::pkcs1, 128, 117, &slot);
     EXPECT_FALSE(slot);
-    expect_error(thrown_by([&] {
-                     validate_rsa_decrypt_params(public_context, RsaPadding::pss, 0, 0, &slot);
-                 }),
-                 error::qncrypto_rsa_padding_unsupported,
-                 "The PKCS#1 PSS padding is not valid for decryption.", decrypt_validator, false);
+    // Required: thrown in spite of the slot.
+    support::check_failures(
+        {{[&] { validate_rsa_decrypt_params(public_context, RsaPadding::pss, 0, 0, &slot); },
+          codes + "padding.unsupported" + by +
+              "The PKCS#1 PSS padding is not valid for decryption."}});
+    Bytes bytes(modulus);
+    EXPECT_LT(public_context.decrypt(bytes.data(), modulus, bytes.data(), modulus, unknown_padding,
+                                     &slot),
+              0);
 }
 
 TEST_F(Operations, ABlockOfAWrongSizeIsRecordedAndStillDeciphered) {
@@ -243,117 +199,107 @@ TEST_F(Operations, ABlockOfAWrongSizeIsRecordedAndStillDeciphered) {
               20);
     plain.resize(20);
     EXPECT_EQ(plain, data);
-    expect_error(slot, error::qncrypto_rsa_cipherDataSize,
-                 "Invalid cipher data size for RSA key (must be modulus size).  DataSize: 127, "
-                 "ModulusSize: 128",
-                 decrypt_validator, false);
+    support::check_failure(
+        slot, {[] {}, codes + "cipherDataSize|qncrypto::validate_rsa_decrypt_params()"});
 }
 
 TEST_F(Operations, AFailedDecryptionWithASlotAssignsItsNegativeCount) {
     const Bytes garbage(modulus, 1);
-    ErrorInfoPtr slot;
     Key out(some_bytes(3).data(), 3);
-    EXPECT_LT(public_context.decrypt(garbage.data(), modulus, nullptr, RsaPadding::pkcs1, &slot),
-              0);
-    expect_error(slot, error::qncrypto_rsa_decryption, decryption_failed, public_decrypt, true);
-    slot = {};
+    const auto report = [](const std::string& context) {
+        return codes + "decryption" + context +
+               "decrypt()|RSA decryption failed (key or padding mismatch or corrupt ciphertext)";
+    };
+    ErrorInfoPtr slot;
     EXPECT_THROW(private_context.decrypt(garbage.data(), modulus, &out, RsaPadding::oaep, &slot),
                  std::bad_alloc);
-    expect_error(slot, error::qncrypto_rsa_decryption, decryption_failed,
-                 "qncrypto::RsaPrivateContext::decrypt()", true);
+    support::check_failure(slot, {[] {}, report(private_context_of), openssl});
     EXPECT_EQ(bytes_of(out), some_bytes(3));
-    expect_error(thrown_by([&] {
-                     public_context.decrypt(garbage.data(), modulus, &out, RsaPadding::pkcs1,
-                                            nullptr);
-                 }),
-                 error::qncrypto_rsa_decryption, decryption_failed, public_decrypt, true);
+    support::check_failures({{[&](ErrorInfoPtr* error) {
+                                  EXPECT_LT(public_context.decrypt(garbage.data(), modulus, nullptr,
+                                                                   RsaPadding::pkcs1, error),
+                                            0);
+                              },
+                              report(public_context_of), openssl}});
 }
 
 TEST_F(Operations, SignaturesAreThoseOfOpenssl) {
     const KeyPair& large = key_pair(1536);
+    const Rsa rsa = large.rsa();
     const auto signer = large.private_context();
     const auto verifier = large.public_context();
-    const Pkey pkey = large.pkey();
-    const std::string text = "what is signed";
-    for (const RsaPadding padding : {RsaPadding::pkcs1, RsaPadding::pss}) {
-        const int openssl = padding == RsaPadding::pss ? RSA_PKCS1_PSS_PADDING : RSA_PKCS1_PADDING;
-        for (const HashAlgorithm hash : all_hashes) {
-            SCOPED_TRACE(static_cast<int>(hash) * 10 + openssl);
-            const Bytes digest = digest_of(hash, text);
-            Key signature;
-            EXPECT_EQ(signer.sign(digest.data(), &signature, hash, padding, nullptr), 192);
-            const EVP_MD* const md = evp_digest(hash);
-            EXPECT_EQ(EVP_PKEY_verify(evp_context(pkey, EVP_PKEY_verify_init, openssl, md).get(),
-                                      signature.data(), signature.size(), digest.data(),
-                                      digest.size()),
-                      1);
-            const Bytes foreign = by_openssl(evp_context(pkey, EVP_PKEY_sign_init, openssl, md),
-                                             EVP_PKEY_sign, digest);
-            EXPECT_TRUE(
-                verifier.verify(foreign.data(), 192, digest.data(), hash, padding, nullptr));
-
+    const EVP_MD* (*const digests[])() = {EVP_md5,    EVP_sha1,   EVP_sha224,
+                                          EVP_sha256, EVP_sha384, EVP_sha512};
+    for (std::uint32_t number = 0; number < std::size(digests); ++number) {
+        SCOPED_TRACE(number);
+        const EVP_MD* const md = digests[number]();
+        const auto size = static_cast<unsigned int>(EVP_MD_size(md));
+        const auto hash = static_cast<HashAlgorithm>(number);
+        const Bytes digest = some_bytes(size);
+        const Bytes other(size, 7);
+        Bytes block(192);
+        Bytes foreign(192);
+        Key signature;
+        unsigned int length = 0;
+        const auto expect_verified_alone = [&](RsaPadding padding) {
             ErrorInfoPtr slot;
-            const Bytes other = digest_of(hash, "something else");
-            EXPECT_FALSE(verifier.verify(foreign.data(), 192, other.data(), hash, padding, &slot));
+            const unsigned char* const bytes = foreign.data();
+            EXPECT_TRUE(verifier.verify(bytes, 192, digest.data(), hash, padding, &slot));
+            EXPECT_FALSE(verifier.verify(bytes, 192, other.data(), hash, padding, &slot));
             EXPECT_FALSE(slot);
             EXPECT_EQ(ERR_peek_error(), 0U);
-        }
+        };
+        RSA_sign(EVP_MD_type(md), digest.data(), size, foreign.data(), &length, rsa.get());
+        EXPECT_EQ(signer.sign(digest.data(), &signature, hash, RsaPadding::pkcs1, nullptr), 192);
+        EXPECT_EQ(bytes_of(signature), foreign);
+        expect_verified_alone(RsaPadding::pkcs1);
+
+        // A salt of the digest's size; ours is the longest.
+        RSA_padding_add_PKCS1_PSS(rsa.get(), block.data(), digest.data(), md,
+                                  RSA_PSS_SALTLEN_DIGEST);
+        RSA_private_encrypt(192, block.data(), foreign.data(), rsa.get(), RSA_NO_PADDING);
+        expect_verified_alone(RsaPadding::pss);
+        EXPECT_EQ(signer.sign(digest.data(), &signature, hash, RsaPadding::pss, nullptr), 192);
+        RSA_public_decrypt(192, signature.data(), block.data(), rsa.get(), RSA_NO_PADDING);
+        EXPECT_EQ(
+            RSA_verify_PKCS1_PSS(rsa.get(), digest.data(), md, block.data(), RSA_PSS_SALTLEN_MAX),
+            1);
     }
 }
 
-TEST_F(Operations, SigningAndVerifyingAreRefusedWithThoseWords) {
-    const Bytes digest = digest_of(HashAlgorithm::sha256, "x");
-    struct Case {
-        std::size_t size;
-        HashAlgorithm hash;
-        RsaPadding padding;
-        const qncore::ErrorCode& code;
-        const char* text;
-        bool own_location;
+TEST_F(Operations, SigningAndVerifyingAreRefused) {
+    const Bytes digest = some_bytes(32);
+    const std::string unknown = codes + "signature.hash|qncrypto::throw_unknown_hash_algorithm()|"
+                                        "Unknown hash algorithm enum value: 6";
+    const std::tuple<std::size_t, HashAlgorithm, RsaPadding, std::string> cases[] = {
+        {127, unknown_hash, RsaPadding::none, "cipherDataSize"},
+        {129, unknown_hash, RsaPadding::none, "cipherDataSize"},
+        {128, unknown_hash, RsaPadding::none, ""},
+        {128, HashAlgorithm::sha256, RsaPadding::none, "signature.padding"},
+        {128, HashAlgorithm::sha256, RsaPadding::oaep, "signature.padding"},
+        {128, HashAlgorithm::sha256, unknown_padding, "signature.padding"},
     };
-    const char* const only = "Only PKCS#1-v1.5 and PSS padding supported for signing";
-    const Case cases[] = {
-        {127, unknown_hash, RsaPadding::none, error::qncrypto_rsa_cipherDataSize,
-         "Invalid signature data size for RSA key (must be modulus size).  DataSize: 127, "
-         "ModulusSize: 128",
-         true},
-        {128, unknown_hash, RsaPadding::none, error::qncrypto_rsa_signature_hash,
-         "Unknown hash algorithm enum value: 6", false},
-        {128, HashAlgorithm::sha256, RsaPadding::none, error::qncrypto_rsa_signature_padding, only,
-         true},
-        {128, HashAlgorithm::sha256, RsaPadding::oaep, error::qncrypto_rsa_signature_padding, only,
-         true},
-        {128, HashAlgorithm::sha256, unknown_padding, error::qncrypto_rsa_signature_padding, only,
-         true},
-    };
-    for (const Case& test : cases) {
-        Bytes signature(test.size);
-        const auto sign = [&](ErrorInfoPtr* slot) {
-            return private_context.sign(digest.data(), signature.data(), test.size, test.hash,
-                                        test.padding, slot);
+    for (const auto& [size, hash, padding, code] : cases) {
+        Bytes bytes(size);
+        const auto sign = [&, chosen = hash, with = padding](ErrorInfoPtr* slot) {
+            EXPECT_EQ(
+                private_context.sign(digest.data(), bytes.data(), bytes.size(), chosen, with, slot),
+                0);
         };
-        const auto verify = [&](ErrorInfoPtr* slot) {
-            return public_context.verify(signature.data(), test.size, digest.data(), test.hash,
-                                         test.padding, slot);
+        const auto verify = [&, chosen = hash, with = padding](ErrorInfoPtr* slot) {
+            EXPECT_FALSE(public_context.verify(bytes.data(), bytes.size(), digest.data(), chosen,
+                                               with, slot));
         };
-        const char* const other = "qncrypto::throw_unknown_hash_algorithm()";
-        const char* const in_sign = test.own_location ? sign_text : other;
-        const char* const in_verify = test.own_location ? verify_text : other;
-        ErrorInfoPtr slot;
-        EXPECT_EQ(sign(&slot), 0);
-        expect_error(slot, test.code, test.text, in_sign, false);
-        slot = {};
-        EXPECT_FALSE(verify(&slot));
-        expect_error(slot, test.code, test.text, in_verify, false);
-        expect_error(thrown_by([&] { sign(nullptr); }), test.code, test.text, in_sign, false);
-        expect_error(thrown_by([&] { verify(nullptr); }), test.code, test.text, in_verify, false);
+        support::check_failures(
+            {{sign, code.empty() ? unknown : codes + code + private_context_of + "sign()"},
+             {verify, code.empty() ? unknown : codes + code + public_context_of + "verify()"}});
     }
 }
 
 TEST_F(Operations, ADigestTooLongForTheKeyPassesWithoutARecord) {
     const KeyPair& small = key_pair(512);
     const auto signer = small.private_context();
-    const Bytes digest = digest_of(HashAlgorithm::sha512, "x");
+    const Bytes digest = some_bytes(64);
     ErrorInfoPtr slot;
     Key signature(3);
     EXPECT_EQ(
@@ -374,30 +320,98 @@ TEST_F(Operations, AnswersOfOpensslBelowZeroAreFailures) {
     const FailingOpenssl failing;
     const auto signer = pair.private_context();
     const auto verifier = pair.public_context();
-    const auto sign = [&](RsaPadding padding, ErrorInfoPtr* slot) {
-        return signer.sign(bytes.data(), out.data(), 128, HashAlgorithm::sha256, padding, slot);
-    };
-    const auto verify = [&](RsaPadding padding, ErrorInfoPtr* slot) {
-        return verifier.verify(bytes.data(), 128, bytes.data(), HashAlgorithm::sha256, padding,
-                               slot);
+    const auto verify = [&](RsaPadding padding, bool answer) {
+        return [&, padding, answer](ErrorInfoPtr* slot) {
+            EXPECT_EQ(verifier.verify(bytes.data(), 128, bytes.data(), HashAlgorithm::sha256,
+                                      padding, slot),
+                      answer);
+        };
     };
     ErrorInfoPtr slot;
-    // OpenSSL 3 turns the method's -1 into a 0, which passes.
-    EXPECT_EQ(sign(RsaPadding::pkcs1, &slot), 0);
-    EXPECT_FALSE(slot);
-    ERR_clear_error();
-    expect_error(thrown_by([&] { sign(RsaPadding::pss, &slot); }), error::qncrypto_rsa_encryption,
-                 "RSA encryption failed", sign_text, true);
-    EXPECT_FALSE(verify(RsaPadding::pss, &slot));
-    expect_error(slot, error::qncrypto_rsa_decryption, "RSA decryption of signature failed",
-                 verify_text, true);
-    // PKCS#1 fills the slot and still answers true.
-    EXPECT_TRUE(verify(RsaPadding::pkcs1, &slot));
-    expect_error(slot, error::qncrypto_rsa_signature_verify, "Verifying signature failed",
-                 verify_text, true);
-    expect_error(thrown_by([&] { verify(RsaPadding::pkcs1, nullptr); }),
-                 error::qncrypto_rsa_signature_verify, "Verifying signature failed", verify_text,
-                 true);
+    support::check_failures({
+        {[&] {
+             signer.sign(bytes.data(), out.data(), 128, HashAlgorithm::sha256, RsaPadding::pss,
+                         &slot);
+         },
+         codes + "encryption" + private_context_of + "sign()", openssl},
+        {verify(RsaPadding::pss, false),
+         codes + "decryption" + public_context_of + "verify()|RSA decryption of signature failed",
+         openssl},
+        // Required: PKCS#1 fills the slot and still answers true.
+        {verify(RsaPadding::pkcs1, true),
+         codes + "signature.verify" + public_context_of + "verify()|Verifying signature failed",
+         openssl},
+    });
+}
+
+TEST_F(Operations, NoFailedAllocationOfOpensslGivesAWrongAnswer) {
+    const Bytes digest = some_bytes(32);
+    const Key password(digest.data(), 8);
+    const std::string pem = RsaContext::public_key_as_pem(pair.public_key);
+    const std::string pkcs8 =
+        RsaContext::private_key_as_pkcs8_pem(pair.private_key, password, "aes-128-cbc");
+    Key signature;
+    private_context.sign(digest.data(), &signature, HashAlgorithm::sha256, RsaPadding::pkcs1,
+                         nullptr);
+    Key cipher;
+    pair.private_context().encrypt(digest.data(), 32, &cipher, RsaPadding::pkcs1);
+    const auto* const text = pem.data();
+    using Context = RsaContext;
+    Key out;
+    const std::function<bool()> actions[] = {
+        [&] { return Context::public_key_from_private_key(pair.private_key) == pair.public_key; },
+        [&] { return Context::public_key_from_pem(text, pem.size(), nullptr) == pair.public_key; },
+        [&] {
+            return Context::private_key_from_pkcs8_pem(pkcs8.data(), pkcs8.size(), password,
+                                                       nullptr) == pair.private_key;
+        },
+        [&] {
+            return !Context::private_key_as_pkcs8_pem(pair.private_key, password, "aria256")
+                        .empty();
+        },
+        [&] {
+            pair.private_context().encrypt(digest.data(), 32, &out, RsaPadding::pkcs1);
+            return out == cipher;
+        },
+        [&] {
+            pair.public_context().decrypt(cipher.data(), 128, &out, RsaPadding::pkcs1, nullptr);
+            return bytes_of(out) == digest;
+        },
+        [&] { // a failed signature is empty
+            const auto size = pair.private_context().sign(
+                digest.data(), &out, HashAlgorithm::sha256, RsaPadding::pkcs1, nullptr);
+            return size == 0 || out == signature;
+        },
+        [&] { // what does not match never does
+            return !pair.public_context().verify(cipher.data(), 128, digest.data(),
+                                                 HashAlgorithm::sha256, RsaPadding::pss, nullptr);
+        },
+    };
+    for (const auto& action : actions) {
+        bool failed = true;
+        for (int number = 1; failed; number += 1 + number / 20) {
+            failed = with_failing_openssl_allocation(number, [&] {
+                support::error_of([&] { EXPECT_TRUE(action()) << "allocation " << number; });
+            });
+            ERR_clear_error();
+        }
+    }
+}
+
+TEST_F(Operations, OneContextServesSeveralThreads) {
+    const Bytes data = some_bytes(20);
+    const auto use = [&] {
+        for (int turn = 0; turn < 20; ++turn) {
+            Key cipher;
+            Key plain;
+            private_context.encrypt(data.data(), data.size(), &cipher, RsaPadding::pkcs1);
+            public_context.decrypt(cipher.data(), modulus, &plain, RsaPadding::pkcs1, nullptr);
+            EXPECT_EQ(bytes_of(plain), data);
+        }
+    };
+    std::thread other(use);
+    use();
+    other.join();
 }
 
 } // namespace

@@ -1,83 +1,20 @@
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
 
 #include <gtest/gtest.h>
 
 #include "tests/qncrypto/bare_openssl.h"
-
-// This program's allocator looks at each block that is given back while a watch is on, and counts
-// those in which the secret still stands.
-namespace {
-
-constexpr std::size_t header = 16;
-
-std::atomic<const unsigned char*> watched{nullptr};
-constexpr std::size_t watched_size = 16;
-std::atomic<int> found{0};
-
-void* allocate(std::size_t size) noexcept {
-    auto* const block = static_cast<unsigned char*>(std::malloc(size + header));
-    if (block == nullptr) {
-        return nullptr;
-    }
-    *reinterpret_cast<std::size_t*>(block) = size;
-    return block + header;
-}
-
-void* allocate_or_throw(std::size_t size) {
-    void* const block = allocate(size);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
-void give_back(void* pointer) noexcept {
-    if (pointer == nullptr) {
-        return;
-    }
-    auto* const bytes = static_cast<unsigned char*>(pointer);
-    const unsigned char* const secret = watched.load();
-    if (secret != nullptr) {
-        const std::size_t size = *reinterpret_cast<std::size_t*>(bytes - header);
-        if (std::search(bytes, bytes + size, secret, secret + watched_size) != bytes + size) {
-            ++found;
-        }
-    }
-    std::free(bytes - header);
-}
-
-} // namespace
-
-// clang-format off
-void* operator new(std::size_t size) { return allocate_or_throw(size); }
-void* operator new[](std::size_t size) { return allocate_or_throw(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* pointer) noexcept { give_back(pointer); }
-void operator delete[](void* pointer) noexcept { give_back(pointer); }
-void operator delete(void* pointer, std::size_t) noexcept { give_back(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { give_back(pointer); }
-void operator delete(void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
-// clang-format on
+#include "tests/support/allocations.h"
 
 namespace qncrypto {
 namespace {
 
 using namespace test;
 
+constexpr std::size_t watched_size = 16;
 constexpr unsigned char secret[watched_size + 1] = "a secret of mine";
 
-/// How many blocks with the secret in them the function gives back.
 int blocks_given_back(const unsigned char* bytes, void (*function)()) {
-    found = 0;
-    watched = bytes;
-    function();
-    watched = nullptr;
-    return found;
+    return support::blocks_given_back_with(bytes, watched_size, function);
 }
 
 void forget_text() {

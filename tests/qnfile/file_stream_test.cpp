@@ -1,13 +1,10 @@
 #include "qnfile/file_stream.h"
 
-#include <string>
 #include <type_traits>
 
-#include <gmock/gmock.h>
-
-#include "qncore/error_exception.h"
+#include "qnfile/file_impl.h"
 #include "qnfile/file_stream_impl.h"
-#include "tests/support/temporary_directory.h"
+#include "tests/qnfile/file_fixture.h"
 
 namespace qnfile {
 namespace {
@@ -22,30 +19,19 @@ static_assert(
     std::is_convertible_v<impl::FileReadWriteStreamImpl*, qncore::ISeekableWriteStream*> &&
     std::is_convertible_v<impl::FileReadWriteStreamImpl*, qncore::ISeekableReadWriteStream*>);
 
-class FileStreamTest : public ::testing::Test {
+class FileStreamTest : public FileFixture {
   protected:
     FileStreamTest() { support::write_file(name_, "0123456789"); }
 
-    qncore::RefCountPtr<FileReadStream> reader() const {
-        // unknown bits count as clear
-        return FileReadStream::create(name_, share_read_write,
-                                      static_cast<FileOpenFlags>(0xFFFFFFF1U));
-    }
     qncore::RefCountPtr<FileReadWriteStream> both() const {
         return FileReadWriteStream::create(name_, open_existing, share_read_write,
-                                           flag_random_access);
+                                           flag_random_access | flag_write_through);
     }
-    bool opens(FileShareMode share) const {
-        try {
-            FileReadStream::create(name_, share, flag_none);
-            return true;
-        } catch (const qncore::ErrorException&) {
-            return false;
-        }
+    std::string open_code(FileShareMode share) const {
+        return code_of([&] { FileReadStream::create(name_, share, flag_none); });
     }
 
-    support::TemporaryDirectory directory_;
-    std::string name_ = directory_.file("stream \xE2\x82\xAC");
+    std::string name_ = path("stream \xE2\x82\xAC");
 };
 
 TEST_F(FileStreamTest, WhatIsWrittenIsRead) {
@@ -63,7 +49,9 @@ TEST_F(FileStreamTest, WhatIsWrittenIsRead) {
         EXPECT_EQ(stream->write(bytes.data() + 65536, bytes.size() - 65536), bytes.size() - 65536);
         EXPECT_EQ(stream->size(), bytes.size());
     }
-    const auto stream = reader();
+    // Unknown flags count as clear.
+    const auto stream =
+        FileReadStream::create(name_, share_read_write, static_cast<FileOpenFlags>(0xFFFFFFF1U));
     std::string read(bytes.size() + 1, 'x');
     EXPECT_EQ(stream->available(), bytes.size());
     EXPECT_EQ(stream->read(read.data(), 1), 1U);
@@ -84,18 +72,13 @@ TEST_F(FileStreamTest, SkipStopsAtTheEndButGoesOnBeyondIt) {
         {0, 4, 4},  {0, 10, 10}, {4, 100, 6}, {10, 3, 0}, {0, ~std::uint64_t{0}, 10},
         {12, 3, 3}, {12, 0, 0},
     };
-    const auto read_stream = reader();
     const auto stream = both();
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.from << " + " << c.count);
-        const auto from = static_cast<std::int64_t>(c.from);
-        EXPECT_EQ(read_stream->seek(from, seek_begin), c.from);
-        EXPECT_EQ(read_stream->skip(c.count), c.skipped);
-        EXPECT_EQ(read_stream->seek(0, seek_current), c.from + c.skipped);
-        EXPECT_EQ(read_stream->available(), 10 - c.from - c.skipped) << "wraps beyond the end";
-        stream->seek(from, seek_begin);
+        EXPECT_EQ(stream->seek(static_cast<std::int64_t>(c.from), seek_begin), c.from);
         EXPECT_EQ(stream->skip(c.count), c.skipped);
-        EXPECT_EQ(stream->available(), 10 - c.from - c.skipped);
+        EXPECT_EQ(stream->seek(0, seek_current), c.from + c.skipped);
+        EXPECT_EQ(stream->available(), 10 - c.from - c.skipped) << "wraps beyond the end";
     }
 }
 
@@ -120,37 +103,78 @@ TEST_F(FileStreamTest, ResizeKeepsAPositionInsideTheNewEnd) {
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.position << " -> " << c.bytes);
         support::write_file(name_, "0123456789");
-        const auto check = [&](auto& stream) {
-            stream.seek(static_cast<std::int64_t>(c.position), seek_begin);
-            stream.resize(c.bytes);
-            EXPECT_EQ(stream.seek(0, seek_current), c.position_after);
-            EXPECT_EQ(stream.size(), c.bytes);
-        };
-        check(*both());
-        check(*FileWriteStream::create(name_, open_existing, share_none, flag_none));
+        const auto stream = both();
+        stream->seek(static_cast<std::int64_t>(c.position), seek_begin);
+        stream->resize(c.bytes);
+        EXPECT_EQ(stream->seek(0, seek_current), c.position_after);
+        EXPECT_EQ(stream->size(), c.bytes);
         std::string expected = "0123456789";
         expected.resize(c.bytes);
         EXPECT_EQ(support::read_file(name_), expected);
     }
 }
 
-TEST_F(FileStreamTest, StreamsExcludeEachOther) {
-    {
-        const auto alone = FileReadStream::create(name_, share_none, flag_none);
-        EXPECT_FALSE(opens(share_read_write)) << "a reader alone excludes readers";
+TEST_F(FileStreamTest, DispositionsAndShareModesAreTheSystems) {
+    struct Case {
+        FileCreationDisposition disposition;
+        const char* of_existing; ///< the content after it; null: refused
+        const char* of_missing;
+    };
+    const Case cases[] = {{create_new, nullptr, ""},
+                          {create_always, "", ""},
+                          {open_always, "0123456789", ""},
+                          {open_existing, "0123456789", nullptr},
+                          {truncate_existing, "", nullptr}};
+    for (const Case& c : cases) {
+        for (const char* content : {c.of_existing, c.of_missing}) {
+            SCOPED_TRACE(::testing::Message() << c.disposition << (content == c.of_missing));
+            fs::remove(missing_);
+            const std::string& name = content == c.of_missing ? missing_ : name_;
+            support::write_file(name_, "0123456789");
+            const auto code = code_of(
+                [&] { FileWriteStream::create(name, c.disposition, share_none, flag_none); });
+            EXPECT_EQ(code, content != nullptr ? "" : "error.qnfile.io.open");
+            EXPECT_EQ(content != nullptr ? support::read_file(name) : "",
+                      content != nullptr ? content : "");
+        }
     }
     {
         auto writer = FileWriteStream::create(name_, open_existing, share_read_write, flag_none);
         const auto other_reference = writer;
         writer.reset();
         EXPECT_EQ(other_reference->size(), 10U);
-        EXPECT_TRUE(opens(share_write));
-        EXPECT_FALSE(opens(share_read)) << "there is a writer";
-        EXPECT_THROW(FileWriteStream::create(name_, create_always, share_none, flag_none),
-                     qncore::ErrorException);
+        EXPECT_EQ(open_code(share_read), "error.qnfile.io.open") << "there is a writer";
+        EXPECT_EQ(open_code(share_write), "");
     }
-    EXPECT_EQ(support::read_file(name_), "0123456789") << "the refused open emptied nothing";
-    EXPECT_TRUE(opens(share_none)) << "the last reference closed the file";
+    const auto alone = FileReadStream::create(name_, share_none, flag_none);
+    EXPECT_NE(open_code(share_read_write), "") << "the last reference closed the file";
+}
+
+TEST_F(FileStreamTest, AFileStaysUsableAfterAFailure) {
+    impl::FileImpl file(name_, impl::access_read_write, open_existing, share_read_write, flag_none);
+    const auto disk_full = platform::SystemError::posix(28);
+    char byte = 'x';
+    EXPECT_NE(code_of([&] { file.seek(-1, seek_begin); }), "");
+    platform::testing::fail_next(Call::set_end, disk_full);
+    EXPECT_NE(code_of([&] { file.resize(8); }), "");
+    EXPECT_EQ(file.seek(0, seek_current), 8U) << "where the resize broke off";
+    for (const Call call : {Call::read, Call::write}) {
+        platform::testing::fail_next(call, disk_full);
+        EXPECT_NE(code_of([&] { call == Call::read ? file.read(&byte, 1) : file.write(&byte, 1); }),
+                  "");
+    }
+    platform::testing::fail_next(Call::write, {});
+    EXPECT_NE(code_of([&] { file.write_all("AB.", 3); }), "");
+    EXPECT_EQ(support::read_file(name_), "01234567AB") << "the part that was written stays";
+    EXPECT_EQ(file.seek(0, seek_current), 10U);
+    for (const std::uint64_t count : {std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
+        EXPECT_EQ(code_of([&] { file.read(&byte, count); }), "error.qncore.safeCast");
+        EXPECT_EQ(code_of([&] { file.write(&byte, count); }), "error.qncore.safeCast");
+    }
+    EXPECT_EQ(support::read_file(name_), "01234567AB");
+    impl::FileImpl writer(name_, impl::access_write, open_existing, share_read_write, flag_none);
+    EXPECT_EQ(code_of([&] { writer.read(&byte, 0xFFFFFFFF); }), "error.qnfile.io.read")
+        << "the largest count is passed on";
 }
 
 } // namespace

@@ -1,36 +1,24 @@
 #include "qnfile/file_utilities.h"
 
-#include <filesystem>
-
 #include "platform/path.h"
-#include "platform/testing/testing.h"
 #include "qnfile/directory.h"
 #include "qnfile/read_stream_view.h"
-#include "qnuri/parse.h"
-#include "tests/qnfile/expected_failure.h"
-#include "tests/support/temporary_directory.h"
+#include "tests/qnfile/file_fixture.h"
 
 namespace qnfile {
 namespace {
 
-namespace fs = std::filesystem;
-using platform::Call;
-using qncore::ErrorInfoPtr;
 using qnuri::UriReference;
 
-UriReference uri_of(const std::string& text) {
-    return UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
-}
-
-class FileUtilitiesTest : public ::testing::Test {
+class FileUtilitiesTest : public FileFixture {
   protected:
-    FileUtilitiesTest() { support::write_file(file_, "content"); }
+    FileUtilitiesTest() {
+        file_ = path("a file #1 %41 \xC3\xA9");
+        uri_ = uri_from_filename(file_);
+        support::write_file(file_, "content");
+    }
 
-    support::TemporaryDirectory directory_;
-    std::string file_ = directory_.file("a file #1 %41 \xC3\xA9");
-    std::string missing_ = directory_.file("missing");
-    UriReference uri_ = uri_from_filename(file_);
-    UriReference missing_uri_ = uri_from_filename(missing_);
+    UriReference uri_;
 };
 
 TEST_F(FileUtilitiesTest, StreamsOpenByUri) {
@@ -43,8 +31,8 @@ TEST_F(FileUtilitiesTest, StreamsOpenByUri) {
     FileReadWriteStream::create(uri_, open_existing, share_none, flag_none)->resize(2);
     EXPECT_EQ(FileReadStream::create(uri_, share_none, flag_none)->available(), 2U);
     EXPECT_EQ(FileReadStreamView::create(uri_, share_none, flag_none)->available(), 2U);
-    for (const UriReference& nothing : {qnuri::UriReference(qnuri::Uri()), uri_of("http://h/x")}) {
-        EXPECT_EQ(failure_of([&] { create(nothing); })->code().path(), "error.qnfile.filename.uri");
+    for (const UriReference& nothing : {UriReference(qnuri::Uri()), uri_of("http://h/x")}) {
+        EXPECT_EQ(code_of([&] { create(nothing); }), "error.qnfile.filename.uri");
     }
 }
 
@@ -60,9 +48,11 @@ TEST_F(FileUtilitiesTest, RelativeReferencesStartInTheCurrentDirectory) {
     for (std::size_t level = 0; level < 60; ++level) {
         above.insert(0, "../");
     }
-    check_failures({{[&](auto* e) { EXPECT_EQ(filename_from_uri(uri_of(above), e), ""); },
-                     "error.qnfile.filename.uri|qnfile::filename_from_uri()|Resolution of URI " +
-                         above + " against current directory (" + current.text() + ") failed"}});
+    support::check_failures(
+        {{[&](auto* e) { EXPECT_EQ(filename_from_uri(uri_of(above), e), ""); },
+          "error.qnfile.filename.uri|qnfile::filename_from_uri()|Resolution of URI " + above +
+              " against current directory (" + current.text() + ") failed",
+          "errno 22"}});
     set_current_directory(before, nullptr);
     const std::string directory = filename_from_uri(current, nullptr);
     EXPECT_TRUE(fs::equivalent(fs::path(directory).parent_path(), sub));
@@ -99,9 +89,10 @@ TEST_F(FileUtilitiesTest, CopiesWholeFilesOrNone) {
     copy_file(uri_, uri_, false, &error);
     EXPECT_TRUE(error) << "onto itself";
     EXPECT_EQ(support::read_file(file_), "y");
-    copy_file(uri_, missing_uri_, true, nullptr);
+    const UriReference missing_uri = uri_from_filename(missing_);
+    copy_file(uri_, missing_uri, true, nullptr);
     EXPECT_EQ(support::read_file(missing_), "y");
-    delete_file(missing_uri_, nullptr);
+    delete_file(missing_uri, nullptr);
     EXPECT_FALSE(fs::exists(missing_));
 }
 
@@ -136,73 +127,8 @@ TEST_F(FileUtilitiesTest, WhatIsNoLinkResolvesToItself) {
     EXPECT_EQ(resolve_link(directory_.str(), &error), "");
     EXPECT_TRUE(error);
     error.reset();
-    EXPECT_TRUE(resolve_link(missing_uri_, &error).is_undefined());
+    EXPECT_TRUE(resolve_link(uri_from_filename(missing_), &error).is_undefined());
     EXPECT_TRUE(error);
-}
-
-TEST_F(FileUtilitiesTest, EveryFailureByItsCodePlaceMessageAndCause) {
-    const auto fail_next = [](Call call) {
-        platform::testing::fail_next(call, platform::sharing_violation());
-    };
-    const std::string one = " (Path=\"" + missing_ + "\")";
-    const std::string other = directory_.file("other");
-    const std::string name = "error.qnfile.filename.uri|qnfile::filename_from_uri()|";
-    const std::string copy = "error.qnfile.io|qnfile::copy_file()|Could not copy file (PathSrc=\"";
-    const std::string set = "error.qnfile.io|qnfile::set_file_timestamp()|Could not ";
-    std::int64_t time = 0;
-    check_failures({
-        {[&](auto* e) { filename_from_uri(uri_of("file:///a{b"), e); }, name + "file:///a{b"},
-        {[&](auto* e) { query_file_size(qnuri::Uri(), e); }, name},
-        {[&](auto* e) { delete_file(uri_of("http://host/x"), e); },
-         name + "URI must have 'file:' scheme: http://host/x"},
-        {[&](auto* e) { filename_from_uri(uri_of("file:"), e); },
-         name + "URI has an invalid path for a 'file:' scheme URI: file:"},
-        {[&](auto* e) { copy_file(missing_, other, false, e); },
-         copy + missing_ + "\" PathDst=\"" + other + "\")"},
-        {[&](auto* e) { copy_file(file_, file_, true, e); },
-         copy + file_ + "\" PathDst=\"" + file_ + "\")"},
-        {[&](auto* e) { delete_file(missing_, e); },
-         "error.qnfile.io|qnfile::delete_file()|Could not delete file" + one},
-        {[&](auto* e) { get_file_timestamp(missing_, &time, nullptr, e); },
-         "error.qnfile.io|qnfile::get_file_timestamp()|Could not read file attributes" + one},
-        {[&](auto* e) { set_file_timestamp(missing_, &time, nullptr, e); },
-         set + "open file to be modified" + one},
-        {[&](auto* e) {
-             fail_next(Call::set_times);
-             set_file_timestamp(file_, &time, nullptr, e);
-         },
-         set + "set file time (Path=\"" + file_ + "\")"},
-        {[&](auto* e) { query_file_size(missing_, e); },
-         "error.qnfile.io|qnfile::query_file_size()|Can't determine the size of file '" + missing_ +
-             "'"},
-    });
-    ErrorInfoPtr error;
-    delete_file(missing_, &error);
-    const std::string* target = error->params().find("filePathDst");
-    EXPECT_TRUE(target != nullptr && target->empty()) << "both are set";
-
-    // These raise the system's error as it is.
-    const std::function<void()> bare[] = {
-        [&] {
-            fail_next(Call::current_directory);
-            get_current_directory_as_uri();
-        },
-        [&] {
-            fail_next(Call::application_path);
-            get_application_filepath_as_uri();
-        },
-        [&] { resolve_link(missing_, nullptr); },
-    };
-    std::string functions;
-    for (const auto& action : bare) {
-        const auto info = failure_of(action);
-        EXPECT_TRUE(qncore::ErrorCode("error.qncore").covers(info->code()) && !info->nested());
-        functions.append(info->location().function.view()).append(" ");
-    }
-    EXPECT_EQ(functions, "qnfile::get_current_directory_as_uri() "
-                         "qnfile::get_application_filepath_as_uri() qnfile::resolve_link ");
-    EXPECT_THROW(query_file_size({"a\0b", 3}, &error), qncore::ErrorException);
-    EXPECT_THROW(delete_file(uri_of("file:///a%00b"), nullptr), qncore::ErrorException);
 }
 
 } // namespace

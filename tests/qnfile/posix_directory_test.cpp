@@ -1,66 +1,197 @@
-#include <filesystem>
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/testing/testing.h"
 #include "qnfile/directory.h"
-#include "qnfile/directory_sequence.h"
-#include "qnfile/file_stream.h"
-#include "qnfile/file_utilities.h"
-#include "qnfile/read_stream_view.h"
-#include "tests/qnfile/expected_failure.h"
-#include "tests/support/temporary_directory.h"
+#include "tests/qnfile/file_fixture.h"
 
-// Symbolic links, and failures that only this system gives.
+// Names, links and handles as Linux has them.
 namespace qnfile {
 namespace {
 
-namespace fs = std::filesystem;
-using qncore::ErrorInfoPtr;
+class PosixDirectoryTest : public FileFixture {};
 
-class PosixDirectoryTest : public ::testing::Test {
+std::ptrdiff_t open_descriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+}
+
+TEST_F(PosixDirectoryTest, NamesAreBytes) {
+    make({"\xFF\xFEname", "back\\slash", "sub\\x/", "sub\\x/\xC3(", "\xC3\xA4"});
+    EXPECT_EQ(walk("\xFF*"), Names{"\xFF\xFEname"});
+    EXPECT_EQ(walk("back\\slash"), Names{"back\\slash"});
+    EXPECT_EQ(walk("sub\\x/?("), Names{}) << "no whole character";
+    EXPECT_EQ(walk("sub\\x/*("), Names{"sub\\x/\xC3("});
+    EXPECT_EQ(walk("?"), Names{"\xC3\xA4"});
+    for (const char* pattern : {"\xFF*", "sub*/\xC3*"}) {
+        const std::string name = sequence(pattern).begin()->full_path();
+        EXPECT_EQ(support::read_file(name), "x");
+        EXPECT_TRUE(fs::remove(name));
+        EXPECT_FALSE(sequence(pattern));
+    }
+}
+
+TEST_F(PosixDirectoryTest, AnEntryIsTheLinkItself) {
+    make({"dir/", "dir/long name", "file", ".hidden", "..more"});
+    fs::create_symlink("dir", path("to dir"));
+    fs::create_symlink("file", path("to file"));
+    fs::create_symlink("nowhere", path("to nothing"));
+    const std::pair<const char*, DirectoryEntryType> cases[] = {
+        {"dir", entry_directory},
+        {"file", entry_file},
+        {"to dir", entry_link | entry_directory},
+        {"to file", entry_link | entry_file},
+        {"to nothing", entry_link | entry_file},
+    };
+    for (const auto& [name, type] : cases) {
+        EXPECT_EQ(DirectoryEntry::create_from_full_path(path(name)).type(), type) << name;
+    }
+    for (const DirectoryEntry& entry : sequence("**/*")) {
+        const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
+        EXPECT_EQ(std::tuple(entry.type(), entry.access()),
+                  std::tuple(again.type(), again.access()))
+            << entry.full_path();
+        struct stat status = {};
+        ASSERT_EQ(::lstat(entry.full_path().c_str(), &status), 0);
+        EXPECT_EQ(entry.size(), static_cast<std::uint64_t>(status.st_size));
+        EXPECT_EQ(entry.is_hidden(), entry.name() == ".hidden" || entry.name() == "..more");
+    }
+    EXPECT_EQ(walk("**/long*"), (Names{"dir/long name", "to dir/long name"}));
+}
+
+TEST_F(PosixDirectoryTest, AWalkEndsInSpiteOfLinksThatLeadBack) {
+    make({"a/", "a/b/", "a/b/x"});
+    fs::create_directory_symlink("..", path("a/b/up"));
+    fs::create_directory_symlink(".", path("a/here"));
+    fs::create_directory_symlink("b", path("a/beside"));
+    EXPECT_EQ(walk("**"), (Names{"a", "a/b", "a/b/up", "a/b/x", "a/beside", "a/beside/up",
+                                 "a/beside/x", "a/here"}));
+    EXPECT_EQ(walk("a/here/b/x"), Names{}) << "a link back counts as empty";
+    const DirectorySequence entries = sequence("**/x");
+    for (int turn = 0; turn < 2; ++turn) {
+        Names names = rest(entries.begin());
+        std::sort(names.begin(), names.end());
+        EXPECT_EQ(names, (Names{"a/b/x", "a/beside/x"})) << "also a second time";
+    }
+    std::size_t steps = 0;
+    for (auto place = entries.begin(); place != entries.end() && steps < 10; ++steps) {
+        const auto copy = place++; // each step from a copy that lost its place
+        rest(copy);
+    }
+    EXPECT_EQ(steps, 2U);
+}
+
+TEST_F(PosixDirectoryTest, ALinkThatLeadsNowhereIsAFileButAFailureIsReported) {
+    fs::create_symlink("nowhere", path("missing"));
+    fs::create_symlink("loop", path("loop"));
+    fs::create_symlink(std::string(300, 'x'), path("long"));
+    EXPECT_EQ(walk("**"), (Names{"long", "loop", "missing"}));
+    ErrorInfoPtr error;
+    platform::testing::fail_next(Call::follow_link, platform::SystemError::posix(EIO));
+    rest(sequence("**", &error).begin(&error), &error);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code().path(), "error.qnfile.directory.iterator");
+    platform::testing::fail_next(Call::follow_link, platform::SystemError::posix(EIO));
+    EXPECT_FALSE(DirectoryEntry::create_from_full_path(path("loop"), &error));
+}
+
+TEST_F(PosixDirectoryTest, ADeepOrBrokenOffWalkGivesItsHandlesBack) {
+    // Deeper than one path could name.
+    const std::string name(200, 'n');
+    const auto before = open_descriptors();
+    int place = ::open(directory_.str().c_str(), O_DIRECTORY);
+    for (int level = 0; level < 30; ++level) {
+        ASSERT_EQ(::mkdirat(place, name.c_str(), 0777), 0);
+        const int below = ::openat(place, name.c_str(), O_DIRECTORY);
+        ::close(place);
+        place = below;
+    }
+    ::close(place);
+    {
+        const DirectorySequence entries = sequence("**/n*");
+        int count = 0;
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+            EXPECT_EQ(entry->type(), entry_directory);
+            ++count;
+        }
+        EXPECT_EQ(count, 30);
+        EXPECT_EQ(open_descriptors(), before);
+        auto broken_off = entries.begin();
+        for (int level = 0; level < 25; ++level) {
+            ++broken_off;
+        }
+        EXPECT_GE(open_descriptors(), before + 25);
+    }
+    auto failed = sequence("*").begin();
+    platform::testing::fail_next(Call::read_directory, platform::SystemError::posix(EIO));
+    EXPECT_NE(code_of([&] { ++failed; }), "");
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+TEST_F(PosixDirectoryTest, ARemovedDirectoryHasNoMoreEntries) {
+    make({"gone/"});
+    const DirectorySequence entries = sequence("", nullptr, "gone");
+    auto place = entries.begin();
+    fs::remove(path("gone"));
+    EXPECT_THAT(rest(place), testing::UnorderedElementsAre("gone/.", "gone/.."));
+}
+
+TEST_F(PosixDirectoryTest, WhatBecomesALinkAfterTheListingIsNotEntered) {
+    make({"a/", "a/x", "b/", "b/x", "outside/", "outside/x"});
+    const DirectorySequence entries = sequence("a|b/x");
+    auto place = entries.begin();
+    const std::string other = place->directory() == base_ + "a/" ? "b" : "a";
+    fs::remove_all(path(other));
+    fs::create_directory_symlink("outside", path(other));
+    ErrorInfoPtr error;
+    place.increment(&error);
+    EXPECT_EQ(place, entries.end());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->nested()->code().path(), "error.qncore.errno");
+}
+
+/// A tree, and the same names outside of it, where nothing may be removed.
+class PosixRemovalTest : public FileFixture {
   protected:
-    PosixDirectoryTest() {
+    PosixRemovalTest() {
         fs::create_directories(tree_ / "sub");
         fs::create_directories(outside_ / "inner");
         for (const fs::path& place : {tree_ / "sub", outside_, outside_ / "inner"}) {
             support::write_file((place / "file").string(), "kept");
         }
     }
-    ~PosixDirectoryTest() override { platform::testing::before_removal({}); }
+    ~PosixRemovalTest() override { platform::testing::before_removal({}); }
 
     bool is_outside_whole() const {
         return fs::exists(outside_ / "file") && fs::exists(outside_ / "inner/file");
     }
-    void remove(const fs::path& path, int flags = remove_recursive) {
+    void remove(const fs::path& path, DirectoryRemoveFlags flags = remove_recursive) {
         error_.reset();
-        remove_directory(path.string(), static_cast<DirectoryRemoveFlags>(flags), &error_);
+        remove_directory(path.string(), flags, &error_);
     }
 
-    support::TemporaryDirectory directory_;
     fs::path tree_ = directory_.path() / "tree";
     fs::path outside_ = directory_.path() / "outside";
     ErrorInfoPtr error_;
 };
 
-TEST_F(PosixDirectoryTest, LinksAreRemovedNotFollowed) {
-    const char* places[] = {"tree/link", "tree/sub/link", "link"};
-    for (const char* place : places) {
+TEST_F(PosixRemovalTest, LinksAreRemovedNotFollowed) {
+    for (const char* place : {"tree/link", "tree/sub/link", "link"}) {
         fs::create_directory_symlink(outside_, directory_.path() / place);
         fs::create_symlink("nowhere", directory_.path() / (std::string(place) + ".dangling"));
         fs::create_symlink(outside_ / "file", directory_.path() / (std::string(place) + ".file"));
     }
-    for (const char* path : {"tree", "link", "linked/"}) {
+    for (const char* name : {"tree", "link", "linked/"}) {
         fs::create_directory_symlink(outside_, directory_.path() / "linked");
-        remove(directory_.path() / path);
+        remove(directory_.path() / name);
         EXPECT_FALSE(error_) << error_->chain_text();
-        EXPECT_TRUE(is_outside_whole()) << path;
-        EXPECT_FALSE(fs::exists(fs::symlink_status(directory_.file(path)))) << path;
+        EXPECT_TRUE(is_outside_whole()) << name;
+        EXPECT_FALSE(fs::exists(fs::symlink_status(path(name)))) << name;
         fs::remove(directory_.path() / "linked");
     }
 }
 
-TEST_F(PosixDirectoryTest, LinksAreFollowedOnDemand) {
+TEST_F(PosixRemovalTest, LinksAreFollowedOnDemand) {
     fs::create_directory_symlink(outside_, tree_ / "link");
     remove(tree_, remove_recursive | remove_follow_links);
     EXPECT_FALSE(error_);
@@ -68,7 +199,7 @@ TEST_F(PosixDirectoryTest, LinksAreFollowedOnDemand) {
     EXPECT_TRUE(fs::is_empty(outside_)) << "its content goes, the directory itself does not";
 }
 
-TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
+TEST_F(PosixRemovalTest, AnEntryExchangedForALinkLeadsNowhere) {
     // At the moment when this path is about to be opened or removed, "sub" (or the tree itself)
     // becomes a link to the outside, where the same names are.
     struct Case {
@@ -94,8 +225,8 @@ TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
         const fs::path exchanged = directory_.path() / c.exchanged;
         const fs::path aside = directory_.path() / "aside";
         bool done = false;
-        platform::testing::before_removal([&](const std::string& path) {
-            if (!done && path == directory_.file(c.moment)) {
+        platform::testing::before_removal([&](const std::string& next) {
+            if (!done && next == path(c.moment)) {
                 done = true;
                 fs::rename(exchanged, aside);
                 fs::create_directory_symlink(outside_, exchanged);
@@ -110,59 +241,39 @@ TEST_F(PosixDirectoryTest, AnEntryExchangedForALinkLeadsNowhere) {
     }
 }
 
-TEST_F(PosixDirectoryTest, FailuresOfThisSystemAlone) {
-    const std::string link = (tree_ / "link").string();
-    const std::string gone = directory_.file("gone");
-    const fs::path before = fs::current_path();
-    fs::create_directory(gone);
-    set_current_directory(gone, nullptr);
-    remove(gone);
-    check_failures({
-        {[](auto* e) { get_current_directory(e); },
-         "error.qnfile.directory|qnfile::get_current_directory()|"
-         "Failed to get current working directory. bufSize=260"},
+TEST_F(PosixRemovalTest, ADirectoryThatCannotBeEnteredIsReported) {
+    rlimit limit = {};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none = {0, limit.rlim_max};
+    int moments = 0;
+    platform::testing::before_removal([&](const std::string& path) {
+        moments += path == tree_ ? 1 : 0;
+        ::setrlimit(RLIMIT_NOFILE, path == tree_ && moments == 1 ? &none : &limit);
     });
-    fs::current_path(before);
+    remove(tree_);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    ASSERT_TRUE(error_);
+    EXPECT_EQ(*error_->nested()->params().find("number"), std::to_string(EMFILE));
+}
+
+TEST_F(PosixRemovalTest, ALinkWithASeparatorIsTheLink) {
+    const std::string link = (tree_ / "link").string();
     fs::create_directory_symlink(outside_, link);
     impl::remove_win32_reparse_point(link + "/", nullptr);
     EXPECT_FALSE(fs::exists(fs::symlink_status(link)));
     EXPECT_TRUE(is_outside_whole());
 }
 
-TEST_F(PosixDirectoryTest, CausesAreTheSystems) {
-    const std::string missing = directory_.file("missing");
-    const std::string file = (outside_ / "file").string();
-    const auto view = FileReadStreamView::create(file, share_read_write, flag_none);
-    fs::resize_file(file, 0);
-    char byte = 0;
-    const auto tree = [&](int flags, int depth_left) {
-        impl::remove_directory_tree(tree_.string(), static_cast<DirectoryRemoveFlags>(flags),
-                                    depth_left, nullptr);
-    };
-    const struct {
-        std::function<void()> action;
-        const char* cause;
-    } cases[] = {
-        {[&] { DirectorySequence(missing.data(), missing.size()); }, "errno 2"},
-        {[&] { DirectoryEntry::create_from_full_path(missing); }, "errno 2"},
-        {[&] { create_directory(outside_.string(), 0, nullptr, true); }, "errno 17"},
-        {[&] { create_directory(file + "/x/y", 0, nullptr, true); }, "errno 20"},
-        {[&] { impl::create_directory_recursive(missing + "/x", 0, nullptr, -1); }, "errno 7"},
-        {[&] { tree(remove_recursive, -1); }, "errno 7"},
-        {[&] { tree(remove_empty_only, 0); }, "errno 39"},
-        {[&] { remove_directory(file, nullptr); }, "errno 20"},
-        {[&] { set_current_directory(missing, nullptr); }, "errno 2"},
-        {[&] { delete_file(missing, nullptr); }, "errno 2"},
-        {[&] { query_file_size(missing, nullptr); }, "errno 2"},
-        {[&] { view->read(&byte, 1); }, "errno 61"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(cause_of(c.action), c.cause);
-    }
+TEST_F(PosixRemovalTest, ARemovedCurrentDirectoryHasNoName) {
+    const fs::path before = fs::current_path();
+    fs::current_path(tree_);
+    remove(tree_);
+    EXPECT_EQ(code_of([] { get_current_directory(nullptr); }), "error.qnfile.directory");
+    fs::current_path(before);
 }
 
-TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
-    const std::string name = directory_.file("\xFF\\ a%?");
+TEST_F(PosixRemovalTest, NamesOfAnyBytesGoByTheirPermissions) {
+    const std::string name = path("\xFF\\ a%?");
     const mode_t before = ::umask(027);
     create_directory(name, 0, nullptr, false);
     ::umask(before);
@@ -172,7 +283,7 @@ TEST_F(PosixDirectoryTest, NamesOfAnyBytesGoByTheirPermissions) {
     EXPECT_TRUE(is_accessible_directory(name, access_check_write, nullptr));
     fs::create_directory(directory_.path() / ".hidden");
     for (const char* hidden : {".hidden", ".hidden/"}) {
-        EXPECT_TRUE(is_accessible_directory(directory_.file(hidden), access_check_hidden, nullptr));
+        EXPECT_TRUE(is_accessible_directory(path(hidden), access_check_hidden, nullptr));
     }
     remove(name);
     EXPECT_FALSE(fs::exists(name));

@@ -1,29 +1,19 @@
 #include <csignal>
-#include <filesystem>
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/testing/testing.h"
 #include "qnfile/directory.h"
 #include "qnfile/file_stream.h"
 #include "qnfile/file_utilities.h"
-#include "qnuri/parse.h"
-#include "tests/qnfile/expected_failure.h"
+#include "tests/qnfile/file_fixture.h"
 #include "tests/support/child_process.h"
 #include "tests/support/environment_guard.h"
-#include "tests/support/temporary_directory.h"
 
 // File names as Linux has them, and what becomes of a file's permissions, times and links.
 namespace qnfile {
 namespace {
-
-namespace fs = std::filesystem;
-using qncore::ErrorInfoPtr;
-
-qnuri::UriReference uri_of(const std::string& text) {
-    return qnuri::UriReference(qnuri::parse_uri_reference(text.data(), text.size(), false));
-}
 
 struct stat status_of(const std::string& path) {
     struct stat status = {};
@@ -31,11 +21,9 @@ struct stat status_of(const std::string& path) {
     return status;
 }
 
-class PosixFileUtilitiesTest : public ::testing::Test {
+class PosixFileUtilitiesTest : public FileFixture {
   protected:
-    support::TemporaryDirectory directory_;
-    std::string file_ = directory_.file("file");
-    std::string target_ = directory_.file("target");
+    std::string target_ = path("target");
 };
 
 TEST(PosixFileNames, GoToUrisAndBack) {
@@ -66,10 +54,14 @@ TEST(PosixFileNames, OfUrisAndReferences) {
         {"file:///a%20b%2Fc%zz", nullptr},
         {"file:///a%20b%2Fc", "/a b/c"},
         {"file:x", "x"},
+        {"../../../../../../../../../../../../../../../../../../../../x",
+         nullptr}, // above the root
         {"file:///", "/"},
         {"file://", nullptr},
         {"file://host/x", nullptr},
         {"//host/x", nullptr},
+        {"//localhost/etc/x", "/etc/x"},
+        {"///etc/x", "/etc/x"},
         {"/etc/x", "/etc/x"}, // a reference from the root, as a path is
         {"/", "/"},
     };
@@ -79,22 +71,6 @@ TEST(PosixFileNames, OfUrisAndReferences) {
         EXPECT_EQ(error != nullptr, c.name == nullptr) << c.uri;
         EXPECT_EQ(name, c.name != nullptr ? c.name : "") << c.uri;
     }
-    EXPECT_EQ(failure_of([] { filename_from_uri(uri_of("file://host/x"), nullptr); })->text(),
-              "URI has an invalid path for a 'file:' scheme URI: file://host/x");
-}
-
-TEST_F(PosixFileUtilitiesTest, AReferenceClimbsUpToTheRoot) {
-    const std::string before = get_current_directory(nullptr);
-    set_current_directory(directory_.str(), nullptr);
-    std::string up;
-    for (const auto& part : fs::canonical(directory_.path()).relative_path()) {
-        up += part.empty() ? "" : "../";
-    }
-    EXPECT_EQ(filename_from_uri(uri_of(up + "x"), nullptr), "/x");
-    ErrorInfoPtr error;
-    EXPECT_EQ(filename_from_uri(uri_of(up + "../x"), &error), "");
-    EXPECT_TRUE(error);
-    set_current_directory(before, nullptr);
 }
 
 TEST(PosixPlaces, TheTemporaryDirectoryIsThatOfTheEnvironment) {
@@ -119,12 +95,25 @@ TEST_F(PosixFileUtilitiesTest, ACopyKeepsPermissionsAndTimes) {
     }
 }
 
+TEST_F(PosixFileUtilitiesTest, ACopyIsNeverMoreReadableThanItsSource) {
+    support::write_file(file_, "secret");
+    ::chmod(file_.c_str(), 0600);
+    support::write_file(target_, "old");
+    ::chmod(target_.c_str(), 0666);
+    const std::string other_name = path("other name");
+    fs::create_hard_link(target_, other_name); // keeps what a copy leaves that breaks off
+    platform::testing::fail_next(Call::copy, platform::SystemError::posix(EIO));
+    EXPECT_NE(code_of([&] { copy_file(file_, target_, false, nullptr); }), "");
+    EXPECT_EQ(support::read_file(other_name), "secret");
+    EXPECT_EQ(status_of(other_name).st_mode & 0777U, 0600U);
+}
+
 TEST_F(PosixFileUtilitiesTest, ACopyIsOfRegularFilesThatNobodyElseClaims) {
     support::write_file(file_, "content");
     support::write_file(target_, "old");
-    const std::string hard = directory_.file("hard");
-    const std::string soft = directory_.file("soft");
-    const std::string pipe = directory_.file("pipe");
+    const std::string hard = path("hard");
+    const std::string soft = path("soft");
+    const std::string pipe = path("pipe");
     fs::create_hard_link(file_, hard);
     fs::create_symlink(file_, soft);
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -139,7 +128,7 @@ TEST_F(PosixFileUtilitiesTest, ACopyIsOfRegularFilesThatNobodyElseClaims) {
         {file_, "/dev/null", EINVAL}, {file_, target_, EBUSY},
     };
     for (const auto& c : cases) {
-        const auto info = failure_of([&] { copy_file(c.source, c.target, false, nullptr); });
+        const auto info = error_of([&] { copy_file(c.source, c.target, false, nullptr); });
         EXPECT_EQ(*info->nested()->params().find("number"), std::to_string(c.error))
             << c.source << " to " << c.target;
     }
@@ -162,7 +151,7 @@ CHILD_PROCESS(copy_into_a_full_place) {
 
 TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
     support::write_file(file_, std::string(300'000, 'x'));
-    const std::string link = directory_.file("link");
+    const std::string link = path("link");
     fs::create_symlink(target_, link);
     for (const bool exists : {false, true}) {
         for (const std::string& to : {target_, link}) {
@@ -174,36 +163,60 @@ TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
             EXPECT_FALSE(fs::exists(target_));
         }
     }
-    platform::testing::fail_next(platform::Call::copy, platform::SystemError::posix(EIO));
-    EXPECT_TRUE(failure_of([&] { copy_file(file_, target_, true, nullptr); }));
-    EXPECT_FALSE(fs::exists(target_));
+    for (const bool exists : {false, true}) { // refused after the open of the target
+        if (exists) {
+            support::write_file(target_, "old");
+        }
+        platform::testing::fail_call(2, platform::SystemError::posix(EIO));
+        EXPECT_NE(code_of([&] { copy_file(file_, target_, false, nullptr); }), "");
+        EXPECT_EQ(fs::exists(target_), exists) << "only a target of its own is removed";
+    }
 }
 
-TEST_F(PosixFileUtilitiesTest, TimesInNanoseconds) {
+TEST_F(PosixFileUtilitiesTest, TimesAreNanosecondsAndWrapAround) {
     support::write_file(file_, "x");
     fs::create_symlink(file_, target_);
     for (const std::int64_t time : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{-1'000'000'001},
-                                    std::int64_t{1'600'000'000'123'456'789}}) {
+                                    std::int64_t{1'600'000'000'123'456'789}, INT64_MAX}) {
         std::int64_t got = 0;
         set_file_timestamp(target_, nullptr, &time, nullptr);
         get_file_timestamp(file_, nullptr, &got, nullptr);
         EXPECT_EQ(got, time);
     }
-    const std::int64_t largest = INT64_MAX;
-    set_file_timestamp(file_, nullptr, &largest, nullptr);
-    EXPECT_EQ(status_of(file_).st_mtim.tv_sec, largest / 1'000'000'000);
+    const timespec in_2400[] = {{13569465600L, 7}, {13569465600L, 7}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, file_.c_str(), in_2400, 0), 0);
+    const struct stat status = status_of(file_); // what the file system could keep of it
+    EXPECT_EQ(DirectoryEntry::create_from_full_path(file_).modified(),
+              static_cast<std::int64_t>(static_cast<std::uint64_t>(status.st_mtim.tv_sec) *
+                                            1'000'000'000U +
+                                        static_cast<std::uint64_t>(status.st_mtim.tv_nsec)));
+}
+
+TEST_F(PosixFileUtilitiesTest, FlagsReachTheOpen) {
+    for (const FileOpenFlags flags :
+         {flag_none, flag_sequential_scan | flag_random_access | flag_overlapped,
+          flag_write_through, flag_sequential_scan | flag_write_through}) {
+        const auto stream = FileWriteStream::create(file_, create_always, share_none, flags);
+        const int status = ::fcntl(static_cast<int>(stream->handle()), F_GETFL);
+        EXPECT_EQ((status & O_DSYNC) != 0, (flags & flag_write_through) != 0) << flags;
+    }
 }
 
 TEST_F(PosixFileUtilitiesTest, LinksResolveToWhatTheyLeadTo) {
-    const std::string odd = directory_.file("\\\\?\\ %?#");
+    const std::string odd = path("\\\\?\\ %?#");
     support::write_file(odd, "x");
     fs::create_symlink(odd, target_);
     const std::string resolved = resolve_link(target_, nullptr);
     EXPECT_EQ(resolved, fs::canonical(odd).string());
     EXPECT_EQ(filename_from_uri(resolve_link(uri_from_filename(target_), nullptr), nullptr),
               resolved);
+    EXPECT_NE(code_of([&] { delete_file(target_ + "/", nullptr); }), "");
+    platform::testing::fail_next(Call::path_of_file, platform::SystemError::posix(EIO));
+    EXPECT_EQ(code_of([&] { resolve_link(target_, nullptr); }), "error.qncore.errno");
+    support::write_file(odd, "");
+    EXPECT_TRUE(resolve_link(uri_from_filename(target_), nullptr).is_undefined());
     delete_file(target_, nullptr);
-    EXPECT_TRUE(fs::exists(odd)) << "a link is deleted by itself";
+    EXPECT_TRUE(fs::exists(odd)) << "only the link is deleted";
 }
 
 TEST_F(PosixFileUtilitiesTest, ResolvedPathsHaveALimit) {
@@ -219,9 +232,10 @@ TEST_F(PosixFileUtilitiesTest, ResolvedPathsHaveALimit) {
         if (length < 260) {
             EXPECT_EQ(resolve_link(path, nullptr), path);
         } else {
-            check_failures({{[&](auto* e) { EXPECT_EQ(resolve_link(path, e), ""); },
-                             "error.qnfile.filename.uri|qnfile::resolve_link|Path '" + path +
-                                 "' too long: " + std::to_string(length + 1)}});
+            support::check_failures({{[&](auto* e) { EXPECT_EQ(resolve_link(path, e), ""); },
+                                      "error.qnfile.filename.uri|qnfile::resolve_link|Path '" +
+                                          path + "' too long: " + std::to_string(length + 1),
+                                      "errno 36"}});
         }
         fs::remove_all(fs::path(base) / std::string(100, 'x'));
     }

@@ -1,4 +1,6 @@
 // Sizes, depths, memory.
+#include <chrono>
+
 #include <gmock/gmock.h>
 
 #include "tests/qnxml/allocations.h"
@@ -10,50 +12,40 @@ using qnxml::XmlNodeType;
 using qnxml_test::failure_of;
 using qnxml_test::Tokenizer;
 
-/// Delivers `head`, then `body` over and over, `size` bytes of it in all, then `tail`.
-class EndlessSource {
-  public:
-    EndlessSource(std::string head, std::string body, std::uint64_t size, std::string tail)
-        : head_(std::move(head))
-        , body_(std::move(body))
-        , tail_(std::move(tail))
-        , size_(size) {}
-
-    std::uint64_t operator()(void* buffer, std::uint64_t count) {
-        const std::string_view piece = next_piece().substr(0, count);
-        std::copy(piece.begin(), piece.end(), static_cast<char*>(buffer));
-        position_ += piece.size();
-        return piece.size();
-    }
-
-  private:
-    std::string_view next_piece() const {
-        const std::uint64_t bodyEnd = head_.size() + size_;
-        if (position_ < head_.size()) {
-            return std::string_view(head_).substr(position_);
+/// A stream of `head`, then `size` bytes of `body` over and over, then `tail`.
+Tokenizer::Stream stream_of(const std::string& head, const std::string& body, std::uint64_t size,
+                            const std::string& tail) {
+    const auto source = [=, position = std::uint64_t{0}](void* buffer,
+                                                         std::uint64_t count) mutable {
+        const std::uint64_t end = head.size() + size;
+        std::string_view piece = std::string_view(tail).substr(
+            position < end ? tail.size() : std::min(position - end, tail.size()));
+        if (position < head.size()) {
+            piece = std::string_view(head).substr(position);
+        } else if (position < end) {
+            piece = std::string_view(body).substr((position - head.size()) % body.size());
+            piece = piece.substr(0, end - position);
         }
-        if (position_ < bodyEnd) {
-            return std::string_view(body_)
-                .substr((position_ - head_.size()) % body_.size())
-                .substr(0, bodyEnd - position_);
-        }
-        return std::string_view(tail_).substr(std::min(position_ - bodyEnd, tail_.size()));
-    }
-
-    std::string head_;
-    std::string body_;
-    std::string tail_;
-    std::uint64_t size_;
-    std::uint64_t position_ = 0;
-};
-
-Tokenizer::Stream stream_of(EndlessSource source) {
-    return Tokenizer::Stream(new support::MemoryReadStream(std::move(source)));
+        piece = piece.substr(0, count);
+        piece.copy(static_cast<char*>(buffer), piece.size());
+        position += piece.size();
+        return std::uint64_t{piece.size()};
+    };
+    return Tokenizer::Stream(new support::MemoryReadStream(source));
 }
 
-TEST(Limits, StopValuesBehind128MiB) {
+/// Knows every entity as "more".
+struct Resolver final : qnxml::IEntityResolver {
+    bool resolve(qncore::StringSlice<const char*> /*name*/, std::string* result) override {
+        *result = "more";
+        return true;
+    }
+};
+
+TEST(Limits, StopValuesOfMoreThan128MiB) {
     constexpr std::uint64_t limit = 0x8000000;
     const std::string run(4096, 'x');
+    const std::string blanks(4096, ' ');
     const auto value = [](qnxml::XmlReader& reader) {
         reader.next_element();
         reader.read_next();
@@ -68,26 +60,40 @@ TEST(Limits, StopValuesBehind128MiB) {
         return reader.read_element_text().size();
     };
     const struct {
-        EndlessSource source;
+        const char* head;
+        std::string body;
+        std::uint64_t size;
+        const char* tail;
         std::size_t (*read)(qnxml::XmlReader&);
-        bool passes;
+        std::uint64_t bytes; ///< 0 if it fails
     } cases[] = {
-        {{"<a>", run, limit, "</a>"}, value, true},
-        {{"<a>", run, limit + 1, "</a>"}, value, false},
-        {{"<a b='", run, limit + 1, "'/>"}, attribute, false},
+        {"<a>", run, limit, "</a>", value, limit},
+        {"<a>", run, limit + 1, "</a>", value, 0},
+        {"<a>", run, limit, "&lt;</a>", value, 0},
+        {"<a>", run, limit, "&#65;</a>", value, 0},
+        {"<a>", run, limit, "&x;</a>", value, limit + 4}, // a resolver's text is not limited
+        {"<a><!--", run, limit + 1, "--></a>", value, 0},
+        {"<a><![CDATA[", run, limit + 1, "]]></a>", value, 0},
+        {"<a><?p ", run, limit, "?></a>", value, 0},
+        {"<a>", blanks, limit + 1, "</a>", value, 0},
+        {"<a/>", blanks, limit + 1, "", value, 0},
+        {"<a b='", run, limit + 1, "'/>", attribute, 0},
         // Each text is far below the limit, their sum is not.
-        {{"<a>", run + "<b/>", 2 * limit, "</a>"}, text, false},
+        {"<a>", run + "<b/>", 2 * limit, "</a>", text, 0},
     };
     for (const auto& test : cases) {
-        Tokenizer tokenizer({}, 1, 65536, stream_of(test.source));
-        qnxml::XmlReader reader(&tokenizer);
+        Tokenizer tokenizer({}, 1, 65536, stream_of(test.head, test.body, test.size, test.tail));
+        Resolver resolver;
+        qnxml::XmlReader reader(&tokenizer, &resolver);
+        reader.set_skip_whitespace(false);
         std::size_t bytes = 0;
         EXPECT_EQ(failure_of([&] { bytes = test.read(reader); }),
-                  test.passes ? ""
-                              : "error.qnxml.reader.unexpected.size "
-                                "qnxml::XmlReader::throw_string_size_error() "
-                                "Node value exceeds 134217728bytes of character data");
-        EXPECT_EQ(bytes, test.passes ? limit : 0);
+                  test.bytes != 0 ? ""
+                                  : "error.qnxml.reader.unexpected.size "
+                                    "qnxml::XmlReader::throw_string_size_error() "
+                                    "Node value exceeds 134217728bytes of character data")
+            << test.head << test.tail;
+        EXPECT_EQ(bytes, test.bytes) << test.head << test.tail;
     }
 }
 
@@ -95,7 +101,7 @@ TEST(Limits, LeaveMemoryAloneInTheSteadyState) {
     const std::string body = "<n:entry xmlns:n='urn:one' first='a value too long for no memory' "
                              "second='&lt;two&gt;'><n:path>C:\\Keys\\a&amp;b.crt</n:path> "
                              "<!-- comment --><?target data?><![CDATA[ more ]]></n:entry>\n";
-    Tokenizer tokenizer({}, 1, 4096, stream_of({"<r>", body, body.size() * 20000, "</r>"}));
+    Tokenizer tokenizer({}, 1, 4096, stream_of("<r>", body, body.size() * 20000, "</r>"));
     qnxml::XmlReader reader(&tokenizer);
     std::size_t after_some = 0;
     std::size_t elements = 0;
@@ -109,9 +115,26 @@ TEST(Limits, LeaveMemoryAloneInTheSteadyState) {
     EXPECT_EQ(qnxml_test::allocations(), after_some);
 }
 
+TEST(Limits, KeepFewFreeElements) {
+    std::string tower = "<a></a>";
+    while (tower.size() < 7000) {
+        tower = "<a>" + tower + "</a>";
+    }
+    qnxml_test::Document document("<r>" + tower + tower + "</r>");
+    std::size_t elements = 0;
+    std::size_t after_first = 0;
+    while (document.reader.next_element()) {
+        if (++elements == 1001) {
+            after_first = qnxml_test::allocations();
+        }
+    }
+    EXPECT_EQ(elements, 2001U);
+    EXPECT_GT(qnxml_test::allocations() - after_first, 700U); // taken anew, and not kept
+}
+
 TEST(Limits, AllowAnyDepth) {
     constexpr std::size_t depth = 300000;
-    Tokenizer tokenizer({}, 1, 4096, stream_of({"<a xmlns:p='u'>", "<p:b>", 5 * depth, ""}));
+    Tokenizer tokenizer({}, 1, 4096, stream_of("<a xmlns:p='u'>", "<p:b>", 5 * depth, ""));
     qnxml::XmlReader reader(&tokenizer);
     qnxml::XmlReader::ElementPtr last;
     EXPECT_NE(failure_of([&] {
@@ -125,6 +148,30 @@ TEST(Limits, AllowAnyDepth) {
         ++links;
     }
     EXPECT_EQ(links, depth + 1);
+}
+
+/// A document whose cost were the square of its length would take minutes here.
+TEST(Limits, CostNoMoreThanTheLengthOfTheDocument) {
+    constexpr int many = 40000;
+    std::string nested = "<p:a xmlns:p='u'>";
+    std::string distinct = "<a>";
+    std::string attributes = "<a";
+    for (int i = 0; i < many; ++i) {
+        const std::string number = std::to_string(i);
+        nested += "<p:b xmlns:q='v'>";
+        distinct += "<n" + number + ":b xmlns:n" + number + "='v'>";
+        attributes += " p:a" + number + "='' xmlns:n" + number + "='v'";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    for (const std::string& text : {nested, distinct, attributes + " xmlns:p='u'>"}) {
+        qnxml_test::Document document(text);
+        EXPECT_THAT(failure_of([&] {
+                        while (document.reader.next_element()) {
+                        }
+                    }),
+                    testing::HasSubstr("Unexpected end of document"));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 } // namespace

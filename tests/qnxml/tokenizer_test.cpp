@@ -1,6 +1,7 @@
 // Tokens, their texts and the failures of the tokenizer.
 #include <gmock/gmock.h>
 
+#include "qnxml/byte_run.h"
 #include "qnxml/char_classes.h"
 #include "qnxml/errors.h"
 #include "tests/qnxml/tokenizers.h"
@@ -12,30 +13,25 @@ using qnxml_test::for_each_token;
 using qnxml_test::memory_stream;
 using testing::ElementsAre;
 
-/// The tokens between "DocumentStart" and the end as one text: names as the enumeration prints
-/// them, shortened; texts in parentheses; a failure as its message without the position.
+/// The tokens after "DocumentStart" and before "DocumentEnd" with their texts in parentheses; a
+/// failure as its message without the position.
 std::string tokens(std::string_view document) {
     qnxml_test::Tokenizer tokenizer({}, 1, 4096, memory_stream(document));
-    std::string all;
+    std::ostringstream all;
     for_each_token(tokenizer, [&](XmlTokenType token) {
-        std::ostringstream out;
+        const std::string_view text = tokenizer.token_text().view();
         if (token == XmlTokenType::Error) {
-            const std::string text = tokenizer.last_error()->text();
-            out << "! " << text.substr(text.find("]: ") + 3);
+            const std::string message = tokenizer.last_error()->text();
+            all << " ! " << message.substr(message.find("]: ") + 3);
         } else if (token != XmlTokenType::DocumentStart && token != XmlTokenType::DocumentEnd) {
-            out << token;
-            const bool has_text =
-                token == XmlTokenType::CharData || token == XmlTokenType::EntityRef ||
-                token == XmlTokenType::CharRef || token == XmlTokenType::StartTagStart ||
-                token == XmlTokenType::EndTag || token == XmlTokenType::AttributeStart ||
-                token == XmlTokenType::PIStart || token == XmlTokenType::XmldeclStart;
-            if (has_text) {
-                out << '(' << tokenizer.token_text().view() << ')';
-            }
+            all << ' ' << token;
+            const bool meaningless = token == XmlTokenType::CommentEnd ||
+                                     token == XmlTokenType::PIEnd ||
+                                     token == XmlTokenType::CDATAEnd;
+            text.empty() || meaningless ? all : all << '(' << text << ')';
         }
-        all += (all.empty() || out.str().empty() ? "" : " ") + out.str();
     });
-    return all;
+    return all.str().empty() ? "" : all.str().substr(1);
 }
 
 struct Case {
@@ -84,6 +80,12 @@ TEST(Tokenizer, TurnsDocumentsIntoTokens) {
         {std::string_view("<a\0b='1'/>", 10),
          "StartTagStart(a) ! Expecting whitespace before attribute name"},
         {std::string_view("&a\0x\1", 5), "EntityRef(a) CharData(x\1)"},
+        {std::string_view("<?a\0?>", 6), std::string("PIStart(a) CharData(\0) PIEnd", 28)},
+        {std::string_view("</a\0>", 6), "! Invalid character in end tag"},
+        {std::string_view("<a b\0='1'>", 11), "StartTagStart(a) ! Expecting '='"},
+        {"<?a\t?><?b\n?></a\t><c d\n='1'>",
+         "PIStart(a) CharData(\t) PIEnd PIStart(b) CharData(\n) PIEnd EndTag(a) "
+         "StartTagStart(c) AttributeStart(d) CharData(1) AttributeEnd StartTagEnd"},
     };
     for (const Case& test : cases) {
         EXPECT_EQ(tokens(test.document), test.expected) << test.document;
@@ -111,6 +113,9 @@ const Failure failures[] = {
     {"<-a/>", "read_name", "Expecting start tag name"},
     {"<1/>", "read_name", "Expecting start tag name"},
     {"<a\xC3\x97/>", "read_name", "Expecting start tag name"},
+    {"<?1a?>", "read_name", "Expecting processing instruction target name"},
+    {"</1a>", "read_name", "Expecting end tag name"},
+    {"<\xC2\xB7/>", "read_name", "Expecting start tag name"},
     {"<a ", "parse_starttag", "End of data in start tag declaration"},
     {"<a /", "parse_starttag", "Invalid empty tag; expecting '/>'"},
     {"<a b='1'c='2'/>", "parse_starttag", "Expecting whitespace before attribute name"},
@@ -218,33 +223,43 @@ TEST(Tokenizer, CutsTextIntoChunks) {
               std::string("StartTagStart() StartTagEndEmpty").size() + 5000);
 }
 
-TEST(Tokenizer, PrintsTokenNames) {
-    const auto printed = [](unsigned int value) {
-        std::ostringstream out;
-        out << static_cast<XmlTokenType>(value);
-        return out.str();
-    };
-    EXPECT_EQ(printed(0), "Unknown");
-    EXPECT_EQ(printed(16), "StartTagEndEmpty");
-    EXPECT_EQ(printed(22), "CharRef");
-    EXPECT_EQ(printed(23), "##UNKNOWN(23)##");
+/// A source of single bytes that is not UTF-8.
+class Latin1Tokenizer final : public qnxml::XmlCharStreamTokenizerBase {
+  public:
+    qnxml::XmlLocation location() const override { return {}; }
+
+  protected:
+    int get_next_char(char* out) override {
+        *out = rest_[0];
+        rest_.remove_prefix(*out != '\0' ? 1 : 0);
+        return *out != '\0' ? 1 : 0;
+    }
+
+  private:
+    std::string_view rest_ = "<\xE9\xB7/>";
+};
+
+TEST(Tokenizer, ClassifiesASingleByteByItself) {
+    Latin1Tokenizer tokenizer;
+    for_each_token(
+        tokenizer, [](XmlTokenType) {}, 2);
+    EXPECT_EQ(tokenizer.token_text().view(), "\xE9\xB7");
+}
+
+TEST(Tokenizer, PrintsUnknownTokensInDecimal) {
+    std::ostringstream out;
+    out << std::hex << static_cast<XmlTokenType>(23);
+    EXPECT_EQ(out.str(), "##UNKNOWN(23)##");
 }
 
 TEST(CharClasses, FollowTheProductions) {
-    const struct {
-        std::uint32_t code_point;
-        std::uint32_t classes;
-    } cases[] = {
-        {0, 0},         {8, 0},         {9, 0x20},      {13, 0x20},     {' ', 0x20},
-        {'!', 0},       {'-', 0x1000},  {'.', 0x2000},  {'/', 0},       {'0', 2},
-        {':', 0x4000},  {'Z', 1},       {'_', 0x8000},  {'z', 1},       {0xB7, 8},
-        {0xD7, 0},      {0xFF, 1},      {0x100, 1},     {0x132, 0},     {0x345, 4},
-        {0x660, 2},     {0xE46, 8},     {0x3007, 0x10}, {0x3021, 0x10}, {0x302A, 4},
-        {0x4E00, 0x10}, {0x9FA5, 0x10}, {0x9FA6, 0},    {0xABFF, 0},    {0xAC00, 1},
-        {0xD7A3, 1},    {0xD7A4, 0},    {0xFFFD, 0},    {0x10FFFF, 0},  {0xFFFFFFFE, 0},
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {
+        {8, 0},        {13, 0x20}, {'-', 0x1000},  {'.', 0x2000}, {':', 0x4000},
+        {'_', 0x8000}, {0xD7, 0},  {0x3007, 0x10}, {0x9FA6, 0},   {0xD7A3, 1},
+        {0x10FFFF, 0}, {0x345, 4}, {0xE46, 8},     {0x660, 2},    {0xFFFFFFFF, 0},
     };
-    for (const auto& test : cases) {
-        EXPECT_EQ(qnxml::char_class(test.code_point), test.classes) << std::hex << test.code_point;
+    for (const auto& [code_point, classes] : cases) {
+        EXPECT_EQ(qnxml::char_class(code_point), classes) << std::hex << code_point;
     }
     // How many code points each production has.
     std::size_t counts[5] = {};
@@ -255,6 +270,36 @@ TEST(CharClasses, FollowTheProductions) {
         }
     }
     EXPECT_THAT(counts, ElementsAre(13602, 149, 437, 18, 20912));
+}
+
+constexpr qnxml::ByteSet letters = qnxml::ByteSet::ascii_where([](char byte) {
+    return (qnxml::char_class(static_cast<unsigned char>(byte)) & qnxml::name_classes) != 0;
+});
+constexpr qnxml::ByteSet plain = qnxml::ByteSet::plain_but("&<");
+constexpr qnxml::ByteSet one = qnxml::ByteSet::of("a");
+
+template <const qnxml::ByteSet& set>
+void check_runs(char member) {
+    for (std::size_t length = 0; length < 40; ++length) {
+        for (std::size_t place = 0; place < length; ++place) {
+            for (int byte = 0; byte < 256; ++byte) {
+                std::vector<char> text(length, member); // of its own length, for the sanitizer
+                text[place] = static_cast<char>(byte);
+                const char* const end = text.data() + length;
+                const char* const expected =
+                    std::find_if(static_cast<const char*>(text.data()), end,
+                                 [](char each) { return !set.contains(each); });
+                ASSERT_EQ(qnxml::impl::end_of_run<set>(text.data(), end), expected)
+                    << length << ' ' << place << ' ' << byte;
+            }
+        }
+    }
+}
+
+TEST(ByteRun, EndsWhereTheSetSays) {
+    check_runs<letters>('a');
+    check_runs<plain>('>');
+    check_runs<one>('a');
 }
 
 } // namespace

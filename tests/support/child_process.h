@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/launch.h"
+
 // A test program starts itself again to get a second process. What the second one does is a
 // function registered under a name:
 //
@@ -41,9 +43,16 @@ class ChildProcess {
     int wait();
 
   private:
-    struct Process;
-    Process* process_;
+    FileHandle process_ = platform::invalid_file;
+    FileHandle input_ = platform::invalid_file;  ///< writes to the child's standard input
+    FileHandle output_ = platform::invalid_file; ///< reads the child's standard output
 };
+
+/// First argument of a test program that is to run a child function, named by the second one.
+inline constexpr const char* child_argument = "--run-child";
+
+/// Runs a registered function and gives the exit status.
+int run_child(const std::string& function, const std::vector<std::string>& arguments);
 
 } // namespace support
 

@@ -22,7 +22,7 @@ struct CommandResult {
     std::string errors;
 };
 
-/// Runs it with nothing but its standard streams open, and fails the test when it cannot start.
+/// Runs it to its end, and fails the test when it cannot start.
 CommandResult run(const Command& command);
 
 } // namespace support

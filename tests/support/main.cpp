@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/program.h"
-#include "tests/support/process.h"
+#include "tests/support/child_process.h"
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments = platform::program_arguments(argc, argv);

@@ -121,7 +121,8 @@ TEST_F(Changes, NewKeysAreToldAndHideNothingButPasswords) {
     EXPECT_EQ(Json::parse(list.output)[0]["password"], Json());
     EXPECT_EQ(Json::parse(list.output)[1]["password"], "");
     EXPECT_EQ(run({"get", "cluster"}).status, 0);
-    refused(1, {"get", "cluster", "--field", "password", "--show-password"}, "no readable password");
+    refused(1, {"get", "cluster", "--field", "password", "--show-password"},
+            "no readable password");
     refused(1, {"remove", "sip-device", "--server", "SRV01"}, "those of cluster would be lost");
 }
 
@@ -164,8 +165,8 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
     };
     const std::vector<Case> cases{
         {device(R"(,"password":"one")"), "add sip-device of the server 'S'\n", 0},
-        {device(R"(,"password":"\u0074wo","trusted":null)"), "change sip-device of the server 'S'\n",
-         0},
+        {device(R"(,"password":"\u0074wo","trusted":null)"),
+         "change sip-device of the server 'S'\n", 0},
         {device(R"(,"password":null)"), "", 0}, // null leaves it as it is
         {device(""), "", 0},
         {R"({"role":"cluster",)" + paths + "}", "add cluster\n", 0},

@@ -122,9 +122,9 @@ TEST_F(Entries, RemovalTakesEverySpelling) {
 
 TEST_F(Entries, ARemoteClientIsFoundByItsShortName) {
     done(set_words("subsystems-remote-client", "/a"));
-    EXPECT_EQ(done({"get", "subsystems-remote-client", "--server", "srv01.example", "--field",
-                    "server"}),
-              "SRV01\n");
+    EXPECT_EQ(
+        done({"get", "subsystems-remote-client", "--server", "srv01.example", "--field", "server"}),
+        "SRV01\n");
 }
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {

@@ -9,6 +9,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <nlohmann/json.hpp>
+
 #include "tests/tools/program_fixture.h"
 
 // What the program does on a terminal, and with what only a POSIX system has.
@@ -193,11 +195,11 @@ TEST_F(Streams, OutputThatCannotBeWrittenIsAFailure) {
                                Case{"set cluster --public-key /p --private-key /k --certificate /c "
                                     "--password-stdin <&-",
                                     2}}) {
-        const auto result = support::run(
-            {"/bin/sh",
-             {"-c", "exec \"$0\" " + std::string(closed.redirection), program_file()},
-             environment,
-             ""});
+        const auto result =
+            support::run({"/bin/sh",
+                          {"-c", "exec \"$0\" " + std::string(closed.redirection), program_file()},
+                          environment,
+                          ""});
         EXPECT_EQ(result.status, closed.status) << closed.redirection;
     }
     EXPECT_THAT(support::read_file(machine.file("trace")), Not(HasSubstr("geheim")));
@@ -218,6 +220,132 @@ TEST_F(Streams, KeyFilesThatOthersMayReadAreAProblem) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.output, HasSubstr("problem: every account may use the key file " +
                                          in_root("_PublicKey.bin")));
+}
+
+/// Files as openssl makes them: an authority (ca), a certificate that it signed (s), whose key has
+/// the password "geheim", and a stranger's (o).
+class Files : public ProgramTest {
+  protected:
+    Files() {
+        shell("openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.crt -days 300 "
+              "-subj /CN=ca && openssl genrsa -aes256 -passout pass:geheim -out s.key 2048 && "
+              "openssl rsa -in s.key -passin pass:geheim -pubout -out s.pub && "
+              "openssl req -new -key s.key -passin pass:geheim -subj /CN=s -out s.csr && "
+              "openssl x509 -req -in s.csr -CA ca.crt -CAkey ca.key -days 20 -out s.crt "
+              "-set_serial 5 && openssl x509 -in s.crt -outform DER -out s.der && "
+              "openssl req -x509 -newkey rsa:2048 -nodes -keyout o.key -out o.crt -days 300 "
+              "-subj /CN=o && openssl rsa -in o.key -pubout -out o.pub && chmod 600 *");
+    }
+
+    std::string shell(const std::string& script) {
+        const auto result =
+            support::run({"/bin/sh",
+                          {"-c", "cd \"$0\" && exec 2>&1 && " + script, machine.file("home")},
+                          environment,
+                          ""});
+        EXPECT_EQ(result.status, 0) << result.output;
+        return result.output;
+    }
+
+    std::string home(const std::string& name) const { return machine.file("home/" + name); }
+};
+
+TEST_F(Files, WhatIsWrongWithThemIsTold) {
+    done({"set", "sip-device", "--server", "S", "--public-key", home("s.pub"), "--private-key",
+          home("s.key"), "--certificate", home("s.crt"), "--trusted", home("ca.crt"),
+          "--password-stdin"},
+         "geheim");
+    struct Case {
+        Words update;
+        std::string finding; ///< empty when all is well
+        const char* days = "10";
+    };
+    const std::vector<Case> cases{
+        {{"--certificate", home("s.crt")}, ""},
+        {{"--certificate", home("s.crt")}, "warning: certificate_expires", "30"},
+        {{"--certificate", home("s.der")}, ""},
+        {{"--trusted", home("o.crt")}, "problem: certificate_not_trusted"},
+        {{"--trusted", home("s.crt")}, ""}, // an end of the chain of its own
+        {{"--public-key", home("o.pub")}, "problem: public_key_of_another"},
+        {{"--public-key", home("s.crt")}, ""},
+        {{"--public-key", home("s.key")}, "problem: public_key_unreadable"},
+        {{"--public-key", home("no")}, "problem: named_file_missing"},
+        {{"--public-key", machine.file("home")}, "problem: named_file_unreadable"},
+        {{"--private-key", home("o.key")}, "problem: key_not_of_certificate"},
+        {{"--no-password"}, "problem: private_key_unreadable"},
+        {{"--certificate", home("s.key")}, "problem: certificate_unreadable"},
+        {{"--public-key", "s.pub"}, "warning: path_relative"},
+    };
+    const Words update{"update", "sip-device", "--server", "S"};
+    const std::string before = support::read_file(file());
+    for (const Case& wrong : cases) {
+        support::write_file(file(), before);
+        run(update + wrong.update);
+        const auto result = run({"check", "--files", "--days", wrong.days, "--format=json"});
+        std::string found;
+        for (const auto& finding : nlohmann::json::parse(result.output)) {
+            if (finding["role"] == "sip-device") {
+                found +=
+                    std::string(finding["severity"]) + ": " + std::string(finding["code"]) + "\n";
+            }
+        }
+        EXPECT_THAT(found,
+                    wrong.finding.empty() ? testing::Eq("") : HasSubstr(wrong.finding + "\n"))
+            << testing::PrintToString(wrong.update);
+    }
+    support::write_file(file(), before);
+    shell("chmod o+w s.pub && chmod o+r s.key");
+    const std::string open = run({"check", "--files"}).output;
+    EXPECT_THAT(open, HasSubstr(home("s.pub") + ", which every account may change"));
+    EXPECT_THAT(open, HasSubstr(home("s.key") + ", which every account may open"));
+}
+
+TEST_F(Files, AnExportIsWhatOpensslReads) {
+    done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
+    const std::string json = done({"list", "--format=json", "--show-passwords"});
+    done({"export", "--password-stdin", "--output", home("out")}, "sesame");
+    EXPECT_EQ(std::filesystem::status(home("out")).permissions(), std::filesystem::perms(0600));
+    const std::string shown = shell("openssl cms -decrypt -in out -pwri_password sesame");
+    EXPECT_EQ(shown + "\n", json);
+    for (const char* form : {"PEM", "DER"}) {
+        support::write_file(home("plain"), json);
+        shell(std::string("openssl cms -encrypt -binary -aes256 -in plain -pwri_password sesame "
+                          "-out again -outform ") +
+              form);
+        EXPECT_EQ(done({"import", home("again"), "--password-stdin"}, "sesame"), "") << form;
+    }
+}
+
+// As when another account of the group works on the file, or the disk is full.
+TEST_F(Streams, AFailedWriteChangesNothing) {
+    done(set_words("cluster", "/c"));
+    std::filesystem::permissions(file(), std::filesystem::perms(0640));
+    done(set_words("sip-device", "/d") + Words{"--trusted", std::string(3000, 't')});
+    EXPECT_EQ(std::filesystem::status(file() + ".previous").permissions(),
+              std::filesystem::perms(0640));
+    const std::string before = support::read_file(file());
+    const Words more = set_words("web-config", "/" + std::string(1000, 'x'));
+    const Words limited = Words{"-c", "ulimit -f 6; exec \"$0\" \"$@\"", program_file()} + more;
+    const auto result = support::run({"/bin/bash", limited, environment, ""});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("could not be changed, and the former content is back"));
+    EXPECT_EQ(support::read_file(file()), before);
+    EXPECT_EQ(std::filesystem::status(file()).permissions(), std::filesystem::perms(0640));
+}
+
+TEST_F(Streams, CompletionKnowsServersAndRunsNoneOfThem) {
+    done({"set", "sip-device", "--server", "SRV$(touch evil)", "--public-key", "/p",
+          "--private-key", "/k", "--certificate", "/c"});
+    support::write_file(machine.file("script"), done({"completion", "bash"}));
+    std::filesystem::create_symlink(program_file(), machine.file("vdcertificates"));
+    const std::string script =
+        "cd \"$0\"; PATH=$0:$PATH; . ./script; answer() { COMP_WORDS=(\"$@\"); "
+        "COMP_CWORD=$(($# - 1)); _vdcertificates; echo \"${COMPREPLY[*]}\"; }; "
+        "answer vdcertificates re; answer vdcertificates get web; "
+        "answer vdcertificates get cluster --server S; answer vdcertificates list --format ''";
+    const auto result = support::run({"/bin/bash", {"-c", script, machine.str()}, environment, ""});
+    EXPECT_EQ(result.output, "remove restore\nweb-config\nSRV\\$\\(touch\\ evil\\)\ntext json\n");
+    EXPECT_FALSE(std::filesystem::exists(machine.file("evil")));
 }
 
 } // namespace

@@ -30,8 +30,9 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         Words words;
         std::string line;
     };
-    const std::string known = "set, update, remove, get, list, where, check, restore, export, import "
-                              "and completion";
+    const std::string known =
+        "set, update, remove, get, list, where, check, restore, export, import "
+        "and completion";
     const Words two_passwords{"--password-stdin", "--prompt"};
     const std::string exclude =
         "--password-stdin, --password-file, --prompt and --no-password exclude each other";
@@ -84,7 +85,8 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"import", "/f", "--plain", "--prompt"}, "--plain takes no password"},
         {{"completion", "sh"}, "unknown shell 'sh': the shells are bash, zsh and fish"},
         {device + Words{"--server", "T"}, "--server is given more than once"},
-        {device + Words{"--trusted", "a\xE2\x80\xAE" "b"},
+        {device + Words{"--trusted", "a\xE2\x80\xAE"
+                                     "b"},
          "--trusted holds the control character \\u202e, which the file cannot keep"},
         {device + Words{"--trusted", "a\rb"},
          "--trusted holds the control character \\x0d, which the file cannot keep"},
@@ -112,7 +114,10 @@ TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
     const std::string control = " holds the control character \\x";
     expect_refused(device("a\tb", "/p"), "--server" + control + "09" + rest);
     expect_refused(device("S", "a\x7F"), "--public-key" + control + "7f" + rest);
-    expect_refused(device("a\xC2\x9B" "31m", "/p"), "--server" + control + "9b" + rest);
+    expect_refused(device("a\xC2\x9B"
+                          "31m",
+                          "/p"),
+                   "--server" + control + "9b" + rest);
     if (!platform::names_are_utf8) { // else no argument can be anything but Unicode
         expect_refused(device("S", "\xFF"), "--public-key is not valid UTF-8");
         expect_refused(device("\xC3(", "/p"), "--server is not valid UTF-8");
@@ -137,8 +142,8 @@ TEST_F(Usage, PasswordsThatCannotBeStoredAreRefused) {
 TEST_F(Usage, HelpAndVersionAreAnswers) {
     EXPECT_EQ(done({"--version"}), "vdcertificates 1.0.0\n");
     const std::string help = done({"--help"});
-    for (const char* command : {"set", "update", "remove", "get", "list", "where", "check", "restore",
-                                "export", "import", "completion"}) {
+    for (const char* command : {"set", "update", "remove", "get", "list", "where", "check",
+                                "restore", "export", "import", "completion"}) {
         EXPECT_THAT(help, testing::HasSubstr(std::string("\n  ") + command + " "));
         const std::string text = done({command, "--help"});
         EXPECT_THAT(text, testing::HasSubstr(std::string("Usage: vdcertificates ") + command));

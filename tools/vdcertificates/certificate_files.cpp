@@ -112,8 +112,9 @@ class EntryFiles {
         }
         if (platform::is_writable_for_all(path)) {
             add(problem, "named_file_writable",
-                "names " + path + ", which every account may change: take the permission to "
-                "write from others",
+                "names " + path +
+                    ", which every account may change: take the permission to "
+                    "write from others",
                 path);
         }
         try {
@@ -130,8 +131,9 @@ class EntryFiles {
         const std::string& path = entry_.node.privateKeyPath;
         if (platform::is_open_to_others(path)) {
             add(warning, "private_key_open",
-                "names the private key " + path + ", which every account may open: take all "
-                "permissions from others",
+                "names the private key " + path +
+                    ", which every account may open: take all "
+                    "permissions from others",
                 path);
         }
     }
@@ -219,9 +221,8 @@ class EntryFiles {
     void check_trust(const Certificates& chain, const Certificates& trusted) {
         const StoreHandle store(X509_STORE_new());
         const StoreContextHandle context(X509_STORE_CTX_new());
-        const std::unique_ptr<STACK_OF(X509), decltype([](STACK_OF(X509) * stack) {
-                                  sk_X509_free(stack);
-                              })>
+        const std::unique_ptr<STACK_OF(X509),
+                              decltype([](STACK_OF(X509) * stack) { sk_X509_free(stack); })>
             others(sk_X509_new_null());
         for (const CertificateHandle& certificate : trusted) {
             X509_STORE_add_cert(store.get(), certificate.get());

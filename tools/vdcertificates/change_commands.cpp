@@ -1,7 +1,7 @@
 #include "tools/vdcertificates/commands.h"
 #include "tools/vdcertificates/requests.h"
-#include "tools/vdcertificates/transaction.h"
 #include "tools/vdcertificates/text_checks.h"
+#include "tools/vdcertificates/transaction.h"
 
 namespace tool {
 namespace {
@@ -122,8 +122,8 @@ ExitStatus run_update(const Arguments& arguments) {
     Entry ignored;
     apply_fields(arguments, target, ignored);
     check_given(arguments);
-    const bool has_password = password_source_of(arguments) != PasswordSource::none ||
-                              arguments.has(Option::no_password);
+    const bool has_password =
+        password_source_of(arguments) != PasswordSource::none || arguments.has(Option::no_password);
     const Secret password = password_of(arguments);
     Transaction change(arguments.has(Option::discard_unreadable));
     const Contents::Node* stored = change.contents().find(target.role, target.server);

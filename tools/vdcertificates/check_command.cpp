@@ -41,7 +41,8 @@ void check_keys(const Store& store, Findings& findings) {
     for (const std::string& path : {store.keys().public_key, store.keys().private_key}) {
         if (platform::is_open_to_others(path)) {
             // The public key is the one that passwords are deciphered with.
-            findings.add(problem, "key_file_open", "every account may use the key file " + path +
+            findings.add(problem, "key_file_open",
+                         "every account may use the key file " + path +
                              ", and whoever reads the keys can read the passwords: take all "
                              "permissions from others",
                          path);
@@ -114,14 +115,15 @@ void check_form(const Store& store, const Reading& reading, std::size_t count, F
                          "': it is another kind of document, and counts as empty",
                      path);
     } else {
-        findings.add(ok, "file", path + " holds " + std::to_string(count) +
-                                     (count == 1 ? " entry" : " entries"),
-                     path);
+        findings.add(
+            ok, "file",
+            path + " holds " + std::to_string(count) + (count == 1 ? " entry" : " entries"), path);
     }
     if (reading.file_exists && platform::is_writable_for_all(path)) {
         findings.add(problem, "file_writable",
-                     "every account may change " + path + ": take the permission to write from "
-                     "others",
+                     "every account may change " + path +
+                         ": take the permission to write from "
+                         "others",
                      path);
     }
     for (const std::string& ignored : reading.ignored) {
@@ -194,7 +196,8 @@ void check_hidden(const Entries& entries, Findings& findings) {
         } else if (before != nullptr && same_group(*before, *entry) &&
                    before->server == entry->server &&
                    compare(before->node.name, entry->node.name) == 0) {
-            findings.add(problem, "entry_twice", *entry, "is there twice: only the first one is used");
+            findings.add(problem, "entry_twice", *entry,
+                         "is there twice: only the first one is used");
         }
         before = entry;
     }

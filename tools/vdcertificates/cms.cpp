@@ -70,8 +70,8 @@ Secret encipher_for_password(std::string_view text, const Secret& password) {
     constexpr unsigned flags = CMS_BINARY | CMS_PARTIAL;
     const CmsHandle cms(CMS_encrypt(nullptr, nullptr, EVP_aes_256_cbc(), flags));
     require(cms != nullptr, "cannot encipher");
-    auto* copy = static_cast<unsigned char*>(
-        OPENSSL_memdup(password.text().data(), password.text().size()));
+    auto* copy =
+        static_cast<unsigned char*>(OPENSSL_memdup(password.text().data(), password.text().size()));
     require(copy != nullptr, "cannot encipher");
     // The message owns the copy from here on, and wipes it.
     require(CMS_add0_recipient_password(cms.get(), iterations, NID_undef, NID_undef, copy,
@@ -98,9 +98,8 @@ Secret decipher_with_password(std::string_view message, const Secret& password) 
     const CmsHandle cms = parse(message);
     Secret copy; // the interface takes it as changeable
     copy.append(password.text());
-    require(CMS_decrypt_set1_password(
-                cms.get(), reinterpret_cast<unsigned char*>(copy.data()),
-                static_cast<ossl_ssize_t>(copy.text().size())) == 1,
+    require(CMS_decrypt_set1_password(cms.get(), reinterpret_cast<unsigned char*>(copy.data()),
+                                      static_cast<ossl_ssize_t>(copy.text().size())) == 1,
             "it cannot be deciphered; is the password right?");
     const BioHandle chain(CMS_dataInit(cms.get(), nullptr));
     require(chain != nullptr, "it cannot be deciphered");

@@ -13,7 +13,8 @@ constexpr std::array<OptionDefinition, option_count> definitions{{
     {"--public-key", "PATH", "Public key"},
     {"--private-key", "PATH", "Private key"},
     {"--certificate", "PATH", "Certificate"},
-    {"--trusted", "PATH", "Trusted certificate; roles cluster, subsystems and\nweb-config have none"},
+    {"--trusted", "PATH",
+     "Trusted certificate; roles cluster, subsystems and\nweb-config have none"},
     {"--password-stdin", "", "Read the password from standard input, less one\nline end"},
     {"--password-file", "FILE", "Read the password from a file, less one line end"},
     {"--prompt", "", "Ask for the password on the terminal, twice"},
@@ -34,9 +35,7 @@ constexpr std::array<OptionDefinition, option_count> definitions{{
 std::string known_commands() {
     std::string names;
     for (const Command& command : commands()) {
-        names += names.empty()                    ? ""
-                 : &command == &commands().back() ? " and "
-                                                  : ", ";
+        names += names.empty() ? "" : &command == &commands().back() ? " and " : ", ";
         names += command.name;
     }
     return names;
@@ -125,9 +124,7 @@ void Arguments::take_option(std::string_view name, std::span<const std::string>&
     if (value) {
         throw UsageError(shown + " is given more than once");
     }
-    value = is_flag               ? std::string()
-            : attached != nullptr ? *attached
-                                  : next_value(name, rest);
+    value = is_flag ? std::string() : attached != nullptr ? *attached : next_value(name, rest);
 }
 
 const std::string& Arguments::text(Option option) const noexcept {

@@ -6,8 +6,9 @@ namespace {
 using enum Option;
 
 constexpr OptionUse set_options[] = {
-    {server},        {public_key, true}, {private_key, true}, {certificate, true},  {trusted},
-    {password_file}, {password_stdin},   {prompt},            {no_password},        {discard_unreadable},
+    {server},      {public_key, true},   {private_key, true}, {certificate, true},
+    {trusted},     {password_file},      {password_stdin},    {prompt},
+    {no_password}, {discard_unreadable},
 };
 constexpr OptionUse update_options[] = {
     {server},        {public_key},     {private_key}, {certificate}, {trusted},
@@ -89,7 +90,11 @@ constexpr Command all[] = {
      "Example:\n"
      "  vdcertificates import site.cms --password-file /root/export.password --dry-run\n",
      run_import},
-    {"completion", "Print a script that completes command lines", "SHELL", true, {},
+    {"completion",
+     "Print a script that completes command lines",
+     "SHELL",
+     true,
+     {},
      "SHELL is bash, zsh or fish.\n\n"
      "Example:\n"
      "  vdcertificates completion bash >/etc/bash_completion.d/vdcertificates\n",

@@ -59,8 +59,8 @@ std::string bash() {
               "        *)\n"
               "            case ${COMP_WORDS[1]} in\n";
     for (const Command& command : commands()) {
-        script += "                " + std::string(command.name) + ") words='" +
-                  words_of(command) + "' ;;\n";
+        script += "                " + std::string(command.name) + ") words='" + words_of(command) +
+                  "' ;;\n";
     }
     script += "            esac\n"
               "            [ \"$COMP_CWORD\" -gt 1 ] || words='" +
@@ -83,7 +83,8 @@ std::string fish() {
     std::string script = "complete -c vdcertificates -f\n";
     for (const Command& command : commands()) {
         const std::string name(command.name);
-        const std::string here = "complete -c vdcertificates -n '__fish_seen_subcommand_from " + name + "' ";
+        const std::string here =
+            "complete -c vdcertificates -n '__fish_seen_subcommand_from " + name + "' ";
         script += "complete -c vdcertificates -n __fish_use_subcommand -a " + name + " -d '" +
                   std::string(command.summary) + "'\n";
         if (command.word == "ROLE") {

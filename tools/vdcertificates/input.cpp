@@ -42,9 +42,8 @@ struct OpenFile {
 
 Secret read_standard_input(std::size_t limit) {
     std::setvbuf(stdin, nullptr, _IONBF, 0); // so that no other buffer gets a password
-    Secret text = read_all(limit, [](char* place, std::size_t size) {
-        return std::fread(place, 1, size, stdin);
-    });
+    Secret text = read_all(
+        limit, [](char* place, std::size_t size) { return std::fread(place, 1, size, stdin); });
     if (std::ferror(stdin) != 0) {
         throw UsageError("standard input cannot be read");
     }

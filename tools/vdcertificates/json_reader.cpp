@@ -153,7 +153,8 @@ class Reader {
     /// Four digits after the `u` that comes next.
     unsigned int read_unit() {
         unsigned int unit = 0;
-        const std::string_view digits = text_.substr(std::min(place_ + 1, text_.size())).substr(0, 4);
+        const std::string_view digits =
+            text_.substr(std::min(place_ + 1, text_.size())).substr(0, 4);
         const auto [end, error] =
             std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
         if (place_ >= text_.size() || text_[place_] != 'u' || error != std::errc() ||

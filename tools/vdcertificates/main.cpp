@@ -1,6 +1,8 @@
+#include <array>
 #include <exception>
 #include <new>
 
+#include "platform/memory.h"
 #include "platform/program.h"
 #include "tools/vdcertificates/command_line.h"
 #include "tools/vdcertificates/output.h"
@@ -16,9 +18,14 @@ void print_failure(const std::exception& failure) noexcept {
     }
 }
 
-} // namespace
+/// Overwrites what calls have left on the stack: registers that the loader and compilers save there
+/// may hold parts of a password, too.
+[[gnu::noinline]] void wipe_stack() noexcept {
+    std::array<char, 32768> below;
+    platform::secure_zero(below.data(), below.size());
+}
 
-int main(int count, char** words) {
+tool::ExitStatus run(int count, char** words) noexcept {
     using namespace tool;
     try {
         platform::prepare_standard_streams();
@@ -34,4 +41,12 @@ int main(int count, char** words) {
         print_error("unknown failure");
     }
     return status_failed;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    const tool::ExitStatus status = run(count, words);
+    wipe_stack();
+    return status;
 }

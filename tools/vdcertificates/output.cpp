@@ -33,7 +33,8 @@ const std::array<Field, 7>& fields() {
     using Value = std::optional<std::string_view>;
     static constexpr std::array<Field, 7> all{{
         {"role", "ROLE", [](const Entry& entry) { return Value(role_name(entry)); }},
-        {"server", "SERVER", [](const Entry& entry) { return when(entry.by_server, entry.server); }},
+        {"server", "SERVER",
+         [](const Entry& entry) { return when(entry.by_server, entry.server); }},
         {"public_key", "PUBLIC KEY",
          [](const Entry& entry) { return Value(entry.node.publicKeyPath); }},
         {"private_key", "PRIVATE KEY",

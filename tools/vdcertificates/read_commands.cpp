@@ -67,8 +67,7 @@ class Search {
 
 std::optional<Entry> search(Store& store, const Role& role, const std::string& server) {
     Search search(role, server);
-    const Reading reading =
-        store.read([&](Entry&& entry) { search.look_at(std::move(entry)); });
+    const Reading reading = store.read([&](Entry&& entry) { search.look_at(std::move(entry)); });
     check_reading(store, reading);
     if (search.found() && !search.found()->password_is_readable) {
         warn_of_passwords(store, 1, reading.password_fault);
@@ -79,8 +78,8 @@ std::optional<Entry> search(Store& store, const Role& role, const std::string& s
 /// True when a search under the name as given is not the last word.
 bool tries_short_name(const Target& target, const std::optional<Entry>& found) {
     return target.role.tries_short_name && target.server.find_first_of(".:") != std::string::npos &&
-           (!found || (found->node.certificatePath.empty() &&
-                       found->node.trustedCertificatePath.empty()));
+           (!found ||
+            (found->node.certificatePath.empty() && found->node.trustedCertificatePath.empty()));
 }
 
 std::optional<Entry> find_entry(Store& store, const Target& target) {
@@ -218,8 +217,7 @@ ExitStatus run_list(const Arguments& arguments) {
     const bool passwords = arguments.has(Option::show_passwords);
     Store store;
     Entries entries;
-    const Reading reading =
-        store.read([&](Entry&& entry) { entries.push_back(std::move(entry)); });
+    const Reading reading = store.read([&](Entry&& entry) { entries.push_back(std::move(entry)); });
     store.unlock();
     store.print_made();
     store.print_warnings();

@@ -24,8 +24,8 @@ const std::string& variable = ConfigurationFile::sm_configurationFilePathEnviron
 bool is_there(const std::string& path) {
     const platform::SystemError error = platform::check_existence(path);
     if (error && !error.is_not_found()) {
-        throw Failure("cannot look at " + path + ": " + platform::describe(error), "key_file_unreadable",
-                      path);
+        throw Failure("cannot look at " + path + ": " + platform::describe(error),
+                      "key_file_unreadable", path);
     }
     return !error;
 }
@@ -41,8 +41,7 @@ bool is_there(const std::string& path) {
 [[noreturn]] void refuse_pair(const KeyFiles& keys, const std::string& cause) {
     for (const std::string& path : {keys.public_key, keys.private_key}) {
         if (const platform::SystemError error = platform::check_read_access(path)) {
-            throw Failure("the key file " + path + " cannot be read (" +
-                              platform::describe(error) +
+            throw Failure("the key file " + path + " cannot be read (" + platform::describe(error) +
                               "): use an account that may read it",
                           "key_file_unreadable", path);
         }
@@ -96,8 +95,9 @@ Store::Store(bool replaceKeys)
 }
 
 bool Store::load_keys() {
-    pair_ = qncore::RefCountPtr<qncertificates::CertificateKeys>(new qncertificates::CertificateKeys(
-        keys_.public_key, keys_.private_key, qncertificates::eFormatPkcs1Der, false));
+    pair_ =
+        qncore::RefCountPtr<qncertificates::CertificateKeys>(new qncertificates::CertificateKeys(
+            keys_.public_key, keys_.private_key, qncertificates::eFormatPkcs1Der, false));
     return true;
 }
 

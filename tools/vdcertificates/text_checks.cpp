@@ -28,8 +28,7 @@ unsigned int first_hidden(const std::string& subject, std::string_view text) {
     unsigned int found = 0;
     while (!text.empty()) {
         unsigned int character = 0;
-        const std::size_t size =
-            qncore::utf8_to_ucs4_char(text.data(), text.size(), &character);
+        const std::size_t size = qncore::utf8_to_ucs4_char(text.data(), text.size(), &character);
         if (size == 0) {
             throw UsageError(subject + " is not valid UTF-8");
         }

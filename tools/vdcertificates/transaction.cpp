@@ -39,9 +39,9 @@ std::string restore_advice(const std::string& path) {
 /// What of a file a change would drop; empty when nothing.
 std::string loss(const std::string& path, const Reading& reading) {
     if (!reading.fault.empty()) {
-        return (reading.last_entry.empty() ? "all that " + path + " holds"
-                                           : "all that follows the entry " + reading.last_entry +
-                                                 " in " + path) +
+        return (reading.last_entry.empty()
+                    ? "all that " + path + " holds"
+                    : "all that follows the entry " + reading.last_entry + " in " + path) +
                ", which cannot be read to its end (" + reading.fault + ")";
     }
     if (!reading.root_is_right) {
@@ -66,7 +66,8 @@ struct Expected {
                             from.certificatePath, from.password, from.trustedCertificatePath);
         };
         return *section == *entry.section && (server != nullptr) == entry.by_server &&
-               (server == nullptr || *server == entry.server) && fields(*node) == fields(entry.node);
+               (server == nullptr || *server == entry.server) &&
+               fields(*node) == fields(entry.node);
     }
 
     std::string title() const {
@@ -122,7 +123,8 @@ Transaction::Transaction(bool discardUnreadable)
     : discard_(discardUnreadable)
     , store_(discardUnreadable) {
     if (store_.is_elsewhere()) {
-        throw Failure(store_.warnings().front() + " by programs that only read; nothing is changed");
+        throw Failure(store_.warnings().front() +
+                      " by programs that only read; nothing is changed");
     }
     real_path_ = store_.path();
     if (const auto real = platform::real_path(store_.path())) {
@@ -234,7 +236,8 @@ void restore_previous(bool discardUnreadable) {
     }
     const platform::SignalsHeld held;
     const std::string replaced = path + ".replaced";
-    platform::SystemError error = real ? platform::copy_whole(path, replaced) : platform::SystemError();
+    platform::SystemError error =
+        real ? platform::copy_whole(path, replaced) : platform::SystemError();
     error = error ? error : platform::rename_over(previous, path);
     if (error) {
         platform::remove_file(replaced.c_str());

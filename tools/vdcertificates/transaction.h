@@ -65,8 +65,8 @@ class Transaction {
     bool discard_;
     Store store_;
     Contents contents_;
-    std::string real_path_;   ///< of the file, which may be a link
-    bool is_kept_ = false;    ///< the former content is beside it
+    std::string real_path_; ///< of the file, which may be a link
+    bool is_kept_ = false;  ///< the former content is beside it
     bool was_missing_ = false;
 };
 

@@ -18,8 +18,9 @@ std::string root_rule(const std::string& root) {
     if (root.empty()) {
         return "neither the machine's setting nor a user's profile names a directory";
     }
-    return root == machine_setting() ? "the machine's setting in " + platform::machine_setting_source()
-                           : "the user's profile";
+    return root == machine_setting()
+               ? "the machine's setting in " + platform::machine_setting_source()
+               : "the user's profile";
 }
 
 struct Answer {

@@ -1,0 +1,10 @@
+# The rooms and what each may include, out of the graph in docs/architecture.md: `rooms`, and
+# allowed_<room> for each. A line there is "room --> room & room".
+file(STRINGS ${ROOT}/docs/architecture.md arrows REGEX "^ +[A-Za-z]+ --> ")
+set(rooms platform)
+foreach(line IN LISTS arrows)
+  string(REGEX MATCHALL "[A-Za-z]+" names "${line}")
+  list(POP_FRONT names room)
+  list(APPEND rooms ${room})
+  set(allowed_${room} ${names})
+endforeach()

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+// Watches every `new` and `delete` of a test program that links orva_allocation_watch.
+namespace support {
+
+/// How often this program has taken memory by `new` so far.
+std::size_t allocations() noexcept;
+
+/// Runs the action with its `number`-th `new` (from 1 on) failing; false when it has fewer.
+bool with_failing_allocation(std::size_t number, const std::function<void()>& action);
+
+/// How many blocks the action gives back in which the secret still stands.
+int blocks_given_back_with(const void* secret, std::size_t size,
+                           const std::function<void()>& action);
+
+} // namespace support

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/file.h"
+
+// How support starts programs: what each system answers.
+namespace support {
+
+using platform::FileHandle;
+
+/// The standard streams of a new process.
+struct Streams {
+    FileHandle input;
+    FileHandle output;
+    FileHandle error;
+};
+
+/// Starts the program `words[0]` with these streams and, on Linux, whatever else is inheritable.
+/// Returns the process; fails the test and returns invalid_file when it does not start.
+FileHandle start(const std::vector<std::string>& words, const Streams& streams);
+
+/// Ends a process at once, with nothing of its own run.
+void kill_process(FileHandle process);
+
+/// Waits for the end and returns the exit status; -1 for a process that was ended from outside,
+/// crashed, or never started.
+int wait_for_process(FileHandle process);
+
+/// Two ends of a pipe that no child inherits unless start() is given one.
+struct Pipe {
+    FileHandle reader;
+    FileHandle writer;
+};
+Pipe make_pipe();
+
+/// One byte through a pipe; false at its end.
+bool read_byte(FileHandle pipe, char& byte);
+bool write_byte(FileHandle pipe, char byte);
+
+FileHandle own_error_stream();
+std::string own_program();
+
+} // namespace support

@@ -1,0 +1,75 @@
+#include "tests/support/launch.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace support {
+namespace {
+
+int descriptor(FileHandle handle) {
+    return static_cast<int>(handle);
+}
+
+} // namespace
+
+FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
+    std::vector<std::string> texts = words;
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    const pid_t child = ::fork();
+    EXPECT_GE(child, 0) << "fork: errno " << errno;
+    if (child == 0) {
+        ::dup2(descriptor(streams.input), STDIN_FILENO);
+        ::dup2(descriptor(streams.output), STDOUT_FILENO);
+        ::dup2(descriptor(streams.error), STDERR_FILENO);
+        ::execv(pointers[0], pointers.data());
+        ::_exit(127);
+    }
+    return child;
+}
+
+void kill_process(FileHandle process) {
+    ::kill(static_cast<pid_t>(process), SIGKILL);
+}
+
+int wait_for_process(FileHandle process) {
+    int status = -1;
+    if (process == platform::invalid_file) {
+        return -1;
+    }
+    EXPECT_EQ(::waitpid(static_cast<pid_t>(process), &status, 0), process);
+    EXPECT_FALSE(WIFEXITED(status) && WEXITSTATUS(status) == 127) << "the program did not start";
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Pipe make_pipe() {
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0) << "errno " << errno;
+    return {ends[0], ends[1]};
+}
+
+bool read_byte(FileHandle pipe, char& byte) {
+    return ::read(descriptor(pipe), &byte, 1) == 1;
+}
+
+bool write_byte(FileHandle pipe, char byte) {
+    return ::write(descriptor(pipe), &byte, 1) == 1;
+}
+
+FileHandle own_error_stream() {
+    return STDERR_FILENO;
+}
+
+std::string own_program() {
+    return "/proc/self/exe";
+}
+
+} // namespace support

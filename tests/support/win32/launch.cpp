@@ -1,0 +1,108 @@
+#include "tests/support/launch.h"
+
+#include <array>
+
+#include <gtest/gtest.h>
+
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+
+namespace support {
+namespace {
+
+constexpr UINT killed_status = 0xDEAD;
+constexpr DWORD largest_own_status = 255;
+
+HANDLE handle_of(FileHandle handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+FileHandle file_of(HANDLE handle) {
+    return reinterpret_cast<FileHandle>(handle);
+}
+
+HANDLE inheritable(FileHandle handle) {
+    ::SetHandleInformation(handle_of(handle), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    return handle_of(handle);
+}
+
+/// One word as CommandLineToArgvW() takes it apart again.
+std::wstring quoted(const std::string& word) {
+    std::wstring text = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t unit : platform::wide(word)) {
+        if (unit == L'"') {
+            text.append(backslashes + 1, L'\\');
+        }
+        backslashes = unit == L'\\' ? backslashes + 1 : 0;
+        text += unit;
+    }
+    return text.append(backslashes, L'\\') + L"\"";
+}
+
+} // namespace
+
+FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
+    std::wstring command_line;
+    for (const std::string& word : words) {
+        command_line += quoted(word) + L" ";
+    }
+    STARTUPINFOW info = {};
+    info.cb = sizeof info;
+    info.dwFlags = STARTF_USESTDHANDLES;
+    info.hStdInput = inheritable(streams.input);
+    info.hStdOutput = inheritable(streams.output);
+    info.hStdError = inheritable(streams.error);
+    PROCESS_INFORMATION process = {};
+    if (!::CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                          &info, &process)) {
+        ADD_FAILURE() << words[0] << " does not start: " << ::GetLastError();
+        return platform::invalid_file;
+    }
+    ::CloseHandle(process.hThread);
+    return file_of(process.hProcess);
+}
+
+void kill_process(FileHandle process) {
+    ::TerminateProcess(handle_of(process), killed_status);
+}
+
+int wait_for_process(FileHandle process) {
+    if (process == platform::invalid_file) {
+        return -1;
+    }
+    DWORD status = 0;
+    ::WaitForSingleObject(handle_of(process), INFINITE);
+    ::GetExitCodeProcess(handle_of(process), &status);
+    ::CloseHandle(handle_of(process));
+    return status <= largest_own_status ? static_cast<int>(status) : -1;
+}
+
+Pipe make_pipe() {
+    HANDLE reader = nullptr;
+    HANDLE writer = nullptr;
+    EXPECT_TRUE(::CreatePipe(&reader, &writer, nullptr, 0));
+    return {file_of(reader), file_of(writer)};
+}
+
+bool read_byte(FileHandle pipe, char& byte) {
+    DWORD done = 0;
+    return ::ReadFile(handle_of(pipe), &byte, 1, &done, nullptr) && done == 1;
+}
+
+bool write_byte(FileHandle pipe, char byte) {
+    DWORD done = 0;
+    return ::WriteFile(handle_of(pipe), &byte, 1, &done, nullptr) && done == 1;
+}
+
+FileHandle own_error_stream() {
+    return file_of(::GetStdHandle(STD_ERROR_HANDLE));
+}
+
+std::string own_program() {
+    std::array<wchar_t, 4096> name{};
+    const DWORD length = ::GetModuleFileNameW(nullptr, name.data(), name.size());
+    return platform::narrow({name.data(), length});
+}
+
+} // namespace support
