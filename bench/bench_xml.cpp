@@ -216,7 +216,7 @@ std::string nested_document(std::size_t bytes) {
 }
 
 double median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+    std::sort(values.begin(), values.end());
     return values[values.size() / 2];
 }
 

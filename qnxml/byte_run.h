@@ -72,7 +72,7 @@ unsigned int bits_outside(__m128i bytes, std::index_sequence<index...> /*ranges*
 }
 
 /// A bit for each of the `width` bytes, 8 or 16, that is not in the set.
-template <const ByteSet& set, int width>
+template <const ByteSet& set, std::ptrdiff_t width>
 unsigned int bits_outside(const char* text) noexcept {
     using Indices = std::make_index_sequence<ranges_outside(set).count>;
     const auto* const block = reinterpret_cast<const __m128i*>(text);
@@ -84,7 +84,7 @@ unsigned int bits_outside(const char* text) noexcept {
 }
 
 /// end_of_run() of at least `width` bytes. The last block begins among bytes that were looked at.
-template <const ByteSet& set, int width>
+template <const ByteSet& set, std::ptrdiff_t width>
 const char* end_of_run_in_blocks(const char* begin, const char* end) noexcept {
     unsigned int outside = bits_outside<set, width>(begin);
     while (outside == 0 && begin != end - width) {

@@ -101,6 +101,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     return parse_after_attrname();
 }
 
+/// Goes on after an attribute's name, with its terminator pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_after_attrname() {
     if (pending_is('=') && is_ready() && is_quote(*cursor_)) {
         fetch_next();
@@ -162,6 +163,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue_by_characters() {
     return end_attrvalue();
 }
 
+/// Goes on after the closing quote.
 XmlTokenType XmlCharStreamTokenizerBase::end_attrvalue() {
     switch (state_) {
     case State::XmlDeclValue:

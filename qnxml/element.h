@@ -72,7 +72,7 @@ class XmlElement final : public qncore::RefCounted<qncore::NonAtomicRefCount>, p
     const std::string* defaultNamespace_ = nullptr;
     std::vector<XmlAttribute> attributes_; ///< past the count, those that wait to be used again
     std::size_t attributeCount_ = 0;
-    std::size_t distinctNames_ = 0; ///< so many attributes in front differ in their names
+    std::size_t distinctNames_ = 0; ///< the names of so many, of the front, are known to differ
     bool bindsPrefixes_ = false;    ///< one of its attributes binds a prefix
     qncore::RefCountPtr<impl::ElementPool> pool_; ///< where it is returned to; null while there
     XmlElement* nextFree_ = nullptr;

@@ -15,10 +15,12 @@ using qnxml_test::nodes;
 using testing::EndsWith;
 
 constexpr const char* bom = "\xEF\xBB\xBF";
+constexpr const char* text_outside =
+    "Unexpected non-whitespace content encountered outside scope of elements";
 
 struct Case {
     std::string document;
-    const char* expected;
+    std::string expected;
 };
 
 TEST(Reader, TurnsDocumentsIntoNodes) {
@@ -69,8 +71,8 @@ TEST(Reader, ReportsWhiteSpaceIfItIsNotSkipped) {
          "Whitespace( ); Element a; Whitespace( ); Element b; Whitespace(\n); Comment( ); "
          "Text( x ); EndElement a; Whitespace(\n)"},
         {bom + std::string("\n\n<a/>"), "Whitespace(\n\n); Element a"},
-        {"<a/>\n&amp;", "Element a; ! Unexpected non-whitespace content encountered outside scope "
-                        "of elements"},
+        {"<a/>\n&amp;", std::string("Element a; ! ") + text_outside},
+        {"<a/>\n&#65;", std::string("Element a; ! ") + text_outside},
     };
     for (const Case& test : cases) {
         Document document(test.document);
@@ -99,9 +101,6 @@ constexpr const char* late_declaration = "XML declaration only allowed at start 
 constexpr const char* bad_reference = "Invalid character reference: '{@charReference}'";
 constexpr const char* no_resolver =
     "Unable to resolve entity reference 'foo'; no entity resolver specified";
-constexpr const char* text_outside =
-    "Unexpected non-whitespace content encountered outside scope of elements";
-
 const Failure failures[] = {
     {"<![CDATA[x]]>", "state_start", "Unexpected CDATA section"},
     {"&amp;", "state_start", "Unexpected entity reference"},
@@ -293,6 +292,10 @@ TEST(Reader, ReadsTheTextOfAnElement) {
         EXPECT_EQ(document.reader.read_element_text(), "");
         EXPECT_FALSE(document.reader.read_next());
     }
+    Document spaces("<a> <b> </b>\n</a>");
+    spaces.reader.set_skip_whitespace(false);
+    ASSERT_TRUE(spaces.reader.next_element());
+    EXPECT_EQ(spaces.reader.read_element_text(), "  \n");
 }
 
 TEST(Reader, ReportsUnexpectedElements) {

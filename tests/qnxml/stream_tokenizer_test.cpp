@@ -59,7 +59,7 @@ TEST(StreamTokenizer, KeepsThePosition) {
 
 TEST(StreamTokenizer, TakesAtLeast32Bytes) {
     std::vector<std::uint64_t> sizes;
-    for (const std::size_t requested : {0, 1, 33}) {
+    for (const std::size_t requested : {0U, 1U, 33U}) {
         lines_of(stream_of([&](void*, std::uint64_t size) {
                      sizes.push_back(size);
                      return std::uint64_t{0};

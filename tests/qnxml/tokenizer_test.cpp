@@ -81,8 +81,8 @@ TEST(Tokenizer, TurnsDocumentsIntoTokens) {
          "StartTagStart(a) ! Expecting whitespace before attribute name"},
         {std::string_view("&a\0x\1", 5), "EntityRef(a) CharData(x\1)"},
         {std::string_view("<?a\0?>", 6), std::string("PIStart(a) CharData(\0) PIEnd", 28)},
-        {std::string_view("</a\0>", 6), "! Invalid character in end tag"},
-        {std::string_view("<a b\0='1'>", 11), "StartTagStart(a) ! Expecting '='"},
+        {std::string_view("</a\0>", 5), "! Invalid character in end tag"},
+        {std::string_view("<a b\0='1'>", 10), "StartTagStart(a) ! Expecting '='"},
         {"<?a\t?><?b\n?></a\t><c d\n='1'>",
          "PIStart(a) CharData(\t) PIEnd PIStart(b) CharData(\n) PIEnd EndTag(a) "
          "StartTagStart(c) AttributeStart(d) CharData(1) AttributeEnd StartTagEnd"},

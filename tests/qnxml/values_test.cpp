@@ -147,6 +147,10 @@ TEST(Values, AreReadOnce) {
     streaming.reader.value_stream().skip(1);
     EXPECT_EQ(failure_of([&] { streaming.reader.value(); }),
               "error.qnxml.reader qnxml::XmlReader::read_value_into_buffer() " + message);
+
+    AtNode begun("<a>x</a>", XmlNodeType::Text);
+    begun.reader.value_stream().skip(1);
+    EXPECT_EQ(failure_of([&] { begun.reader.read_value_into_stream(out); }), place + message);
 }
 
 /// Knows "empty" and "markup".
