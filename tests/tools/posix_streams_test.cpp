@@ -289,9 +289,9 @@ TEST_F(Files, WhatIsWrongWithThemIsTold) {
                     std::string(finding["severity"]) + ": " + std::string(finding["code"]) + "\n";
             }
         }
-        EXPECT_THAT(found,
-                    wrong.finding.empty() ? testing::Eq("") : HasSubstr(wrong.finding + "\n"))
-            << testing::PrintToString(wrong.update);
+        const std::string expected = wrong.finding.empty() ? "" : std::string(wrong.finding) + "\n";
+        EXPECT_TRUE(expected.empty() ? found.empty() : found.find(expected) != std::string::npos)
+            << testing::PrintToString(wrong.update) << " gives " << found;
     }
     support::write_file(file(), before);
     shell("chmod o+w s.pub && chmod o+r s.key");
