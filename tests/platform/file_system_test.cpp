@@ -49,8 +49,8 @@ TEST_F(FileSystemTest, KeyFilesKeepTheirContentAndAreHeldAlone) {
         ASSERT_TRUE(made) << describe(made.error());
         EXPECT_EQ(*write_file(made.get(), "key", 3), 3U);
         EXPECT_TRUE(OpenFile(open_key_file(missing_)).error().is_sharing_violation());
-        EXPECT_TRUE(Opener(FileAccess::read, FileSharing::read_write).open(missing_));
-        EXPECT_FALSE(Opener(FileAccess::write, FileSharing::read_write).open(missing_));
+        EXPECT_TRUE((Opener{FileAccess::read, FileSharing::read_write}).open(missing_));
+        EXPECT_FALSE((Opener{FileAccess::write, FileSharing::read_write}).open(missing_));
     }
     const OpenFile again(open_key_file(missing_));
     EXPECT_EQ(*file_size(again.get()), 3U);

@@ -211,7 +211,8 @@ TEST(PosixFileTest, KeyFilesHaveTheirModeWhateverTheMask) {
         for (const mode_t mask : {mode_t{0}, mode_t{077}, mode_t{0777}}) {
             SCOPED_TRACE(std::to_string(mask) + (shared ? " shared" : ""));
             const support::TemporaryDirectory directory;
-            ASSERT_EQ(::chown(directory.str().c_str(), ::geteuid(), shared ? some_group : -1), 0);
+            const gid_t owner = shared ? some_group : ::getegid();
+            ASSERT_EQ(::chown(directory.str().c_str(), ::geteuid(), owner), 0);
             ASSERT_EQ(::chmod(directory.str().c_str(), shared ? 02770 : 0700), 0);
             const std::string key = directory.file("key");
             const std::string document = directory.file("document");
