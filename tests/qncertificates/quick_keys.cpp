@@ -1,5 +1,7 @@
 #include "tests/qncertificates/quick_keys.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include <openssl/rsa.h>
@@ -11,7 +13,7 @@ constexpr std::size_t most_pairs = 3;
 
 /// A pair of the pool; the pool grows by real pairs until it is full.
 const RSA* next_pair(int bits, BIGNUM* exponent) {
-    static std::vector<RSA*> pairs;
+    static auto& pairs = *new std::vector<RSA*>(); // for the life of the process
     static std::size_t turn = 0;
     if (pairs.size() < most_pairs) {
         RSA* const pair = RSA_new();
@@ -24,12 +26,18 @@ const RSA* next_pair(int bits, BIGNUM* exponent) {
 
 int copy_pair(RSA* out, int bits, BIGNUM* exponent, BN_GENCB* /*callback*/) {
     const RSA* const pair = next_pair(bits, exponent);
-    const auto copy = [&](const BIGNUM* (*part)(const RSA*)) { return BN_dup(part(pair)); };
-    return static_cast<int>(
-        RSA_set0_key(out, copy(RSA_get0_n), copy(RSA_get0_e), copy(RSA_get0_d)) == 1 &&
-        RSA_set0_factors(out, copy(RSA_get0_p), copy(RSA_get0_q)) == 1 &&
-        RSA_set0_crt_params(out, copy(RSA_get0_dmp1), copy(RSA_get0_dmq1), copy(RSA_get0_iqmp)) ==
-            1);
+    std::array<BIGNUM*, 8> parts{
+        BN_dup(RSA_get0_n(pair)),    BN_dup(RSA_get0_e(pair)),    BN_dup(RSA_get0_d(pair)),
+        BN_dup(RSA_get0_p(pair)),    BN_dup(RSA_get0_q(pair)),    BN_dup(RSA_get0_dmp1(pair)),
+        BN_dup(RSA_get0_dmq1(pair)), BN_dup(RSA_get0_iqmp(pair)),
+    };
+    if (std::count(parts.begin(), parts.end(), nullptr) != 0) {
+        std::for_each(parts.begin(), parts.end(), BN_free);
+        return 0;
+    }
+    RSA_set0_key(out, parts[0], parts[1], parts[2]);
+    RSA_set0_factors(out, parts[3], parts[4]);
+    return RSA_set0_crt_params(out, parts[5], parts[6], parts[7]);
 }
 
 } // namespace
