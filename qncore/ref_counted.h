@@ -10,13 +10,7 @@ namespace qncore {
 /// Reference count that may be shared between threads.
 class AtomicRefCount {
   public:
-    void increment() noexcept {
-        if (count_.load(std::memory_order_relaxed) == 0) {
-            count_.store(1, std::memory_order_relaxed); // a new object, which no other thread has
-        } else {
-            count_.fetch_add(1, std::memory_order_relaxed);
-        }
-    }
+    void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
     /// Returns true when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
@@ -29,7 +23,7 @@ class AtomicRefCount {
 class NonAtomicRefCount {
   public:
     void increment() noexcept { ++count_; }
-    /// True when the count reaches zero.
+    /// Returns true when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
     bool is_one() const noexcept { return count_ == 1; }
 
