@@ -18,7 +18,7 @@ constexpr std::size_t longest_compared = 14;
 template <class View>
 bool matches_by_definition(qnfile::PathPatternKind kind, View segment, View name,
                            bool caseSensitive) {
-    const auto glob = [&](View piece) { return support::plain_glob(name, piece, caseSensitive); };
+    const auto glob = [&](View piece) { return fuzz::plain_glob(name, piece, caseSensitive); };
     if (kind == qnfile::pattern_any) {
         return true;
     }

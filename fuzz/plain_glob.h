@@ -5,7 +5,7 @@
 
 #include "qncore/utf8.h"
 
-namespace support {
+namespace fuzz {
 
 inline std::size_t plain_step(std::string_view text) {
     const std::size_t length = qncore::utf8_sequence_length(text[0]);
@@ -70,4 +70,4 @@ bool plain_glob(View text, View pattern, bool caseSensitive, int depth = 0) {
     return false;
 }
 
-} // namespace support
+} // namespace fuzz

@@ -40,18 +40,17 @@ bool look_at(int directory, const char* name, struct statx& answer) {
 /// Whether a link leads to a directory. A link that leads nowhere, or where this account may not
 /// go, does not; any other failure is an error, so that no tree is left out unnoticed.
 Result<bool> leads_to_directory(int directory, const char* name) {
-    if (take_failure(Call::follow_link)) {
-        return seams().failure;
-    }
+    const bool fails = take_failure(Call::follow_link);
     struct stat status = {};
-    if (::fstatat(directory, name, &status, 0) == 0) {
+    if (!fails && ::fstatat(directory, name, &status, 0) == 0) {
         return S_ISDIR(status.st_mode);
     }
-    constexpr std::array nowhere{ENOENT, ENOTDIR, ELOOP, EACCES, ENAMETOOLONG};
-    if (std::find(nowhere.begin(), nowhere.end(), errno) != nowhere.end()) {
+    constexpr std::array<unsigned long, 5> nowhere{ENOENT, ENOTDIR, ELOOP, EACCES, ENAMETOOLONG};
+    const SystemError error = fails ? seams().failure : last_error();
+    if (std::find(nowhere.begin(), nowhere.end(), error.number()) != nowhere.end()) {
         return false;
     }
-    return last_error();
+    return error;
 }
 
 void fill(FileStatus& status, const struct statx& answer, std::string_view name) {
@@ -115,7 +114,9 @@ Result<bool> DirectoryReader::State::step() {
     entry = reinterpret_cast<const dirent64*>(buffer + position);
     position += entry->d_reclen;
     name = entry->d_name;
-    return judge();
+    is_link = entry->d_type == DT_LNK;
+    is_directory = entry->d_type == DT_DIR;
+    return is_link || entry->d_type == DT_UNKNOWN ? judge() : true;
 }
 
 /// Reads the next entries; false when there are none.
@@ -130,10 +131,8 @@ Result<bool> DirectoryReader::State::fill_buffer() {
     return filled != 0;
 }
 
-/// Finds out what kind of entry it is; true unless that fails.
+/// Finds out what the directory does not tell about the kind of an entry; true unless that fails.
 Result<bool> DirectoryReader::State::judge() {
-    is_link = entry->d_type == DT_LNK;
-    is_directory = entry->d_type == DT_DIR;
     if (entry->d_type == DT_UNKNOWN) {
         struct statx answer; // the kernel fills it
         const bool known = look_at(descriptor.get(), entry->d_name, answer);

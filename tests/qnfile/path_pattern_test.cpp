@@ -1,7 +1,5 @@
 #include "qnfile/path_pattern.h"
 
-#include <random>
-
 #include <gmock/gmock.h>
 
 #include "fuzz/plain_glob.h"
@@ -124,50 +122,6 @@ TEST(PathPatternTest, WideCharactersArePairsButForTheLastUnit) {
     }
 }
 
-/// Every kind against the definition, over short texts of these pieces; `valid` of the pieces are
-/// whole characters, and only for texts of those are prefixes and suffixes the same as a search.
-template <class Unit>
-void compare_with_definition(const std::vector<std::basic_string<Unit>>& pieces,
-                             std::size_t valid) {
-    using String = std::basic_string<Unit>;
-    std::mt19937 random(20);
-    const auto below = [&](std::size_t limit) { return std::size_t{random()} % limit; };
-    int matched = 0;
-    for (int turn = 0; turn < 200000; ++turn) {
-        const bool all = turn % 2 == 0;
-        const bool caseSensitive = below(2) != 0;
-        String text;
-        String name;
-        for (std::size_t i = below(7); i != 0; --i) {
-            const std::size_t kind = below(5);
-            text += kind == 0   ? String(1, Unit{'?'})
-                    : kind <= 2 ? String(1 + below(2), Unit{'*'})
-                                : pieces[below(all ? pieces.size() : valid)];
-        }
-        for (std::size_t i = below(7); i != 0; --i) {
-            name += pieces[below(all ? pieces.size() : valid)];
-        }
-        const BasicPathPattern<Unit> pattern(text, caseSensitive);
-        if (pattern.is_recursive() || (all && pattern.kind() != pattern_wildcard)) {
-            continue;
-        }
-        using View = std::basic_string_view<Unit>;
-        const bool expected = pattern.kind() == pattern_any ||
-                              support::plain_glob<View>(name, pattern.text(), caseSensitive);
-        ASSERT_EQ(pattern.matches(name), expected)
-            << testing::PrintToString(text) << " on " << testing::PrintToString(name);
-        matched += expected ? 1 : 0;
-    }
-    EXPECT_GT(matched, 20000);
-}
-
-TEST(PathPatternTest, AnswersByTheDefinition) {
-    compare_with_definition<char>(
-        {"a", "b", "B", "\xC3\xA4", "\xE2\x82\xAC", "\xC3", "\xA4", "\xFF", "\xE2"}, 5);
-    compare_with_definition<wchar_t>(
-        {L"a", L"b", L"B", L"\xD83D\xDE00", L"\xDFFF", L"\xD83D", L"\xDE00"}, 5);
-}
-
 TEST(PathPatternTest, StarsAreLimitedAndCheap) {
     const auto repeated = [](const char* text, int times) {
         std::string all;
@@ -179,12 +133,10 @@ TEST(PathPatternTest, StarsAreLimitedAndCheap) {
     std::string text;
     std::string name;
     for (int runs = 1; runs <= 34; ++runs) {
-        name +=
-            static_cast<char>('@' + runs); // all different, so that the definition is quick, too
+        name += static_cast<char>('@' + runs);
         text += std::string("*") + name.back();
         for (const char* end : {"", "*", "**"}) {
             EXPECT_EQ(Narrow(text + end, true).matches(name), runs <= 32) << text << end;
-            EXPECT_EQ(support::plain_glob<std::string_view>(name, text + end, true), runs <= 32);
         }
     }
     // Tried place by place these would not end in a lifetime.
