@@ -82,7 +82,11 @@ Result<std::string> real_path(const std::string& path) {
     if (length == 0) {
         return last_error();
     }
-    return narrow({name.get(), length});
+    std::string path = narrow({name.get(), length});
+    if (path.starts_with(R"(\\?\)") && path.find(':') == 5) { // as everybody writes a drive's path
+        path.erase(0, 4);
+    }
+    return path;
 }
 
 SystemError copy_whole(const std::string& source, const std::string& target) {

@@ -1,3 +1,4 @@
+#include "platform/file.h"
 #include "platform/path.h"
 #include "tests/tools/program_fixture.h"
 
@@ -33,6 +34,7 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
     const std::string known =
         "set, update, remove, get, list, where, check, restore, export, import "
         "and completion";
+    const std::string no_such_file = platform::describe(platform::open_input("/no/such").error());
     const Words two_passwords{"--password-stdin", "--prompt"};
     const std::string exclude =
         "--password-stdin, --password-file, --prompt and --no-password exclude each other";
@@ -54,6 +56,7 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"get", "cluster", "--", "--format"}, "unexpected argument '--format'"},
         {{"get", "cluster", "--", "--"}, "unexpected argument '--'"},
         {{"get", "cluster", "--form", "json"}, "unknown option '--form'"},
+        {{"get", "cluster", "--format="}, "unknown format '': the formats are text and json"},
         {{"get", "cluster", "--format", "xml"},
          "unknown format 'xml': the formats are text and json"},
         {{"get", "cluster", "--format=json", "--format=json"}, "--format is given more than once"},
@@ -71,7 +74,7 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {cluster + two_passwords, exclude},
         {cluster + Words{"--no-password", "--password-file", "/f"}, exclude},
         {cluster + Words{"--password-file", "/no/such"},
-         "cannot read the file '/no/such': No such file or directory"},
+         "cannot read the file '/no/such': " + no_such_file},
         {{"get", "cluster", "--field", "name"}, "unknown field 'name'"},
         {{"get", "cluster", "--field", "password"}, "--field password needs --show-password"},
         {{"update", "cluster"}, "nothing to update: give at least one field or password option"},

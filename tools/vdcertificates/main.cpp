@@ -1,4 +1,5 @@
 #include <array>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -48,5 +49,8 @@ tool::ExitStatus run(int count, char** words) noexcept {
 int main(int count, char** words) {
     const tool::ExitStatus status = run(count, words);
     wipe_stack();
+    if (status == tool::status_failed) {
+        std::_Exit(status); // the end of other libraries may need memory that is not there
+    }
     return status;
 }

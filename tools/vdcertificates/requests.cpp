@@ -37,7 +37,7 @@ Target target_of(const Arguments& arguments, bool toBeStored) {
 
 Format format_of(const Arguments& arguments) {
     const std::string& name = arguments.text(Option::format);
-    if (!name.empty() && name != "text" && name != "json") {
+    if (arguments.has(Option::format) && name != "text" && name != "json") {
         throw UsageError("unknown format '" + name + "': the formats are text and json");
     }
     return name == "json" ? Format::json : Format::text;

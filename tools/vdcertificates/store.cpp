@@ -2,6 +2,7 @@
 
 #include "ConfigurationFile/configuration_file_access.h"
 #include "platform/environment.h"
+#include "platform/file_backup.h"
 #include "platform/file_system.h"
 #include "platform/machine.h"
 #include "platform/path.h"
@@ -78,7 +79,8 @@ std::string named_file() {
 }
 
 std::string previous_of(const std::string& path) {
-    return path + ".previous";
+    const auto real = platform::real_path(path);
+    return (real ? *real : path) + ".previous";
 }
 
 std::string cause_of(const std::exception& exception) {

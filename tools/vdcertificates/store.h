@@ -25,7 +25,7 @@ std::string machine_setting();
 /// What ORVA_Certificates holds; empty when it is not set.
 std::string named_file();
 
-/// Where the former content of a file is kept.
+/// Where the former content of a file is kept: beside the file that a link leads to.
 std::string previous_of(const std::string& path);
 
 /// The library at work. Holds the machine-wide lock from before the first look at any file until
