@@ -82,11 +82,12 @@ Result<std::string> real_path(const std::string& path) {
     if (length == 0) {
         return last_error();
     }
-    std::string path = narrow({name.get(), length});
-    if (path.starts_with(R"(\\?\)") && path.find(':') == 5) { // as everybody writes a drive's path
-        path.erase(0, 4);
+    std::string resolved = narrow({name.get(), length});
+    if (resolved.starts_with(R"(\\?\)") &&
+        resolved.find(':') == 5) { // as everybody writes a drive's path
+        resolved.erase(0, 4);
     }
-    return path;
+    return resolved;
 }
 
 SystemError copy_whole(const std::string& source, const std::string& target) {
