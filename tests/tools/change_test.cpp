@@ -174,6 +174,8 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
         {"[{]", "byte 2 should be the name of a member"},
         {"[] x", "byte 3 should be the end"},
         {R"([{"role":"\ud800"}])", "a character of Unicode"},
+        {R"([{"role":"\ud800\u0041"}])", "a character of Unicode"},
+        {R"([{"role":"\ud83d\udd11"}])", "unknown role '🔑'"},
         {R"([{"role":"nobody",)" + paths + "}]", "entry 1: unknown role 'nobody'"},
         {R"([{"role":"sip-device",)" + paths + "}]", "entry 1: the role sip-device needs a server"},
         {R"([{"role":"cluster","trusted":"/t",)" + paths + "}]", "has no trusted certificate"},

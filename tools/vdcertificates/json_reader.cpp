@@ -140,7 +140,8 @@ class Reader {
         unsigned int character = read_unit();
         if (character >= 0xD800 && character < 0xDC00 && text_.substr(place_).starts_with("\\u")) {
             ++place_;
-            character = 0x10000 + ((character - 0xD800) << 10) + (read_unit() - 0xDC00);
+            const unsigned int low = read_unit() - 0xDC00;
+            character = low < 0x400 ? 0x10000 + ((character - 0xD800) << 10) + low : 0xD800;
         }
         char bytes[4];
         const std::size_t size = qncore::ucs4_char_to_utf8(character, bytes, bytes + sizeof bytes);
