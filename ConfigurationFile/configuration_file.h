@@ -43,11 +43,15 @@ class VDCERTIFICATES_API ConfigurationFile {
     /// Throws if they can be neither read nor made, or if the machine-wide mutex fails. Files that
     /// hold a pair but cannot be read now are never replaced: a later attempt may succeed.
     ConfigurationFile();
+    /// @{
+    /// Shares the keys and the mutex.
     ConfigurationFile(const ConfigurationFile& other);
     ConfigurationFile& operator=(const ConfigurationFile& other);
+    /// @}
     ~ConfigurationFile();
 
-    // The certificate of the cluster: one per machine.
+    /// @{
+    /// The certificate of the cluster: one per machine.
     const bool
     set_cluster_certificate_information(const std::string& rClusterCertificatePublicKeyFilePath,
                                         const std::string& rClusterCertificatePrivateKeyFilePath,
@@ -58,8 +62,10 @@ class VDCERTIFICATES_API ConfigurationFile {
                                         std::string& rClusterCertificatePrivateKeyFilePath,
                                         std::string& rClusterCertificateFilePath,
                                         std::string& rPassword);
+    /// @}
 
-    // Certificates by server name.
+    /// @{
+    /// Certificates by server name.
     const bool set_subsystems_certificate_information(
         const std::string& rServerName, const std::string& rSubsystemsCertificatePublicKeyFilePath,
         const std::string& rSubsystemsCertificatePrivateKeyFilePath,
@@ -154,13 +160,15 @@ class VDCERTIFICATES_API ConfigurationFile {
         std::string& rMediaRetrievalClientCertificatePrivateKeyFilePath,
         std::string& rMediaRetrievalClientCertificateFilePath, std::string& rPassword,
         std::string& rTrustedCertificateFilePath);
+    /// @}
 
     /// Merges entries of any name into the section "Notifiers".
     const bool set_additional_certificate_information(const ConfigurationFileNodes& rNodes);
     /// Reads the whole section "Notifiers"; on false `rNodes` holds what could be read of it.
     const bool get_additional_certificate_information(ConfigurationFileNodes& rNodes);
 
-    // The names of the file, its elements and its keys.
+    /// @{
+    /// A name of the file, of one of its elements or of a key file.
     static const std::string sm_configurationFile;
     static const std::string sm_configurationFileName;
     static const std::string sm_configurationFilePathEnvironmentVariable;
@@ -178,6 +186,7 @@ class VDCERTIFICATES_API ConfigurationFile {
     static const std::string sm_deviceCertificate;
     static const std::string sm_mediaRetrievalServerCertificate;
     static const std::string sm_mediaRetrievalClientCertificate;
+    /// @}
 
   private:
     friend struct ConfigurationFileAccess;

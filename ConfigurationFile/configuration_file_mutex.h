@@ -39,11 +39,15 @@ class VDCERTIFICATES_API ConfigurationFileMutex
 /// way.
 class VDCERTIFICATES_API ConfigurationFileExclusiveAccessLock {
   public:
+    /// Acquires the mutex.
     explicit ConfigurationFileExclusiveAccessLock(
         const qncore::RefCountPtr<ConfigurationFileMutex>& mutex);
+    /// @{
+    /// Does not acquire.
     ConfigurationFileExclusiveAccessLock(const ConfigurationFileExclusiveAccessLock& other);
     ConfigurationFileExclusiveAccessLock&
     operator=(const ConfigurationFileExclusiveAccessLock& other);
+    /// @}
     ~ConfigurationFileExclusiveAccessLock() noexcept(false);
 
   private:

@@ -10,9 +10,11 @@ namespace qncore {
 /// Reference count that may be shared between threads.
 class AtomicRefCount {
   public:
+    /// Adds a reference.
     void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
     /// Returns true when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    /// True for the only reference.
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
   private:
@@ -22,9 +24,11 @@ class AtomicRefCount {
 /// Reference count for objects that stay on one thread.
 class NonAtomicRefCount {
   public:
+    /// Adds a reference.
     void increment() noexcept { ++count_; }
     /// Returns true when the count reaches zero.
     bool decrement() noexcept { return --count_ == 0; }
+    /// True for the only reference.
     bool is_one() const noexcept { return count_ == 1; }
 
   private:
@@ -41,7 +45,9 @@ class RefCounted {
     /// Frees the object; called by the pointer that drops the last reference.
     virtual void destroy() const noexcept { delete this; }
 
+    /// Adds a reference.
     void increment() const noexcept { count_.increment(); }
+    /// Drops a reference; true when it was the last.
     bool decrement() const noexcept { return count_.decrement(); }
     /// True unless there is exactly one reference. Only the holder of a reference can rely on it.
     bool is_shared() const noexcept { return !count_.is_one(); }
@@ -62,8 +68,10 @@ concept PointerTo = std::is_convertible_v<From*, To*>;
 template <class T>
 class RefCountPtr {
   public:
-    using element_type = T;
+    using element_type = T; ///< what the pointer points to
 
+    /// @{
+    /// Points to the same object, with a reference of its own, or to none.
     constexpr RefCountPtr() noexcept = default;
     constexpr RefCountPtr(std::nullptr_t) noexcept {}
     explicit RefCountPtr(T* object) noexcept
@@ -91,29 +99,38 @@ class RefCountPtr {
         swap(other);
         return *this;
     }
+    /// @}
     ~RefCountPtr() {
         if (object_ != nullptr && object_->decrement()) {
             object_->destroy();
         }
     }
 
+    /// Exchanges the two objects.
     void swap(RefCountPtr& other) noexcept { std::swap(object_, other.object_); }
+    /// Drops the reference and points to none.
     void reset() noexcept { RefCountPtr().swap(*this); }
 
     /// Releases the object without touching its count.
     T* detach() noexcept { return std::exchange(object_, nullptr); }
 
+    /// @{
+    /// The object; null and false when there is none.
     T* get() const noexcept { return object_; }
     T* operator->() const noexcept { return object_; }
     T& operator*() const noexcept { return *object_; }
     explicit operator bool() const noexcept { return object_ != nullptr; }
+    /// @}
 
+    /// @{
+    /// True when both point to the same object.
     friend bool operator==(const RefCountPtr& left, const RefCountPtr& right) noexcept {
         return left.object_ == right.object_;
     }
     friend bool operator==(const RefCountPtr& left, std::nullptr_t) noexcept {
         return left.object_ == nullptr;
     }
+    /// @}
 
   private:
     void acquire() const noexcept {
