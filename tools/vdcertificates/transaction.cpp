@@ -130,6 +130,7 @@ Transaction::Transaction(bool discardUnreadable)
     if (const auto real = platform::real_path(store_.path())) {
         real_path_ = *real;
     }
+    previous_ = previous_of(real_path_);
     std::error_code error;
     const auto status = std::filesystem::status(native_path(real_path_), error);
     was_missing_ = status.type() == std::filesystem::file_type::not_found;
@@ -166,9 +167,11 @@ void Transaction::commit() {
         write();
         check_outcome();
     } catch (const std::exception& exception) {
-        put_back();
-        throw Failure(store_.path() + " could not be changed, and the former content is back: " +
-                      cause_of(exception));
+        const std::string outcome = put_back() ? ", and the former content is back: "
+                                    : is_kept_
+                                        ? ", and the former content is in " + previous_ + ": "
+                                        : " and is empty or cut: ";
+        throw Failure(store_.path() + " could not be changed" + outcome + cause_of(exception));
     }
 }
 
@@ -177,29 +180,33 @@ void Transaction::keep_previous() {
     if (was_missing_ || std::filesystem::file_size(native_path(real_path_), error) == 0) {
         return;
     }
-    const std::string previous = previous_of(real_path_);
-    platform::SystemError failure = platform::copy_whole(real_path_, previous);
+    platform::SystemError failure = platform::copy_whole(real_path_, previous_);
     if (failure.is_access_denied() && discard_) { // what may not be read can still be kept
-        failure = platform::rename_over(real_path_, previous);
+        failure = platform::rename_over(real_path_, previous_);
     }
     if (failure) {
         throw Failure("nothing is changed, because the former content cannot be kept as " +
-                      previous + ": " + platform::describe(failure));
+                      previous_ + ": " + platform::describe(failure));
     }
     is_kept_ = true;
 }
 
-void Transaction::put_back() noexcept {
-    if (is_kept_) {
-        platform::rename_over(previous_of(real_path_), real_path_);
-        return;
+/// False if the file does not hold its former content again.
+bool Transaction::put_back() noexcept {
+    try {
+        std::error_code error;
+        if (is_kept_) {
+            return !platform::rename_over(previous_, real_path_);
+        }
+        if (was_missing_) {
+            std::filesystem::remove(native_path(real_path_), error);
+        } else { // it was empty
+            std::filesystem::resize_file(native_path(real_path_), 0, error);
+        }
+        return !error;
+    } catch (...) {
+        return false; // without memory; what was kept is still there
     }
-    if (was_missing_) {
-        platform::remove_file(real_path_.c_str());
-        return;
-    }
-    std::error_code ignored; // it was empty
-    std::filesystem::resize_file(native_path(real_path_), 0, ignored);
 }
 
 void Transaction::write() {

@@ -58,7 +58,7 @@ class Transaction {
     void read();
     void refuse_losses(const Reading& reading) const;
     void keep_previous();
-    void put_back() noexcept;
+    bool put_back() noexcept;
     void write();
     void check_outcome();
 
@@ -66,7 +66,8 @@ class Transaction {
     Store store_;
     Contents contents_;
     std::string real_path_; ///< of the file, which may be a link
-    bool is_kept_ = false;  ///< the former content is beside it
+    std::string previous_;  ///< where its former content is kept
+    bool is_kept_ = false;
     bool was_missing_ = false;
 };
 
