@@ -45,6 +45,9 @@ SystemError unlink(const Place& place, int flags) {
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
     const Place place = place_of(directory_, without_trailing_separators(path));
+    if (take_failure(Call::open_directory)) {
+        return seams().failure;
+    }
     const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW);
     const int directory =
         retry([&] { return ::openat(place.directory, place.name.c_str(), flags); });

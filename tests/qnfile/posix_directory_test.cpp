@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -242,16 +241,9 @@ TEST_F(PosixRemovalTest, AnEntryExchangedForALinkLeadsNowhere) {
 }
 
 TEST_F(PosixRemovalTest, ADirectoryThatCannotBeEnteredIsReported) {
-    rlimit limit = {};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    const rlimit none = {0, limit.rlim_max};
-    int moments = 0;
-    platform::testing::before_removal([&](const std::string& path) {
-        moments += path == tree_ ? 1 : 0;
-        ::setrlimit(RLIMIT_NOFILE, path == tree_ && moments == 1 ? &none : &limit);
-    });
+    platform::testing::fail_next(platform::Call::open_directory,
+                                 platform::SystemError::posix(EMFILE));
     remove(tree_);
-    ::setrlimit(RLIMIT_NOFILE, &limit);
     ASSERT_TRUE(error_);
     EXPECT_EQ(*error_->nested()->params().find("number"), std::to_string(EMFILE));
 }
