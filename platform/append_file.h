@@ -26,7 +26,7 @@ class AppendFile {
     }
     ~AppendFile() { close_file(file_); }
 
-    /// Writes the text after whatever the file holds, by one system call. Returns the bytes
+    /// Writes the text after whatever the file holds, in one step. Returns the bytes
     /// written: fewer than there are when the device is full, 0 when the call fails.
     std::size_t append(std::string_view text) noexcept;
 
