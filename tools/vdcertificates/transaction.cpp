@@ -130,8 +130,10 @@ Transaction::Transaction(bool discardUnreadable)
     if (const auto real = platform::real_path(store_.path())) {
         real_path_ = *real;
     }
+    native_path_ = native_path(real_path_);
+    previous_ = previous_of(real_path_);
     std::error_code error;
-    const auto status = std::filesystem::status(native_path(real_path_), error);
+    const auto status = std::filesystem::status(native_path_, error);
     was_missing_ = status.type() == std::filesystem::file_type::not_found;
     if (!was_missing_ && !std::filesystem::is_regular_file(status)) {
         throw Failure(store_.path() + " is not a regular file");
@@ -174,24 +176,24 @@ void Transaction::commit() {
 
 void Transaction::keep_previous() {
     std::error_code error;
-    if (was_missing_ || std::filesystem::file_size(native_path(real_path_), error) == 0) {
+    if (was_missing_ || std::filesystem::file_size(native_path_, error) == 0) {
         return;
     }
-    const std::string previous = previous_of(real_path_);
-    platform::SystemError failure = platform::copy_whole(real_path_, previous);
+    platform::SystemError failure = platform::copy_whole(real_path_, previous_);
     if (failure.is_access_denied() && discard_) { // what may not be read can still be kept
-        failure = platform::rename_over(real_path_, previous);
+        failure = platform::rename_over(real_path_, previous_);
     }
     if (failure) {
         throw Failure("nothing is changed, because the former content cannot be kept as " +
-                      previous + ": " + platform::describe(failure));
+                      previous_ + ": " + platform::describe(failure));
     }
     is_kept_ = true;
 }
 
-void Transaction::put_back() noexcept {
+// Takes no memory on Linux: its want may be why the change failed.
+void Transaction::put_back() const {
     if (is_kept_) {
-        platform::rename_over(previous_of(real_path_), real_path_);
+        platform::rename_over(previous_, real_path_);
         return;
     }
     if (was_missing_) {
@@ -199,7 +201,7 @@ void Transaction::put_back() noexcept {
         return;
     }
     std::error_code ignored; // it was empty
-    std::filesystem::resize_file(native_path(real_path_), 0, ignored);
+    std::filesystem::resize_file(native_path_, 0, ignored);
 }
 
 void Transaction::write() {
