@@ -10,10 +10,15 @@ namespace {
 
 /// Opens the module's topic while the library is loaded. Messages work from the first line on.
 struct TopicRegistration {
-    TopicRegistration() {
+    TopicRegistration() noexcept {
         g_traceTopic = qntrace::get_system_topic_handle();
-        const std::string name = "VDCertificatesConfigurationFile";
-        g_traceTopic = qntrace::get_trace_mgr().open_topic(name, nullptr, static_cast<char>(0x81));
+        try {
+            const std::string name = "VDCertificatesConfigurationFile";
+            g_traceTopic =
+                qntrace::get_trace_mgr().open_topic(name, nullptr, static_cast<char>(0x81));
+        } catch (...) {
+            return; // without memory the system's topic stays
+        }
     }
 };
 

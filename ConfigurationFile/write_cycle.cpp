@@ -3,6 +3,7 @@
 #include "ConfigurationFile/merge.h"
 #include "ConfigurationFile/password_cipher.h"
 #include "ConfigurationFile/trace_topic.h"
+#include "platform/file_system.h"
 #include "qncertificates/patient_open.h"
 #include "qncore/error_exception.h"
 #include "qnfile/file_stream.h"
@@ -59,6 +60,7 @@ void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nod
 
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
+    platform::create_for_group(path); // a failure shows when the file is opened
     const auto stream = qncertificates::open_patiently([&] {
         return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
                                                qnfile::flag_write_through);

@@ -21,6 +21,10 @@ SystemError check_existence(const std::string& path);
 /// Succeeds if this process may read and write the named file.
 SystemError check_read_write_access(const std::string& path);
 
+/// On Linux: creates a missing file with mode 0660 if its directory has the set-group-id bit. Does
+/// nothing, and succeeds, everywhere else.
+SystemError create_for_group(const std::string& path);
+
 /// Opens a file for writing, shared with readers and writers, and closes it. Creates a missing
 /// file, which stays: on Linux with the umask, or with mode 0660 if the directory has the
 /// set-group-id bit. is_sharing_violation() if another opener denies writing.

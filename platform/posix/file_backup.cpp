@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -156,9 +157,10 @@ SystemError rename_over(const std::string& source, const std::string& target) {
         return error;
     }
     // The new name reaches the device with its directory; a file system that cannot is let be.
-    const std::size_t end = target.rfind('/');
-    const std::string directory = end == std::string::npos ? "." : target.substr(0, end + 1);
-    const Descriptor opened(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::array<char, PATH_MAX> directory{'.'}; // takes no memory, which might fail too late
+    const std::size_t length = target.rfind('/') + 1;
+    std::copy_n(target.begin(), std::min(length, directory.size() - 1), directory.begin());
+    const Descriptor opened(::open(directory.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     retry([&] { return ::fsync(opened.get()); });
     return {};
 }

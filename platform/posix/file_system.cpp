@@ -22,19 +22,6 @@ SystemError check(const std::string& path, int mode) {
     return result_of(::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS));
 }
 
-/// Creates a missing file where the accounts of a group share it.
-SystemError create_for_group(const std::string& path) {
-    if (!check(path, F_OK).is_not_found()) {
-        return {};
-    }
-    const Result<bool> shared = is_shared_by_group(path);
-    if (!shared || !*shared) {
-        return shared.error();
-    }
-    const SystemError error = create_with_mode(path, shared_by_group);
-    return error.is_already_exists() ? SystemError() : error;
-}
-
 } // namespace
 
 SystemError create_directory(const std::string& path) {
@@ -62,6 +49,18 @@ SystemError check_read_write_access(const std::string& path) {
         return seams().failure;
     }
     return check(path, R_OK | W_OK);
+}
+
+SystemError create_for_group(const std::string& path) {
+    if (!check(path, F_OK).is_not_found()) {
+        return {};
+    }
+    const Result<bool> shared = is_shared_by_group(path);
+    if (!shared || !*shared) {
+        return shared.error();
+    }
+    const SystemError error = create_with_mode(path, shared_by_group);
+    return error.is_already_exists() ? SystemError() : error;
 }
 
 SystemError probe_write_access(const std::string& path) {

@@ -212,13 +212,18 @@ TEST_F(FaultsTest, EachAllocation) {
     ASSERT_EQ(openssl_counts, 1);
     for (const Scene& scene : scenes) {
         const std::vector<std::string> allowed = outcomes(scene);
-        bool failed = true;
-        for (std::size_t number = 1; failed; ++number) {
-            SCOPED_TRACE(std::string(scene.name) + ", allocation " + std::to_string(number));
-            prepare(scene, befores.back());
-            Answer answer{};
-            failed = support::with_failing_allocation(number, [&] { answer = run(scene); });
-            check(scene, answer, true, allowed);
+        for (const auto& [which, stride] : {std::pair(support::Failing::once, 1U),
+                                            std::pair(support::Failing::from_there_on, 3U)}) {
+            bool failed = true;
+            for (std::size_t number = 1; failed; number += stride) {
+                SCOPED_TRACE(std::string(scene.name) + ", allocation " + std::to_string(number) +
+                             (which == support::Failing::once ? "" : " and all later ones"));
+                prepare(scene, befores.back());
+                Answer answer{};
+                failed =
+                    support::with_failing_allocation(number, which, [&] { answer = run(scene); });
+                check(scene, answer, true, allowed);
+            }
         }
     }
 }

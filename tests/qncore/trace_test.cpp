@@ -173,14 +173,16 @@ TEST(Trace, TheFileIsMadeByTheFirstLineKeptByTheNextAndTurnsOverWhenFull) {
 TEST(Trace, NoFailedAllocationReachesTheCaller) {
     const TraceCapture capture("Test=81");
     intTopicHdl* const handle = topic();
-    bool failed = true;
-    for (std::size_t number = 1; failed; ++number) {
-        reload_configuration();
-        failed = support::with_failing_allocation(number, [handle] {
-            QN_TRACE_FUNCTION(handle, "f()");
-            QN_TRACE_NOTE(handle, "f()", "{} a text longer than any string's own room {}",
-                          std::string_view(long_text), 2);
-        });
+    for (const auto which : {support::Failing::once, support::Failing::from_there_on}) {
+        bool failed = true;
+        for (std::size_t number = 1; failed; ++number) {
+            reload_configuration();
+            failed = support::with_failing_allocation(number, which, [handle] {
+                QN_TRACE_FUNCTION(handle, "f()");
+                QN_TRACE_NOTE(handle, "f()", "{} a text longer than any string's own room {}",
+                              std::string_view(long_text), 2);
+            });
+        }
     }
     EXPECT_GE(capture.lines().size(), 3U);
 }

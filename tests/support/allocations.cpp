@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
@@ -10,14 +11,15 @@ namespace {
 constexpr std::size_t header = 16; // holds the size of the block
 
 std::atomic<std::size_t> taken{0};
-std::atomic<std::size_t> failing{0}; // counts down to the `new` that fails
+std::atomic<std::size_t> first_failing{0};
+std::atomic<std::size_t> last_failing{0};
 std::atomic<const unsigned char*> watched{nullptr};
 std::atomic<std::size_t> watched_size{0};
 std::atomic<int> found{0};
 
 void* allocate(std::size_t size) noexcept {
-    ++taken;
-    if (failing != 0 && --failing == 0) {
+    const std::size_t number = ++taken;
+    if (number >= first_failing && number <= last_failing) {
         return nullptr;
     }
     auto* const block = static_cast<unsigned char*>(std::malloc(size + header));
@@ -69,10 +71,14 @@ std::size_t allocations() noexcept {
     return taken;
 }
 
-bool with_failing_allocation(std::size_t number, const std::function<void()>& action) {
-    failing = number;
+bool with_failing_allocation(std::size_t number, Failing which,
+                             const std::function<void()>& action) {
+    const std::size_t failing = taken + number;
+    first_failing = failing;
+    last_failing = which == Failing::once ? failing : std::numeric_limits<std::size_t>::max();
     action();
-    return failing.exchange(0) == 0;
+    last_failing = 0;
+    return taken >= failing;
 }
 
 int blocks_given_back_with(const void* secret, std::size_t size,

@@ -9,8 +9,12 @@ namespace support {
 /// How often this program has taken memory by `new` so far.
 std::size_t allocations() noexcept;
 
-/// Runs the action with its `number`-th `new` (from 1 on) failing; false when it has fewer.
-bool with_failing_allocation(std::size_t number, const std::function<void()>& action);
+enum class Failing { once, from_there_on };
+
+/// Runs the action with its `number`-th `new` (from 1 on), or that and all later ones, failing;
+/// false when it has fewer.
+bool with_failing_allocation(std::size_t number, Failing which,
+                             const std::function<void()>& action);
 
 /// How many blocks that still contain the secret the action frees.
 int blocks_given_back_with(const void* secret, std::size_t size,

@@ -130,9 +130,10 @@ Transaction::Transaction(bool discardUnreadable)
     if (const auto real = platform::real_path(store_.path())) {
         real_path_ = *real;
     }
+    native_path_ = native_path(real_path_);
     previous_ = previous_of(real_path_);
     std::error_code error;
-    const auto status = std::filesystem::status(native_path(real_path_), error);
+    const auto status = std::filesystem::status(native_path_, error);
     was_missing_ = status.type() == std::filesystem::file_type::not_found;
     if (!was_missing_ && !std::filesystem::is_regular_file(status)) {
         throw Failure(store_.path() + " is not a regular file");
@@ -177,7 +178,7 @@ void Transaction::commit() {
 
 void Transaction::keep_previous() {
     std::error_code error;
-    if (was_missing_ || std::filesystem::file_size(native_path(real_path_), error) == 0) {
+    if (was_missing_ || std::filesystem::file_size(native_path_, error) == 0) {
         return;
     }
     platform::SystemError failure = platform::copy_whole(real_path_, previous_);
@@ -191,22 +192,19 @@ void Transaction::keep_previous() {
     is_kept_ = true;
 }
 
-/// False if the file does not hold its former content again.
-bool Transaction::put_back() noexcept {
-    try {
-        std::error_code error;
-        if (is_kept_) {
-            return !platform::rename_over(previous_, real_path_);
-        }
-        if (was_missing_) {
-            std::filesystem::remove(native_path(real_path_), error);
-        } else { // it was empty
-            std::filesystem::resize_file(native_path(real_path_), 0, error);
-        }
-        return !error;
-    } catch (...) {
-        return false; // without memory; what was kept is still there
+/// False if the file does not hold its former content again. Takes no memory on Linux: its want may
+/// be why the change failed.
+bool Transaction::put_back() const {
+    if (is_kept_) {
+        return !platform::rename_over(previous_, real_path_);
     }
+    std::error_code error;
+    if (was_missing_) {
+        std::filesystem::remove(native_path_, error);
+    } else { // it was empty
+        std::filesystem::resize_file(native_path_, 0, error);
+    }
+    return !error;
 }
 
 void Transaction::write() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -58,16 +59,17 @@ class Transaction {
     void read();
     void refuse_losses(const Reading& reading) const;
     void keep_previous();
-    bool put_back() noexcept;
+    bool put_back() const;
     void write();
     void check_outcome();
 
     bool discard_;
     Store store_;
     Contents contents_;
-    std::string real_path_; ///< of the file, which may be a link
-    std::string previous_;  ///< where its former content is kept
-    bool is_kept_ = false;
+    std::string real_path_;             ///< of the file, which may be a link
+    std::filesystem::path native_path_; ///< the same
+    std::string previous_;              ///< where the former content is kept
+    bool is_kept_ = false;              ///< the former content is beside it
     bool was_missing_ = false;
 };
 

@@ -1,0 +1,102 @@
+#include <algorithm>
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <grp.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+#include "tests/ConfigurationFile/store_fixture.h"
+#include "tests/support/account.h"
+#include "tests/support/child_process.h"
+
+namespace store_test {
+namespace {
+
+namespace fs = std::filesystem;
+using support::ChildProcess;
+using vdcertificates::ConfigurationFile;
+
+using PosixSharingTest = StoreTest;
+
+CHILD_PROCESS(hold_flock) {
+    const int file = ::open(arguments.at(0).c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0 || ::flock(file, LOCK_EX) != 0) {
+        return 1;
+    }
+    support::say("held");
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    return 0;
+}
+
+TEST_F(PosixSharingTest, AStrangersLockOfAKeyFileCostsNoKeys) {
+    { const ConfigurationFile makes_the_keys; }
+    const std::string files[] = {machine.public_key_file(), machine.private_key_file()};
+    const std::string keys[] = {support::read_file(files[0]), support::read_file(files[1])};
+    ChildProcess stranger("hold_flock", {files[0]});
+    stranger.wait_for("held");
+    try {
+        const ConfigurationFile waits_for_the_stranger;
+    } catch (const std::exception& exception) {
+        EXPECT_EQ(exception.what(), "Caught exception when loading keys for configuration file "
+                                    "usage. machinePublicKey: " +
+                                        files[0] + ", machinePrivateKey: " + files[1] + ".");
+    }
+    EXPECT_EQ(stranger.wait(), 0);
+    EXPECT_EQ(support::read_file(files[0]), keys[0]);
+    EXPECT_EQ(support::read_file(files[1]), keys[1]);
+}
+
+constexpr gid_t group_of_the_suite = 65533;
+
+/// As the account of the first number: sets that server's entry and reads all that are named.
+CHILD_PROCESS(work_as_account) {
+    const auto account = static_cast<uid_t>(std::stoul(arguments.at(1)));
+    if (::setgroups(0, nullptr) != 0 || ::setgid(group_of_the_suite) != 0 ||
+        ::setuid(account) != 0) {
+        return 1;
+    }
+    ::umask(022);
+    Machine::enter(arguments[0]);
+    ConfigurationFile file;
+    if (!file.set_webconfig_certificate_information(arguments[1], "p", "k", "c",
+                                                    "of " + arguments[1])) {
+        return 2;
+    }
+    return std::all_of(arguments.begin() + 1, arguments.end(),
+                       [&](const std::string& server) {
+                           std::string password;
+                           std::string other;
+                           return file.get_webconfig_certificate_information(server, other, other,
+                                                                             other, password) &&
+                                  password == "of " + server;
+                       })
+               ? 0
+               : 3;
+}
+
+TEST_F(PosixSharingTest, TwoAccountsOfAGroupWorkOnOneFileAndOnePairOfKeys) {
+    if (!support::may_change_account()) {
+        GTEST_SKIP() << "only root can become another account";
+    }
+    fs::create_directories(machine.root());
+    for (fs::path path = machine.root(); path != machine.directory(); path = path.parent_path()) {
+        ASSERT_EQ(::chmod(path.parent_path().c_str(), 0755), 0);
+    }
+    ASSERT_EQ(::chown(machine.root().c_str(), ::geteuid(), group_of_the_suite), 0);
+    ASSERT_EQ(::chmod(machine.root().c_str(), 02770), 0);
+    const auto work = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), machine.directory());
+        return ChildProcess("work_as_account", arguments).wait();
+    };
+    EXPECT_EQ(work({"65531"}), 0);
+    const std::string key = support::read_file(machine.private_key_file());
+    EXPECT_EQ(work({"65532", "65531"}), 0);
+    EXPECT_EQ(work({"65531", "65532"}), 0);
+    EXPECT_EQ(support::read_file(machine.private_key_file()), key);
+}
+
+} // namespace
+} // namespace store_test
