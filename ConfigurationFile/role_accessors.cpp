@@ -12,46 +12,59 @@ namespace vdcertificates {
 
 using Text = const std::string&;
 
-const bool ConfigurationFile::set_cluster_certificate_information(Text publicKey, Text privateKey,
-                                                                  Text certificate, Text password) {
+const bool ConfigurationFile::set_cluster_certificate_information(Text publicKeyFilePath,
+                                                                  Text privateKeyFilePath,
+                                                                  Text certificateFilePath,
+                                                                  Text password) {
     return set_role(*this, roles::cluster, qncore::g_emptyString,
-                    {{}, publicKey, privateKey, certificate, password, {}});
+                    {{}, publicKeyFilePath, privateKeyFilePath, certificateFilePath, password, {}});
 }
 
-const bool ConfigurationFile::get_cluster_certificate_information(std::string& publicKey,
-                                                                  std::string& privateKey,
-                                                                  std::string& certificate,
+const bool ConfigurationFile::get_cluster_certificate_information(std::string& publicKeyFilePath,
+                                                                  std::string& privateKeyFilePath,
+                                                                  std::string& certificateFilePath,
                                                                   std::string& password) {
-    return get_role(*this, roles::cluster, qncore::g_emptyString,
-                    {publicKey, privateKey, certificate, password, nullptr});
+    return get_role(
+        *this, roles::cluster, qncore::g_emptyString,
+        {publicKeyFilePath, privateKeyFilePath, certificateFilePath, password, nullptr});
 }
 
 // The accessors by server differ in the role, and in whether it has a trusted path.
 #define ACCESSORS_BY_SERVER(name, role)                                                            \
     const bool ConfigurationFile::set_##name##_certificate_information(                            \
-        Text server, Text publicKey, Text privateKey, Text certificate, Text password) {           \
-        return set_role(*this, role, server,                                                       \
-                        {{}, publicKey, privateKey, certificate, password, {}});                   \
+        Text serverName, Text publicKeyFilePath, Text privateKeyFilePath,                          \
+        Text certificateFilePath, Text password) {                                                 \
+        return set_role(                                                                           \
+            *this, role, serverName,                                                               \
+            {{}, publicKeyFilePath, privateKeyFilePath, certificateFilePath, password, {}});       \
     }                                                                                              \
     const bool ConfigurationFile::get_##name##_certificate_information(                            \
-        Text server, std::string& publicKey, std::string& privateKey, std::string& certificate,    \
-        std::string& password) {                                                                   \
-        return get_role(*this, role, server,                                                       \
-                        {publicKey, privateKey, certificate, password, nullptr});                  \
+        Text serverName, std::string& publicKeyFilePath, std::string& privateKeyFilePath,          \
+        std::string& certificateFilePath, std::string& password) {                                 \
+        return get_role(                                                                           \
+            *this, role, serverName,                                                               \
+            {publicKeyFilePath, privateKeyFilePath, certificateFilePath, password, nullptr});      \
     }
 
 #define ACCESSORS_WITH_TRUSTED_PATH(name, role)                                                    \
     const bool ConfigurationFile::set_##name##_certificate_information(                            \
-        Text server, Text publicKey, Text privateKey, Text certificate, Text password,             \
-        Text trusted) {                                                                            \
-        return set_role(*this, role, server,                                                       \
-                        {{}, publicKey, privateKey, certificate, password, trusted});              \
+        Text serverName, Text publicKeyFilePath, Text privateKeyFilePath,                          \
+        Text certificateFilePath, Text password, Text trustedCertificateFilePath) {                \
+        return set_role(*this, role, serverName,                                                   \
+                        {{},                                                                       \
+                         publicKeyFilePath,                                                        \
+                         privateKeyFilePath,                                                       \
+                         certificateFilePath,                                                      \
+                         password,                                                                 \
+                         trustedCertificateFilePath});                                             \
     }                                                                                              \
     const bool ConfigurationFile::get_##name##_certificate_information(                            \
-        Text server, std::string& publicKey, std::string& privateKey, std::string& certificate,    \
-        std::string& password, std::string& trusted) {                                             \
-        return get_role(*this, role, server,                                                       \
-                        {publicKey, privateKey, certificate, password, &trusted});                 \
+        Text serverName, std::string& publicKeyFilePath, std::string& privateKeyFilePath,          \
+        std::string& certificateFilePath, std::string& password,                                   \
+        std::string& trustedCertificateFilePath) {                                                 \
+        return get_role(*this, role, serverName,                                                   \
+                        {publicKeyFilePath, privateKeyFilePath, certificateFilePath, password,     \
+                         &trustedCertificateFilePath});                                            \
     }
 
 ACCESSORS_BY_SERVER(subsystems, roles::subsystems)
