@@ -71,14 +71,18 @@ std::size_t allocations() noexcept {
     return taken;
 }
 
+void fail_allocations(std::size_t number, Failing which) noexcept {
+    first_failing = taken + number;
+    last_failing =
+        which == Failing::once ? first_failing.load() : std::numeric_limits<std::size_t>::max();
+}
+
 bool with_failing_allocation(std::size_t number, Failing which,
                              const std::function<void()>& action) {
-    const std::size_t failing = taken + number;
-    first_failing = failing;
-    last_failing = which == Failing::once ? failing : std::numeric_limits<std::size_t>::max();
+    fail_allocations(number, which);
     action();
     last_failing = 0;
-    return taken >= failing;
+    return taken >= first_failing;
 }
 
 int blocks_given_back_with(const void* secret, std::size_t size,

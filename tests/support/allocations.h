@@ -11,6 +11,9 @@ std::size_t allocations() noexcept;
 
 enum class Failing { once, from_there_on };
 
+/// Makes the `number`-th `new` from now on, or that and all later ones, fail.
+void fail_allocations(std::size_t number, Failing which) noexcept;
+
 /// Runs the action with its `number`-th `new` (from 1 on), or that and all later ones, failing;
 /// false when it has fewer.
 bool with_failing_allocation(std::size_t number, Failing which,

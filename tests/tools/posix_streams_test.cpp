@@ -332,6 +332,26 @@ TEST_F(Streams, AFailedWriteChangesNothing) {
     EXPECT_EQ(std::filesystem::status(file()).permissions(), std::filesystem::perms(0640));
 }
 
+TEST_F(Streams, WithoutMemoryNothingChanges) {
+    done(set_words("cluster", "/c"));
+    const std::string before = support::read_file(file());
+    for (const Words& words : {Words{"get", "cluster"}, set_words("cluster", "/d")}) {
+        int status = 1;
+        // What is made before main() has its memory.
+        for (int number = 50; status != 0 && number < 10000; number += 3) {
+            environment["ORVA_FAILING_ALLOCATION"] = std::to_string(number);
+            const auto result = run(words);
+            status = result.status;
+            if (status != 0) {
+                EXPECT_EQ(status, 1) << number;
+                EXPECT_EQ(result.errors, "vdcertificates: out of memory\n") << number;
+                EXPECT_EQ(support::read_file(file()), before) << number;
+            }
+        }
+        EXPECT_EQ(status, 0) << words.front();
+    }
+}
+
 TEST_F(Streams, CompletionKnowsServersAndRunsNoneOfThem) {
     done({"set", "sip-device", "--server", "SRV$(touch evil)", "--public-key", "/p",
           "--private-key", "/k", "--certificate", "/c"});

@@ -49,8 +49,5 @@ tool::ExitStatus run(int count, char** words) noexcept {
 int main(int count, char** words) {
     const tool::ExitStatus status = run(count, words);
     wipe_stack();
-    if (status == tool::status_failed) {
-        std::_Exit(status); // the end of other libraries may need memory that is not there
-    }
-    return status;
+    std::_Exit(status); // other libraries take memory at their end, and crash where there is none
 }
