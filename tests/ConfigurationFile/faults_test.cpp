@@ -83,7 +83,6 @@ const Scene scenes[] = {
 /// The files of a machine.
 struct Files {
     std::string public_key, private_key, configuration;
-    friend bool operator==(const Files&, const Files&) = default;
 };
 
 enum class Answer { yes, no, thrown };
