@@ -94,12 +94,11 @@ std::size_t Contents::remove(const Role& role, const std::string& server) {
     std::size_t count = 0;
     Section& where = section(role.section);
     for_each_group(where, role, server, [&](Nodes& nodes, const std::string&) {
-        const auto gone = std::ranges::stable_partition(nodes, std::not_fn(has_name(role.element)));
-        count += gone.size();
-        for (Node& node : gone) {
-            wipe(node.password);
-        }
-        nodes.erase(gone.begin(), gone.end());
+        const auto kept =
+            std::stable_partition(nodes.begin(), nodes.end(), std::not_fn(has_name(role.element)));
+        std::for_each(kept, nodes.end(), [](Node& node) { wipe(node.password); });
+        count += static_cast<std::size_t>(nodes.end() - kept);
+        nodes.erase(kept, nodes.end());
     });
     std::erase_if(where.notifiers, [](const auto& group) { return group.second.empty(); });
     return count;
