@@ -108,6 +108,12 @@ TEST_F(Changes, HalfAPairOfKeysIsLeftAlone) {
         support::write_file(in_root(lost), key);
     }
     EXPECT_THAT(done({"get", "cluster", "--show-password"}), HasSubstr("geheim"));
+
+    for (const char* const name : files) { // as a first use leaves them that is killed
+        support::remove_all(in_root(name));
+    }
+    support::write_file(in_root("_PrivateKey.bin"), "");
+    EXPECT_THAT(run({"list"}).errors, HasSubstr("made a new pair of keys"));
 }
 
 TEST_F(Changes, NewKeysAreToldAndHideNothingButPasswords) {

@@ -3,6 +3,7 @@
 #include "ConfigurationFile/configuration_file_access.h"
 #include "platform/environment.h"
 #include "platform/file_backup.h"
+#include "platform/file_operations.h"
 #include "platform/file_system.h"
 #include "platform/machine.h"
 #include "platform/path.h"
@@ -21,18 +22,20 @@ namespace {
 
 const std::string& variable = ConfigurationFile::sm_configurationFilePathEnvironmentVariable;
 
-/// True when the file is there. A look that fails is none that says it is missing.
+/// True when the key file is there and holds anything: an empty one is what a first use leaves that
+/// was killed. A look that fails is none that says it is missing.
 bool is_there(const std::string& path) {
     const platform::SystemError error = platform::check_existence(path);
     if (error && !error.is_not_found()) {
         throw Failure("cannot look at " + path + ": " + platform::describe(error),
                       "key_file_unreadable", path);
     }
-    return !error;
+    const auto size = platform::file_size_by_name(path);
+    return !error && !(size && *size == 0);
 }
 
 [[noreturn]] void refuse_half_a_pair(const std::string& there, const std::string& missing) {
-    throw Failure("the key file " + missing + " is missing while " + there +
+    throw Failure("the key file " + missing + " is missing or empty while " + there +
                       " is there; a new pair would take the place of both, and all stored "
                       "passwords would be lost: bring it back from a backup, or remove the other "
                       "one to have a new pair made",
