@@ -86,6 +86,17 @@ struct LockFile {
     int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
 
+/// std::mutex without an exception: a mutex of this kind has no failure, and a release of the named
+/// mutex in a destructor must not end the process.
+class ThreadMutex {
+  public:
+    void lock() noexcept { ::pthread_mutex_lock(&mutex_); }
+    void unlock() noexcept { ::pthread_mutex_unlock(&mutex_); }
+
+  private:
+    pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
+};
+
 /// All mutexes that this process has used. Never destroyed: static objects may release a mutex at
 /// the very end. fork() waits for the guard, so that a child knows each descriptor that it has
 /// inherited and closes it; it would keep its parent's lock alive.
@@ -97,13 +108,13 @@ class LockFiles {
     }
 
     LockFile& find(const std::string& path) {
-        const std::lock_guard guard(guard_);
+        const std::lock_guard<ThreadMutex> guard(guard_);
         const auto found = std::ranges::find(files_, path, &LockFile::path);
         return found != files_.end() ? *found : files_.emplace_back(path);
     }
 
     SystemError open(LockFile& file) {
-        const std::lock_guard guard(guard_);
+        const std::lock_guard<ThreadMutex> guard(guard_);
         const Result<int> opened = open_lock_file(file.path, true);
         file.descriptor = opened ? *opened : -1;
         return opened.error();
@@ -111,13 +122,13 @@ class LockFiles {
 
     /// Unlocks before it closes: a child that another thread is forking may have a copy.
     void close(LockFile& file) {
-        const std::lock_guard guard(guard_);
+        const std::lock_guard<ThreadMutex> guard(guard_);
         ::flock(file.descriptor, LOCK_UN);
         ::close(std::exchange(file.descriptor, -1));
     }
 
     int highest_descriptor() {
-        const std::lock_guard guard(guard_);
+        const std::lock_guard<ThreadMutex> guard(guard_);
         const auto highest = std::ranges::max_element(files_, {}, &LockFile::descriptor);
         return highest != files_.end() ? highest->descriptor : -1;
     }
@@ -139,7 +150,7 @@ class LockFiles {
         guard_.unlock();
     }
 
-    std::mutex guard_;
+    ThreadMutex guard_;
     std::list<LockFile> files_;
 };
 
