@@ -38,7 +38,7 @@ bool AppendFile::is_named(const std::string& name) const {
 }
 
 bool AppendFile::try_lock() noexcept {
-    return ::flock(static_cast<int>(file_), LOCK_EX | LOCK_NB) == 0;
+    return retry([&] { return ::flock(static_cast<int>(file_), LOCK_EX | LOCK_NB); }) == 0;
 }
 
 } // namespace platform

@@ -74,7 +74,9 @@ SystemError copy_content(int source, int target) {
     if (retry([&] { return ::ftruncate(target, 0); }) != 0) {
         return last_error();
     }
-    while (::copy_file_range(source, nullptr, target, nullptr, largest_range, 0) > 0) {
+    while (retry([&] {
+               return ::copy_file_range(source, nullptr, target, nullptr, largest_range, 0);
+           }) > 0) {
     }
     std::array<char, block_size> block{};
     ssize_t count = 0;

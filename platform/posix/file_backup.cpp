@@ -14,6 +14,7 @@
 #include "platform/file.h"
 #include "platform/posix/descriptor.h"
 #include "platform/posix/last_error.h"
+#include "platform/posix/opening.h"
 #include "platform/posix/retry.h"
 
 namespace platform {
@@ -27,15 +28,17 @@ SystemError result_of(int answer) {
     return answer == 0 ? SystemError() : last_error();
 }
 
-/// The file that will be the target, under a name of its own until finish().
+/// The file that will be the target. Has no name until finish(), where the file system can do so,
+/// so that a process that is killed leaves nothing behind.
 class NewFile {
   public:
     explicit NewFile(const std::string& target)
         : target_(target)
         , name_(target + ".new")
-        , descriptor_(create()) {
-        if (descriptor_ < 0 && errno == EEXIST) { // a process that was killed has left it
-            ::unlink(name_.c_str());
+        , descriptor_(open_nameless(target))
+        , has_name_(descriptor_ < 0) {
+        if (has_name_) {
+            ::unlink(name_.c_str()); // a process that was killed may have left it
             descriptor_ = create();
         }
         error_ = descriptor_ < 0 ? last_error() : SystemError();
@@ -45,7 +48,9 @@ class NewFile {
     ~NewFile() {
         if (descriptor_ >= 0) {
             ::close(descriptor_);
-            ::unlink(name_.c_str());
+            if (has_name_) {
+                ::unlink(name_.c_str());
+            }
         }
     }
 
@@ -77,6 +82,9 @@ class NewFile {
         if (const SystemError error = flush_file(descriptor_)) {
             return error;
         }
+        if (const SystemError error = take_name()) {
+            return error;
+        }
         if (const SystemError error = rename_over(name_, target_)) {
             return error;
         }
@@ -86,6 +94,17 @@ class NewFile {
     }
 
   private:
+    SystemError take_name() {
+        if (!has_name_) {
+            ::unlink(name_.c_str());
+            if (give_name(descriptor_, name_) != 0) {
+                return last_error();
+            }
+            has_name_ = true;
+        }
+        return {};
+    }
+
     int create() {
         constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
         return retry([&] { return ::open(name_.c_str(), flags, owner_only); });
@@ -94,6 +113,7 @@ class NewFile {
     const std::string& target_;
     std::string name_;
     int descriptor_;
+    bool has_name_;
     SystemError error_;
 };
 
@@ -160,7 +180,8 @@ SystemError rename_over(const std::string& source, const std::string& target) {
     std::array<char, PATH_MAX> directory{'.'}; // takes no memory, which might fail too late
     const std::size_t length = target.rfind('/') + 1;
     std::copy_n(target.begin(), std::min(length, directory.size() - 1), directory.begin());
-    const Descriptor opened(::open(directory.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor opened(
+        retry([&] { return ::open(directory.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     retry([&] { return ::fsync(opened.get()); });
     return {};
 }

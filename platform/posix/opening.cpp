@@ -71,12 +71,22 @@ Result<int> open_admissible(const std::string& path, int flags) {
     return higher < 0 ? Result<int>(last_error()) : higher;
 }
 
-SystemError create_with_mode(const std::string& path, mode_t mode) {
-    const Descriptor file(retry(
+int open_nameless(const std::string& path) {
+    Descriptor file(retry(
         [&] { return ::open(parent_of(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600); }));
-    if (file.get() >= 0 && ::fchmod(file.get(), mode) == 0 &&
-        ::linkat(AT_FDCWD, link_of_descriptor(file.get()).c_str(), AT_FDCWD, path.c_str(),
-                 AT_SYMLINK_FOLLOW) == 0) {
+    const bool can_be_named =
+        file.get() >= 0 && ::access(link_of_descriptor(file.get()).c_str(), F_OK) == 0;
+    return can_be_named ? file.release() : -1;
+}
+
+int give_name(int descriptor, const std::string& path) {
+    return ::linkat(AT_FDCWD, link_of_descriptor(descriptor).c_str(), AT_FDCWD, path.c_str(),
+                    AT_SYMLINK_FOLLOW);
+}
+
+SystemError create_with_mode(const std::string& path, mode_t mode) {
+    const Descriptor file(open_nameless(path));
+    if (file.get() >= 0 && ::fchmod(file.get(), mode) == 0 && give_name(file.get(), path) == 0) {
         return {};
     }
     return errno == EEXIST ? last_error() : create_in_two_steps(path, mode);

@@ -17,6 +17,14 @@ Result<int> open_admissible(const std::string& path, int flags);
 /// is_already_exists() if the name is taken; a failure leaves no file behind.
 SystemError create_with_mode(const std::string& path, mode_t mode);
 
+/// Opens, for writing and for its owner alone, a file that has no name yet and that no end of the
+/// process leaves behind, in the directory of `path`. Returns -1 where there are no such files, or
+/// where they could not be named.
+int open_nameless(const std::string& path);
+
+/// Gives such a file its name; answers as linkat() does.
+int give_name(int descriptor, const std::string& path);
+
 /// True if a file's directory has the set-group-id bit, by which accounts share its files.
 Result<bool> is_shared_by_group(const std::string& path);
 

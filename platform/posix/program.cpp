@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/posix/retry.h"
+
 namespace platform {
 namespace {
 
@@ -16,7 +18,7 @@ void occupy(int stream, int mode) {
     if (::fcntl(stream, F_GETFD) != -1 || errno != EBADF) {
         return;
     }
-    const int descriptor = ::open("/dev/null", mode); // the lowest free one
+    const int descriptor = retry([&] { return ::open("/dev/null", mode); }); // the lowest free one
     if (descriptor >= 0 && descriptor != stream) {
         ::dup2(descriptor, stream);
         ::close(descriptor);

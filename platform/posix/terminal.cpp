@@ -53,7 +53,7 @@ bool error_is_terminal() {
 
 struct SecretPrompt::State {
     State()
-        : descriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        : descriptor(retry([] { return ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); })) {
         if (descriptor < 0 || ::tcgetattr(descriptor, &before) != 0 ||
             ::pipe2(wake.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
             return;
@@ -170,7 +170,8 @@ std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
     for (;;) {
         char character = 0;
         const bool has_ended =
-            !state_->wait(prompt) || ::read(state_->descriptor, &character, 1) != 1;
+            !state_->wait(prompt) ||
+            retry([&] { return ::read(state_->descriptor, &character, 1); }) != 1;
         if (has_ended || character == '\n') {
             write_all(state_->descriptor, "\n"); // which was not echoed either
         }
