@@ -41,8 +41,8 @@ enum class SeekMethod : std::uint8_t { begin, current, end };
 /// process and others: an open that asks for what another opener denies, or denies what another
 /// opener has, is refused with is_sharing_violation() and leaves the content alone. Deleting is
 /// always shared. On Linux the rule is advisory; a flock() held by a stranger for more than half a
-/// second counts as an opener that shares nothing; where the file system has no locks, every open
-/// is allowed; and only regular files and character devices are opened, anything else (a FIFO, a
+/// second counts as an opener that shares nothing; devices and file systems without locks allow
+/// every open; and only regular files and character devices are opened, anything else (a FIFO, a
 /// socket, a directory) is an error at once.
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints);

@@ -7,9 +7,11 @@
 #include <fcntl.h>
 #include <random>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
+#include "platform/posix/last_error.h"
 #include "platform/posix/retry.h"
 
 namespace platform {
@@ -140,6 +142,13 @@ int enter(int descriptor, FileAccess access, FileSharing sharing) {
 } // namespace
 
 SystemError take_share_locks(int descriptor, FileAccess access, FileSharing sharing) {
+    struct stat status = {};
+    if (::fstat(descriptor, &status) != 0) {
+        return last_error();
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return {};
+    }
     const int error = enter(descriptor, access, sharing);
     if (error == EBUSY) {
         return sharing_violation();

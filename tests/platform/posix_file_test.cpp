@@ -106,8 +106,12 @@ TEST(PosixFileTest, OnlyFilesAndCharacterDevicesAreOpened) {
         }
         EXPECT_FALSE(OpenFile(open_key_file(name))) << name;
     }
-    const OpenFile device(open_file("/dev/null", FileAccess::write, FileDisposition::create_always,
-                                    FileSharing::none, {.write_through = true}));
+    const auto open_device = [] {
+        return OpenFile(open_file("/dev/null", FileAccess::write, FileDisposition::create_always,
+                                  FileSharing::none, {.write_through = true}));
+    };
+    const OpenFile device = open_device();
+    EXPECT_TRUE(open_device()) << "a device has no share modes";
     const int flags = ::fcntl(static_cast<int>(device.get()), F_GETFL);
     EXPECT_EQ(flags & (O_NONBLOCK | O_DSYNC), O_DSYNC);
 
