@@ -37,7 +37,7 @@ SystemError set_key_file_writable(const std::string& path, bool writable) {
     return answer == 0 ? SystemError() : SystemError::posix(errno);
 }
 
-bool is_open_to_others(const std::string&) {
+Result<bool> is_open_to_others(const std::string&) {
     return false;
 }
 

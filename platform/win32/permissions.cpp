@@ -16,7 +16,7 @@ SystemError check_read_access(const std::string& path) {
     return ::_waccess(wide(path).c_str(), reading) == 0 ? SystemError() : SystemError::posix(errno);
 }
 
-bool is_writable_for_all(const std::string&) {
+Result<bool> is_writable_for_all(const std::string&) {
     return false;
 }
 

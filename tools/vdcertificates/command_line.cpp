@@ -63,8 +63,8 @@ bool is_help(std::string_view word) {
     return word == "--help" || word == "-h";
 }
 
-/// Adds an option, or a word, that may be given once. An option that takes no value is "true" to the
-/// parser.
+/// Adds an option, or a word, that may be given once. An option that takes no value is "true" to
+/// the parser.
 void add(CLI::App& parser, const std::string& name, bool takesValue, bool isRequired,
          std::optional<std::string>& value) {
     const auto take = [=, &value](const CLI::results_t& given) {
