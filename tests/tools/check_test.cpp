@@ -1,5 +1,3 @@
-#include <thread>
-
 #include <nlohmann/json.hpp>
 
 #include "platform/file.h"
@@ -78,19 +76,6 @@ TEST_F(Check, FaultsOfTheFileAreToldWithWhatToDo) {
     }
     support::write_file(file(), "<?xml version='1.0'?><!--a--><ORVACertificates />");
     EXPECT_THAT(check(0), HasSubstr("ok: " + file() + " holds 0 entries"));
-}
-
-TEST_F(Check, AChangeAtTheSameTimeIsNoFault) {
-    done(set_words("cluster", "/c"));
-    std::thread changes([this] {
-        for (int i = 0; i < 8; ++i) {
-            done(set_words("cluster", "/" + std::to_string(i)));
-        }
-    });
-    for (int i = 0; i < 8; ++i) {
-        EXPECT_THAT(check(0), HasSubstr("holds 1 entry\n"));
-    }
-    changes.join();
 }
 
 TEST_F(Check, AFileThatIsInUseIsNotMistakenForABrokenOne) {

@@ -213,7 +213,10 @@ void check_named_files(const Entry& entry, Findings& findings) {
         if (is_relative(path)) {
             relative += (relative.empty() ? "" : ", ") + path;
         }
-        if (const platform::SystemError error = platform::check_existence(path)) {
+        const platform::SystemError error = platform::check_existence(path);
+        if (error && !error.is_not_found() && !error.is_access_denied()) {
+            findings.add(refused_look(path, error));
+        } else if (error) {
             missing += (missing.empty() ? "" : ", ") + path + ": " + platform::describe(error);
         }
     }
