@@ -1,6 +1,5 @@
-// A service that loads a server's new certificate without a restart: it waits with inotify until the
-// file changes, and reads its entry again. Linux.
-// Usage: reload_service SERVER
+// A service that loads a server's new certificate without a restart: it waits with inotify until
+// the file changes, and reads its entry again. Linux. Usage: reload_service SERVER
 #include <cstdlib>
 #include <cstring>
 #include <exception>
