@@ -76,20 +76,17 @@ TEST_F(Entries, AListHasAllOfThemInTheOrderOfTheFile) {
 TEST_F(Entries, AnUpdateChangesWhatIsGivenAlone) {
     done(set_words("remote-client", "/a") + Words{"--trusted", "/t", "--password-stdin"}, "one");
     const Words words{"update", "remote-client", "--server", "srv01"};
-    struct Case {
-        Words given;
-        std::string fields; ///< certificate, trusted, password
-    };
-    const std::vector<Case> cases{
+    const std::vector<std::pair<Words, std::string>> cases{
+        // certificate, trusted, password
         {{"--certificate", "/new"}, "/new\t/t\tone\n"},
         {{"--trusted", ""}, "/new\t\tone\n"},
         {{"--password-stdin"}, "/new\t\ttwo\n"},
         {{"--no-password", "--trusted", "/u"}, "/new\t/u\t\n"},
     };
-    for (const Case& update : cases) {
-        done(words + update.given, "two");
+    for (const auto& [given, fields] : cases) {
+        done(words + given, "two");
         EXPECT_EQ(done({"list", "--show-passwords"}),
-                  "remote-client\tSRV01\t/a.pub\t/a.key\t" + update.fields);
+                  "remote-client\tSRV01\t/a.pub\t/a.key\t" + fields);
     }
 }
 
@@ -152,11 +149,8 @@ TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
 }
 
 TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
-    struct Case {
-        std::string given;
-        std::string json;
-    };
-    const std::vector<Case> cases{
+    const std::vector<std::pair<std::string, std::string>> cases{
+        // as JSON shows it
         {"geheim", "\"geheim\""},
         {"geheim\r\n", "\"geheim\""},
         {"geheim\n\n", "\"geheim\\n\""},
@@ -165,14 +159,14 @@ TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
     };
     const Words words = set_words("cluster", "/c");
     const std::string password_file = machine.file("password");
-    for (const Case& password : cases) {
+    for (const auto& [given, json] : cases) {
         for (const Words& source :
              {Words{"--password-stdin"}, Words{"--password-file", password_file}}) {
-            support::write_file(password_file, password.given);
-            done(words + source, source.size() == 1 ? password.given : "not this");
+            support::write_file(password_file, given);
+            done(words + source, source.size() == 1 ? given : "not this");
             EXPECT_THAT(done({"get", "cluster", "--format=json", "--show-password"}),
-                        HasSubstr("\"password\": " + password.json))
-                << testing::PrintToString(password.given);
+                        HasSubstr("\"password\": " + json))
+                << testing::PrintToString(given);
         }
     }
     done(words, "not a password"); // standard input is only read when asked for
