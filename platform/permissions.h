@@ -4,15 +4,15 @@
 
 #include "platform/system_error.h"
 
-// Who may do what with a file that is not opened.
+// Permissions of files that are not open.
 namespace platform {
 
-/// Success when this process may read what the name stands for; else why not.
+/// Succeeds if this process may read the named file.
 SystemError check_read_access(const std::string& path);
 
-/// True when every account may change the file, or add and remove names in the directory: on Linux
-/// the write bit of others, unless a directory is sticky. False on Windows, where access lists say
-/// who may what.
+/// True if every account may change the file, or add and remove names in the directory: on Linux
+/// the write bit of others, unless a directory is sticky. Always false on Windows, where access
+/// lists govern this.
 bool is_writable_for_all(const std::string& path);
 
 } // namespace platform

@@ -7,8 +7,8 @@
 
 #include "platform/system_error.h"
 
-// Where a test may take the machine's place. The library only reads these values; the functions
-// that set them are in platform/testing, which only tests link.
+// Values by which a test replaces the machine. The library only reads them; the functions that set
+// them are in platform/testing, which only tests link.
 namespace platform {
 
 /// The calls that a test can make fail.
@@ -29,7 +29,7 @@ enum class Call : std::uint8_t {
     open_directory,
     read_directory,
     close_directory,
-    follow_link, ///< on Linux: the look at what a symbolic link in a directory leads to
+    follow_link, ///< on Linux: the status of a symbolic link's target
     create_mutex,
     lock_mutex,
     unlock_mutex,
@@ -40,7 +40,7 @@ enum class Call : std::uint8_t {
     copy,
     set_times,
     remove_file,
-    remove_link, ///< also of what is no link, since Wine has none to remove
+    remove_link, ///< also for other files than links, since Wine cannot remove links
     remove_linked_directory,
     current_directory,
     application_path,
@@ -51,9 +51,9 @@ struct Seams {
     std::string machine_setting;   ///< replaces the place of the machine's setting if not empty
     std::string mutex_name_suffix; ///< appended to every mutex name
     std::string computer_name;     ///< replaces the computer's name if not empty
-    std::atomic<Call> failing_call{Call::none}; ///< fails by its kind,
+    std::atomic<Call> failing_call{Call::none}; ///< the kind of calls that fail,
     std::atomic<int> failures_left{0};          ///< that many times
-    std::atomic<int> failing_number{0};         ///< fails by its number, whatever its kind
+    std::atomic<int> failing_number{0};         ///< the number of a call of any kind that fails
     std::atomic<int> calls{0};                  ///< calls since that number was set
     SystemError failure; ///< the failing calls' error; success makes a write one byte shorter
     /// Called with each path before a RemovalAnchor opens or removes it.

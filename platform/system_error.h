@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The error of a call of the operating system: an error number and the system that defines it. A
-/// default SystemError means success.
+/// The error of a system call: an error number and the system that defines it. A default
+/// SystemError means success.
 class SystemError {
   public:
     enum class Domain : std::uint8_t { none, posix, windows };

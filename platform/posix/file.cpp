@@ -183,7 +183,7 @@ SystemError flush_file(FileHandle file) {
     if (take_failure(Call::flush)) {
         return seams().failure;
     }
-    return retry([&] { return ::fsync(descriptor_of(file)); }) == 0 ? SystemError() : last_error();
+    return error_of(retry([&] { return ::fsync(descriptor_of(file)); }));
 }
 
 } // namespace platform

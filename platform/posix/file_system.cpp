@@ -14,12 +14,8 @@ namespace {
 
 constexpr mode_t shared_by_group = 0660;
 
-SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : last_error();
-}
-
 SystemError check(const std::string& path, int mode) {
-    return result_of(::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS));
+    return error_of(::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS));
 }
 
 } // namespace
@@ -28,7 +24,7 @@ SystemError create_directory(const std::string& path) {
     if (take_failure(Call::create_directory)) {
         return seams().failure;
     }
-    return result_of(::mkdir(path.c_str(), 0777));
+    return error_of(::mkdir(path.c_str(), 0777));
 }
 
 bool is_directory(const std::string& path) {

@@ -66,7 +66,7 @@ SystemError set_key_file_writable(const std::string& path, bool writable) {
     }
     const mode_t mode = status.st_mode & 07777;
     const mode_t wanted = writable ? mode | S_IWUSR : mode & ~all_write_bits;
-    return ::chmod(path.c_str(), wanted) == 0 ? SystemError() : last_error();
+    return error_of(::chmod(path.c_str(), wanted));
 }
 
 bool is_open_to_others(const std::string& path) {

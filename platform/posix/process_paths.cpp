@@ -15,7 +15,7 @@ constexpr std::size_t first_buffer_size = 260;
 } // namespace
 
 SystemError set_current_directory(const std::string& path) {
-    return ::chdir(path.c_str()) == 0 ? SystemError() : last_error();
+    return error_of(::chdir(path.c_str()));
 }
 
 Result<std::string> current_directory(std::size_t& bufferSize) {

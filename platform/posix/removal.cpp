@@ -21,7 +21,7 @@ struct Place {
     std::string name;
 };
 
-/// With a separator at its end the system would follow a link.
+/// The system would follow a link whose path ends in a separator.
 std::string without_trailing_separators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     return last == std::string::npos ? path : path.substr(0, last + 1);
@@ -37,8 +37,7 @@ Place place_of(FileHandle anchor, const std::string& path) {
 }
 
 SystemError unlink(const Place& place, int flags) {
-    const bool done = ::unlinkat(place.directory, place.name.c_str(), flags) == 0;
-    return done ? SystemError() : last_error();
+    return error_of(::unlinkat(place.directory, place.name.c_str(), flags));
 }
 
 } // namespace
@@ -87,7 +86,7 @@ LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
         return {Step::remove_directory, seams().failure};
     }
     if (!S_ISLNK(status.st_mode)) {
-        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() says
+        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() reports
     }
     return {Step::remove, unlink(place, 0)};
 }

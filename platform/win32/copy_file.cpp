@@ -10,9 +10,8 @@ SystemError copy_file(const std::string& source, const std::string& target, bool
     if (take_failure(Call::copy)) {
         return seams().failure;
     }
-    return ::CopyFileW(wide(source).c_str(), wide(target).c_str(), failIfExists ? TRUE : FALSE)
-               ? SystemError()
-               : last_error();
+    return error_of(
+        ::CopyFileW(wide(source).c_str(), wide(target).c_str(), failIfExists ? TRUE : FALSE));
 }
 
 } // namespace platform

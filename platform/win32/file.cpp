@@ -1,16 +1,13 @@
 #include "platform/file.h"
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
 namespace platform {
 namespace {
-
-HANDLE handle_of(FileHandle file) {
-    return reinterpret_cast<HANDLE>(file);
-}
 
 DWORD access_of(FileAccess access) {
     switch (access) {
@@ -24,7 +21,7 @@ DWORD access_of(FileAccess access) {
     return GENERIC_READ | GENERIC_WRITE;
 }
 
-/// Required: deleting is shared by every value.
+/// Required: every value shares deleting.
 DWORD share_mode_of(FileSharing sharing) {
     switch (sharing) {
     case FileSharing::read_write:
@@ -77,6 +74,8 @@ Result<T> result_of(BOOL done, T value) {
     return done ? Result<T>(value) : Result<T>(last_error());
 }
 
+} // namespace
+
 Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shareMode,
                                DWORD disposition, DWORD flags) {
     if (take_failure(Call::open)) {
@@ -87,8 +86,6 @@ Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shar
     return result_of(handle != INVALID_HANDLE_VALUE, reinterpret_cast<FileHandle>(handle));
 }
 
-} // namespace
-
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints) {
     return open_handle(name, access_of(access), share_mode_of(sharing), disposition_of(disposition),
@@ -96,8 +93,7 @@ Result<FileHandle> open_file(const std::string& name, FileAccess access,
 }
 
 Result<FileHandle> open_input(const std::string& name) {
-    return open_handle(name, GENERIC_READ, share_mode_of(FileSharing::read_write), OPEN_EXISTING,
-                       FILE_ATTRIBUTE_NORMAL);
+    return open_handle(name, GENERIC_READ, share_mode_of(FileSharing::read_write), OPEN_EXISTING);
 }
 
 void close_file(FileHandle file) noexcept {
@@ -137,7 +133,8 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
     place.OffsetHigh = static_cast<DWORD>(position >> 32);
     DWORD done = 0;
     BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, &place);
-    // On an overlapped handle the transfer may go on; it must not outlive `place` and the buffer.
+    // On an overlapped handle the transfer may be pending; it must not outlive `place` and
+    // `buffer`.
     while (!success && is_pending(::GetLastError())) {
         success = ::GetOverlappedResult(handle_of(file), &place, &done, TRUE);
     }
@@ -169,14 +166,14 @@ SystemError set_end_of_file(FileHandle file) {
     if (take_failure(Call::set_end)) {
         return seams().failure;
     }
-    return ::SetEndOfFile(handle_of(file)) ? SystemError() : last_error();
+    return error_of(::SetEndOfFile(handle_of(file)));
 }
 
 SystemError flush_file(FileHandle file) {
     if (take_failure(Call::flush)) {
         return seams().failure;
     }
-    return ::FlushFileBuffers(handle_of(file)) ? SystemError() : last_error();
+    return error_of(::FlushFileBuffers(handle_of(file)));
 }
 
 } // namespace platform

@@ -38,7 +38,7 @@ SystemError NamedMutex::create(const std::string& name) {
 }
 
 SystemError NamedMutex::open_limited(const std::string& name) {
-    // ACE always asks for all rights, so its object is put together here.
+    // ACE always requests all rights, so its object is composed here.
     Handle handle(::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str()));
     if (!handle) {
         return last_error();

@@ -18,7 +18,7 @@ constexpr DWORD largest_name_size = 33268;
 } // namespace
 
 SystemError set_current_directory(const std::string& path) {
-    return ::SetCurrentDirectoryW(wide(path).c_str()) ? SystemError() : last_error();
+    return error_of(::SetCurrentDirectoryW(wide(path).c_str()));
 }
 
 Result<std::string> current_directory(std::size_t& bufferSize) {
@@ -30,7 +30,7 @@ Result<std::string> current_directory(std::size_t& bufferSize) {
     std::wstring longer;
     wchar_t* buffer = first.data();
     DWORD length = ::GetCurrentDirectoryW(MAX_PATH, buffer);
-    while (length != 0 && length >= bufferSize) { // it may change to a longer one meanwhile
+    while (length != 0 && length >= bufferSize) { // the directory may change meanwhile
         bufferSize = length;
         longer.assign(bufferSize, L'\0');
         buffer = longer.data();
