@@ -69,7 +69,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_content_by_characters() {
     }
 }
 
-/// Goes on after "<", which has been consumed or is pending.
+/// Continues after "<", which has been consumed or is pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
     drop();
     if (take_name(after_start_tag_name)) {
@@ -134,8 +134,8 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {
     return XmlTokenType::EndTag;
 }
 
-/// Goes on after a pending "&", in content and in attribute values alike. Required: any single
-/// byte closes a numeric reference.
+/// Continues after a pending "&", in content and in attribute values. Required: any single byte
+/// closes a numeric reference.
 XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
     constexpr const char* end_of_data = "End of data in entity or character reference";
     text_.clear();
@@ -162,7 +162,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
     return is_char_reference ? XmlTokenType::CharRef : XmlTokenType::EntityRef;
 }
 
-/// Reads the digits of a reference to the text, with the "x" that may stand before them.
+/// Reads the digits of a reference, and an "x" before them, to the text.
 bool XmlCharStreamTokenizerBase::parse_char_reference() {
     const bool hex = pending_is('x');
     if (hex) {

@@ -37,7 +37,7 @@ class NameCursor {
     }
 
   private:
-    /// A zero counts inside a number only.
+    /// A zero counts only inside a number.
     bool counts_as_digit(char byte) const noexcept {
         return is_digit(byte) && (byte != '0' || in_number_);
     }
