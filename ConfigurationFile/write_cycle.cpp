@@ -28,7 +28,7 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
                            exception.what());
             exception.rethrow();
         }
-        // Required: whatever else ends the reading, the change goes on with what could be read.
+        // Required: after any other failure the change continues with what could be read.
     } catch (const std::exception& exception) {
         QN_TRACE_ERROR(g_traceTopic, function, "Reading ended early: {}", exception.what());
     } catch (...) {
@@ -60,7 +60,7 @@ void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nod
 
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    platform::create_for_group(path); // a failure shows when the file is opened
+    platform::create_for_group(path); // the open below reports a failure
     const auto stream = qncertificates::open_patiently([&] {
         return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
                                                qnfile::flag_write_through);
@@ -82,7 +82,7 @@ void ConfigurationFile::set_devices_certificate_information(
                    true);
 }
 
-// Required: this one alone writes on after a sharing violation of its reads.
+// Required: only this one continues after a sharing violation of its reads.
 void ConfigurationFile::set_media_retrieval_certificate_information(
     const ConfigurationFileNodes& newNodes) {
     Access::change(
