@@ -220,8 +220,8 @@ class VDCERTIFICATES_API ConfigurationFile {
     qncore::RefCountPtr<ConfigurationFileMutex> m_configurationFileMutex;
 };
 
-/// The computer's name, the prefix of the names of the file and the key files: UTF-8, neither folded
-/// nor cut. Throws if the system cannot provide it.
+/// The computer's name, the prefix of the names of the file and the key files: UTF-8, neither
+/// folded nor cut. Throws if the system cannot provide it.
 VDCERTIFICATES_API std::string get_local_machine_name();
 
 /// The directory of the key files and, by default, of the configuration file, without a trailing
