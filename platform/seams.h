@@ -66,3 +66,11 @@ Seams& seams() noexcept;
 bool take_failure(Call call) noexcept;
 
 } // namespace platform
+
+/// Counts a call of that kind. If a test makes it fail, the calling function returns the failure.
+#define PLATFORM_SEAM(call)                                                                        \
+    do {                                                                                           \
+        if (::platform::take_failure(::platform::Call::call)) {                                    \
+            return ::platform::seams().failure;                                                    \
+        }                                                                                          \
+    } while (false)

@@ -27,9 +27,7 @@ int open_now(const std::string& path, int flags) {
 /// Checks an opened file and takes its share locks. O_NONBLOCK lets the open of a FIFO return and
 /// has no effect on regular files.
 SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat& status) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     if (file < 0 || ::fstat(file, &status) != 0) {
         return last_error();
     }

@@ -153,9 +153,7 @@ DirectoryReader::DirectoryReader() noexcept = default;
 DirectoryReader::~DirectoryReader() = default;
 
 Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReader* parent) {
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     const State* const above = parent != nullptr ? parent->state_.get() : nullptr;
     // An entry that was not a link when it was listed is not followed if it has become one.
@@ -176,9 +174,7 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
 }
 
 Result<bool> DirectoryReader::next() {
-    if (take_failure(Call::read_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read_directory);
     return state_->step();
 }
 

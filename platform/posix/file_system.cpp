@@ -21,9 +21,7 @@ SystemError check(const std::string& path, int mode) {
 } // namespace
 
 SystemError create_directory(const std::string& path) {
-    if (take_failure(Call::create_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(create_directory);
     return error_of(::mkdir(path.c_str(), 0777));
 }
 
@@ -34,16 +32,12 @@ bool is_directory(const std::string& path) {
 }
 
 SystemError check_existence(const std::string& path) {
-    if (take_failure(Call::existence)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(existence);
     return check(path, F_OK);
 }
 
 SystemError check_read_write_access(const std::string& path) {
-    if (take_failure(Call::access)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(access);
     return check(path, R_OK | W_OK);
 }
 

@@ -206,9 +206,7 @@ int highest_lock_descriptor() {
 }
 
 SystemError NamedMutex::create(const std::string& name) {
-    if (take_failure(Call::create_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(create_mutex);
     return attach(name, true, state_);
 }
 
@@ -217,9 +215,7 @@ SystemError NamedMutex::open_limited(const std::string& name) {
 }
 
 SystemError NamedMutex::lock() {
-    if (take_failure(Call::lock_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(lock_mutex);
     LockFile& file = *static_cast<LockFile*>(state_);
     if (ACE_OS::thread_mutex_lock(&file.mutex) != 0) {
         return last_error();

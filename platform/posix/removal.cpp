@@ -44,9 +44,7 @@ SystemError unlink(const Place& place, int flags) {
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
     const Place place = place_of(directory_, without_trailing_separators(path));
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW);
     const int directory =
         retry([&] { return ::openat(place.directory, place.name.c_str(), flags); });
@@ -57,9 +55,7 @@ Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLi
 }
 
 SystemError RemovalAnchor::remove_file(const std::string& path) const {
-    if (take_failure(Call::remove_file)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(remove_file);
     return unlink(place_of(directory_, path), 0);
 }
 

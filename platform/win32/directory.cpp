@@ -59,9 +59,7 @@ DirectoryReader::~DirectoryReader() {
 }
 
 Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReader* /*parent*/) {
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     auto state = std::make_unique<State>();
     state->handle = ::FindFirstFileW(wide(path + "*").c_str(), &state->data);
     if (state->handle == INVALID_HANDLE_VALUE) {
@@ -73,9 +71,7 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
 }
 
 Result<bool> DirectoryReader::next() {
-    if (take_failure(Call::read_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read_directory);
     if (::FindNextFileW(state_->handle, &state_->data) == 0) {
         const DWORD error = ::GetLastError();
         if (error == ERROR_NO_MORE_FILES || error == ERROR_SUCCESS) {

@@ -78,9 +78,7 @@ Result<T> result_of(BOOL done, T value) {
 
 Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shareMode,
                                DWORD disposition, DWORD flags) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     const HANDLE handle =
         ::CreateFileW(wide(name).c_str(), access, shareMode, nullptr, disposition, flags, nullptr);
     return result_of(handle != INVALID_HANDLE_VALUE, reinterpret_cast<FileHandle>(handle));
@@ -103,9 +101,7 @@ void close_file(FileHandle file) noexcept {
 }
 
 Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     DWORD done = 0;
     const BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, nullptr);
     return result_of<std::uint32_t>(success, done);
@@ -125,9 +121,7 @@ Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint3
 
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
                                    std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     OVERLAPPED place = {};
     place.Offset = static_cast<DWORD>(position);
     place.OffsetHigh = static_cast<DWORD>(position >> 32);
@@ -142,9 +136,7 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
 }
 
 Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method) {
-    if (take_failure(Call::seek)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(seek);
     const DWORD from = method == SeekMethod::begin     ? FILE_BEGIN
                        : method == SeekMethod::current ? FILE_CURRENT
                                                        : FILE_END;
@@ -154,25 +146,19 @@ Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod
 }
 
 Result<std::uint64_t> file_size(FileHandle file) {
-    if (take_failure(Call::size)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(size);
     LARGE_INTEGER size = {};
     const BOOL success = ::GetFileSizeEx(handle_of(file), &size);
     return result_of(success, static_cast<std::uint64_t>(size.QuadPart));
 }
 
 SystemError set_end_of_file(FileHandle file) {
-    if (take_failure(Call::set_end)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(set_end);
     return error_of(::SetEndOfFile(handle_of(file)));
 }
 
 SystemError flush_file(FileHandle file) {
-    if (take_failure(Call::flush)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(flush);
     return error_of(::FlushFileBuffers(handle_of(file)));
 }
 

@@ -17,9 +17,7 @@ constexpr int reading_and_writing = 6;
 } // namespace
 
 SystemError create_directory(const std::string& path) {
-    if (take_failure(Call::create_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(create_directory);
     return error_of(::CreateDirectoryW(wide(path).c_str(), nullptr));
 }
 
@@ -32,16 +30,12 @@ bool is_directory(const std::string& path) {
 }
 
 SystemError check_existence(const std::string& path) {
-    if (take_failure(Call::existence)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(existence);
     return runtime_error_of(::_waccess(wide(path).c_str(), existence));
 }
 
 SystemError check_read_write_access(const std::string& path) {
-    if (take_failure(Call::access)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(access);
     return runtime_error_of(::_waccess(wide(path).c_str(), reading_and_writing));
 }
 

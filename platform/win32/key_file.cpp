@@ -21,9 +21,7 @@ Result<FileHandle> open_key_file(const std::string& path) {
 }
 
 SystemError set_key_file_writable(const std::string& path, bool writable) {
-    if (take_failure(Call::set_mode)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(set_mode);
     return runtime_error_of(
         ::_wchmod(wide(path).c_str(), writable ? mode_read_write : mode_read_only));
 }

@@ -50,9 +50,7 @@ class RegistryKey {
 } // namespace
 
 Result<std::string> computer_name() {
-    if (take_failure(Call::computer_name)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(computer_name);
     if (!seams().computer_name.empty()) {
         return seams().computer_name;
     }
@@ -67,9 +65,7 @@ std::string machine_setting_source() {
 }
 
 Result<std::optional<std::string>> machine_root_directory() {
-    if (take_failure(Call::machine_setting)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(machine_setting);
     // The machine of a test is below the current user, where every account may write.
     const RegistryKey key(seams().machine_setting.empty() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
                           machine_setting_source());

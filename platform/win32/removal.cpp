@@ -54,9 +54,7 @@ Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool /*follow
 }
 
 SystemError RemovalAnchor::remove_file(const std::string& path) const {
-    if (take_failure(Call::remove_file)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(remove_file);
     call_hook(path);
     return error_of(::DeleteFileW(wide(path).c_str()));
 }
