@@ -35,7 +35,6 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     int invalid_sequence();
     int end_with_stale_data();
     int take(char* out, std::size_t length);
-    void start_line();
     std::size_t at_hand() const { return static_cast<std::size_t>(dataEnd_ - cursor_); }
 
     std::size_t capacity_;

@@ -1,4 +1,5 @@
 // Content of elements, the start of markup, references.
+#include "qnuri/char_classes.h"
 #include "qnxml/char_stream_tokenizer.h"
 #include "qnxml/tokenizer_location.h"
 
@@ -19,14 +20,6 @@ constexpr ByteSet after_entity_name = ByteSet::of(";\0"sv);
 
 constexpr std::size_t most_hex_digits = 8;
 constexpr std::size_t most_decimal_digits = 10;
-
-bool is_decimal(char byte) noexcept {
-    return byte >= '0' && byte <= '9';
-}
-
-bool is_hex_letter(char byte) noexcept {
-    return (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
 
 } // namespace
 
@@ -168,8 +161,8 @@ bool XmlCharStreamTokenizerBase::parse_char_reference() {
     if (hex) {
         append_pending();
     }
-    while (fetch() && pendingLength_ == 1 &&
-           (is_decimal(pending_[0]) || (hex && is_hex_letter(pending_[0])))) {
+    const auto digit = hex ? qnuri::chars::hex : qnuri::chars::digit;
+    while (fetch() && pendingLength_ == 1 && qnuri::chars::is(pending_[0], digit)) {
         append_pending();
     }
     const std::size_t digits = text_.size() - (hex ? 1 : 0);
