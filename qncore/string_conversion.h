@@ -40,9 +40,6 @@ std::wstring to_wstring(const char* text, std::size_t length = std::string::npos
 int compare_nocase_ascii(const char* left, std::size_t leftLength, const char* right,
                          std::size_t rightLength) noexcept;
 
-/// The text with A to Z in lower case; other bytes stay.
-std::string to_lower_ascii(std::string_view text);
-
 /// True if the texts are equal but for the case of ASCII letters.
 inline bool equal_nocase_ascii(std::string_view left, std::string_view right) noexcept {
     return compare_nocase_ascii(left.data(), left.size(), right.data(), right.size()) == 0;
