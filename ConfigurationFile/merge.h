@@ -12,7 +12,7 @@ class PasswordCipher;
 /// server, and appends the others. Existing spellings stay; the case of ASCII letters is ignored.
 void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& existingNodes);
 
-/// Appends the text of one section in the format of the file, with passwords enciphered.
+/// Appends the text of one section as the file holds it, passwords enciphered.
 void append_section(std::string& text, const std::string& nodeName,
                     const ConfigurationFileNodes& nodes, PasswordCipher& cipher);
 

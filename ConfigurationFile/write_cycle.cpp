@@ -60,7 +60,7 @@ void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nod
 
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    platform::create_for_group(path); // the open below reports a failure
+    platform::create_for_group(path); // a failure shows when the file is opened
     const auto stream = qncertificates::open_patiently([&] {
         return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
                                                qnfile::flag_write_through);

@@ -51,9 +51,9 @@ struct Seams {
     std::string machine_setting;   ///< replaces the place of the machine's setting if not empty
     std::string mutex_name_suffix; ///< appended to every mutex name
     std::string computer_name;     ///< replaces the computer's name if not empty
-    std::atomic<Call> failing_call{Call::none}; ///< the kind of calls that fail,
+    std::atomic<Call> failing_call{Call::none}; ///< fails by its kind,
     std::atomic<int> failures_left{0};          ///< that many times
-    std::atomic<int> failing_number{0};         ///< the number of a call of any kind that fails
+    std::atomic<int> failing_number{0};         ///< fails by its number, whatever its kind
     std::atomic<int> calls{0};                  ///< calls since that number was set
     SystemError failure; ///< the failing calls' error; success makes a write one byte shorter
     /// Called with each path before a RemovalAnchor opens or removes it.

@@ -12,7 +12,7 @@ class AtomicRefCount {
   public:
     /// Adds a reference.
     void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-    /// Drops a reference. Returns true if it was the last.
+    /// Returns true when the count reaches zero.
     bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
     /// True for the only reference.
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }

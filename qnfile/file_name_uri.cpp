@@ -155,7 +155,9 @@ Uri get_application_filepath_as_uri() {
 }
 
 std::string get_temp_directory() {
-    return impl::with_slashes(platform::temporary_directory());
+    std::string directory = platform::temporary_directory();
+    std::replace_if(directory.begin(), directory.end(), platform::is_separator, '/');
+    return directory;
 }
 
 } // namespace qnfile

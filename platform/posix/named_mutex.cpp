@@ -64,8 +64,8 @@ Result<bool> is_named(int descriptor, const std::string& path) {
     return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-/// A mutex within this process: its threads exclude each other by ACE's mutex, and the thread that
-/// holds that excludes other processes by a flock() of the lock file.
+/// A mutex as this process sees it: its threads exclude each other by ACE's mutex, and the thread
+/// that has that excludes other processes by a flock() of the lock file.
 struct LockFile {
     explicit LockFile(std::string file)
         : path(std::move(file)) {
@@ -82,7 +82,7 @@ struct LockFile {
 
     const std::string path;
     ACE_thread_mutex_t mutex;
-    int holds;      ///< locks of the thread that holds the mutex
+    int holds;      ///< locks of the thread that has the mutex
     int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
 
@@ -233,7 +233,7 @@ SystemError NamedMutex::unlock() {
     const bool fails = take_failure(Call::unlock_mutex);
     LockFile& file = *static_cast<LockFile*>(state_);
     if (ACE_OS::thread_mutex_trylock(&file.mutex) != 0) {
-        return SystemError::posix(EPERM); // another thread holds it
+        return SystemError::posix(EPERM); // another thread has it
     }
     const std::unique_lock tried(file, std::adopt_lock);
     if (file.holds == 0) {
