@@ -52,6 +52,9 @@ struct ConfigurationFileAccess {
         file.set_certificate_information(newNodes, existingNodes, section, text);
         return text;
     }
+    static const auto& mutex(const ConfigurationFile& file) {
+        return file.m_configurationFileMutex;
+    }
     static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
 
     /// Replaces the content of the file by exactly these sections, in one write. Reads nothing: the
@@ -74,8 +77,10 @@ struct ConfigurationFileAccess {
     static void read_section(ConfigurationFile& file, const std::string& nodeName,
                              ConfigurationFileNodes& nodes, const Filter& keeps);
 
-    /// The write half of a change.
-    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
+    /// The write half of a change: one write of the whole text. With a `piece`, of that many bytes
+    /// or some more, the text is written piece by piece, and a failure may leave the file cut.
+    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher,
+                      std::size_t piece = std::string::npos);
 
     /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
     /// name; a sharing violation ends the change if `stopsAtSharingViolation`.

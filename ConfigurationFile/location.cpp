@@ -46,11 +46,29 @@ bool probe(const std::string& path, bool* sharingViolation) {
     return false;
 }
 
+/// Why a directory is not there: what the creation of the first missing one above it answers.
+platform::SystemError creation_error(std::string directory) {
+    platform::SystemError error = platform::create_directory(directory);
+    while (error.is_not_found()) {
+        const std::size_t end = directory.rfind(platform::preferred_separator);
+        directory.resize(end == std::string::npos ? 0 : end);
+        const platform::SystemError above =
+            directory.empty() ? platform::SystemError() : platform::create_directory(directory);
+        if (!above || above.is_already_exists()) {
+            break;
+        }
+        error = above;
+    }
+    return error;
+}
+
 [[noreturn]] void throw_directory_error(const std::string& directory, const char* function) {
-    const std::string message = "Failed to create the directory: " + directory + ".";
-    QN_TRACE_ERROR(g_traceTopic, function, "Error Message: {}", message);
-    qncore::throw_error(qncertificates::error::qncertificates_filesystem_mkdir,
-                        qncore::SourceString::copy_of(message), QN_LOCATION(function));
+    QN_TRACE_ERROR(g_traceTopic, function, "Error Message: Failed to create the directory: {}.",
+                   directory);
+    qncore::ErrorComposer("Failed to create the directory: {@directory}.")
+        .param("directory", directory)
+        .throw_with_nested_system_error(qncertificates::error::qncertificates_filesystem_mkdir,
+                                        QN_LOCATION(function), creation_error(directory));
 }
 
 /// The machine's root directory if this account may write there, else empty.

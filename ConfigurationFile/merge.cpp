@@ -91,13 +91,17 @@ void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& exist
 }
 
 void append_section(std::string& text, const std::string& nodeName,
-                    const ConfigurationFileNodes& nodes, PasswordCipher& cipher) {
+                    const ConfigurationFileNodes& nodes, PasswordCipher& cipher,
+                    const std::function<void()>& afterServer) {
     text.append("<").append(nodeName).append(">");
     append_entries(text, nodes.certificates, cipher);
     for (const auto& [key, entries] : nodes.notifiers) {
         text.append("<Notifier Name=\"").append(key).append("\">");
         append_entries(text, entries, cipher);
         text.append("</Notifier>");
+        if (afterServer) {
+            afterServer();
+        }
     }
     text.append("</").append(nodeName).append(">");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "ConfigurationFile/certificate_node.h"
@@ -12,8 +13,10 @@ class PasswordCipher;
 /// server, and appends the others. Existing spellings stay; the case of ASCII letters is ignored.
 void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& existingNodes);
 
-/// Appends the text of one section as the file holds it, passwords enciphered.
+/// Appends the text of one section as the file holds it, passwords enciphered. Calls `afterServer`,
+/// if any, after the entries of each server; it may take away what `text` holds.
 void append_section(std::string& text, const std::string& nodeName,
-                    const ConfigurationFileNodes& nodes, PasswordCipher& cipher);
+                    const ConfigurationFileNodes& nodes, PasswordCipher& cipher,
+                    const std::function<void()>& afterServer = nullptr);
 
 } // namespace vdcertificates

@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/errors.h"
 #include "ConfigurationFile/merge.h"
@@ -11,6 +13,39 @@
 namespace vdcertificates {
 
 using Access = ConfigurationFileAccess;
+
+namespace {
+
+/// The file of a change, which is emptied by the first write.
+class OpenedFile {
+  public:
+    explicit OpenedFile(ConfigurationFile& file)
+        : file_(file) {}
+
+    void write(const std::string& text) {
+        if (!stream_) {
+            open();
+        }
+        stream_->write(text.c_str(), text.size());
+    }
+
+  private:
+    void open() {
+        const std::string path = Access::path(file_);
+        lock_.emplace(Access::mutex(file_));
+        platform::create_for_group(path); // a failure shows when the file is opened
+        stream_ = qncertificates::open_patiently([&] {
+            return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
+                                                   qnfile::flag_write_through);
+        });
+    }
+
+    ConfigurationFile& file_;
+    std::optional<ConfigurationFileExclusiveAccessLock> lock_;
+    qncore::RefCountPtr<qnfile::FileWriteStream> stream_;
+};
+
+} // namespace
 
 void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& section,
                                      const ConfigurationFileNodes& newNodes, const char* function,
@@ -51,21 +86,20 @@ void ConfigurationFileAccess::replace(ConfigurationFile& file,
 }
 
 void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nodes,
-                                    PasswordCipher& cipher) {
+                                    PasswordCipher& cipher, std::size_t piece) {
     std::string text = "<" + ConfigurationFile::sm_configurationFile + ">";
+    OpenedFile opened(file);
+    const auto write_when_full = [&] {
+        if (text.size() >= piece) {
+            opened.write(text);
+            text.clear();
+        }
+    };
     for (std::size_t i = 0; i < sections.size(); ++i) {
-        append_section(text, sections[i]->name, *nodes[i], cipher);
+        append_section(text, sections[i]->name, *nodes[i], cipher, write_when_full);
     }
     text += "</" + ConfigurationFile::sm_configurationFile + ">";
-
-    const std::string path = file.get_configuration_file_path();
-    const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    platform::create_for_group(path); // a failure shows when the file is opened
-    const auto stream = qncertificates::open_patiently([&] {
-        return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
-                                               qnfile::flag_write_through);
-    });
-    stream->write(text.c_str(), text.size());
+    opened.write(text);
 }
 
 void ConfigurationFile::set_subsystems_certificate_information(

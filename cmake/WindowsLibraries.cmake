@@ -23,7 +23,7 @@ target_link_libraries(PkgConfig::ACE INTERFACE ws2_32 mswsock netapi32 iphlpapi)
 # Only these folders, since the headers of the Linux C library are beside them.
 set(headers ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${headers})
-foreach(folder spdlog fmt utf8cpp nlohmann)
+foreach(folder spdlog fmt utf8cpp nlohmann CLI)
   if(NOT IS_DIRECTORY /usr/include/${folder})
     message(FATAL_ERROR "/usr/include/${folder} is missing; scripts/install-packages build installs it.")
   endif()
@@ -41,6 +41,7 @@ target_compile_definitions(spdlog::spdlog_header_only INTERFACE
 orva_header_library(utf8cpp)
 target_include_directories(utf8cpp SYSTEM INTERFACE ${headers}/utf8cpp)
 orva_header_library(nlohmann_json::nlohmann_json)
+orva_header_library(CLI11::CLI11)
 
 if(ORVA_BUILD_TESTS)
   set(gtest_force_shared_crt ON)

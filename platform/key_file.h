@@ -21,6 +21,6 @@ SystemError set_key_file_writable(const std::string& path, bool writable);
 
 /// True if accounts that are neither the file's owner nor in its group have any permission on it.
 /// Always false on Windows, where access lists govern this.
-bool is_open_to_others(const std::string& path);
+Result<bool> is_open_to_others(const std::string& path);
 
 } // namespace platform

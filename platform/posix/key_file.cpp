@@ -65,9 +65,12 @@ SystemError set_key_file_writable(const std::string& path, bool writable) {
     return error_of(::chmod(path.c_str(), wanted));
 }
 
-bool is_open_to_others(const std::string& path) {
+Result<bool> is_open_to_others(const std::string& path) {
     struct stat status = {};
-    return ::stat(path.c_str(), &status) == 0 && (status.st_mode & S_IRWXO) != 0;
+    if (::stat(path.c_str(), &status) != 0) {
+        return last_error();
+    }
+    return (status.st_mode & S_IRWXO) != 0;
 }
 
 } // namespace platform

@@ -26,7 +26,7 @@ SystemError set_key_file_writable(const std::string& path, bool writable) {
         ::_wchmod(wide(path).c_str(), writable ? mode_read_write : mode_read_only));
 }
 
-bool is_open_to_others(const std::string&) {
+Result<bool> is_open_to_others(const std::string&) {
     return false;
 }
 

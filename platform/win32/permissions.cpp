@@ -16,7 +16,7 @@ SystemError check_read_access(const std::string& path) {
     return runtime_error_of(::_waccess(wide(path).c_str(), reading));
 }
 
-bool is_writable_for_all(const std::string&) {
+Result<bool> is_writable_for_all(const std::string&) {
     return false;
 }
 

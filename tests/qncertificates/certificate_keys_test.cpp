@@ -88,8 +88,8 @@ TEST_F(CertificateKeysTest, WithoutBothFilesThereAreNoKeysUntilTheyAreMade) {
                   2048U);
         EXPECT_TRUE(open(false)->get_private_key() == keys->get_private_key());
         EXPECT_TRUE(open(false)->get_public_key() == public_key);
-        EXPECT_FALSE(platform::is_open_to_others(public_file));
-        EXPECT_FALSE(platform::is_open_to_others(private_file));
+        EXPECT_FALSE(*platform::is_open_to_others(public_file));
+        EXPECT_FALSE(*platform::is_open_to_others(private_file));
     }
 }
 

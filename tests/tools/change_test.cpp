@@ -29,7 +29,6 @@ TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
         {"<ORVACertificates><Notifiers><WebConfigCertificate/><a></b>",
          "all that follows the entry web-config in ", "web-config"},
         {"<other/>", "the document in " + file() + ", whose root element is 'other'"},
-        {"<!-- nothing -->", "whose root element is ''"},
         {document("<WebConfigCertificate>" + unreadable + "</WebConfigCertificate><Z/>"),
          "those of web-config would be lost", "Z"},
         {document("<Z><Deep/></Z>"), "the element 'Deep' of the entry Z", "Z"},
@@ -98,6 +97,7 @@ TEST_F(Changes, HalfAPairOfKeysIsLeftAlone) {
             const auto where = run({"where"});
             EXPECT_EQ(where.status, 1);
             EXPECT_THAT(where.output, HasSubstr("file: " + file() + "\n"));
+            EXPECT_THAT(where.errors, HasSubstr(in_root(lost)));
         };
         support::remove_all(in_root(lost));
         keep("key_file_missing");
@@ -124,6 +124,8 @@ TEST_F(Changes, NewKeysAreToldAndHideNothingButPasswords) {
     EXPECT_EQ(list.status, 0);
     EXPECT_THAT(list.errors, HasSubstr("note: made a new pair of keys: " + in_root("_PublicKey")));
     EXPECT_THAT(list.errors, HasSubstr("warning: 1 password in " + file() + " cannot be"));
+    EXPECT_THAT(run({"check"}).output,
+                HasSubstr("problem: the entry cluster has a password that cannot be deciphered ("));
     EXPECT_EQ(Json::parse(list.output)[0]["password"], Json());
     EXPECT_EQ(Json::parse(list.output)[1]["password"], "");
     EXPECT_EQ(run({"get", "cluster"}).status, 0);
@@ -176,13 +178,9 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
         {device(R"(,"password":null)"), "", 0}, // null leaves it as it is
         {device(""), "", 0},
         {R"({"role":"cluster",)" + paths + "}", "add cluster\n", 0},
-        {"[]", "", 0},
         {"[{]", "byte 2 should be the name of a member"},
-        {"[] x", "byte 3 should be the end"},
-        {R"([{"role":"\ud800"}])", "a character of Unicode"},
         {R"([{"role":"\ud800\u0041"}])", "a character of Unicode"},
         {R"([{"role":"\ud83d\udd11"}])", "unknown role '🔑'"},
-        {R"([{"role":"nobody",)" + paths + "}]", "entry 1: unknown role 'nobody'"},
         {R"([{"role":"sip-device",)" + paths + "}]", "entry 1: the role sip-device needs a server"},
         {R"([{"role":"cluster","trusted":"/t",)" + paths + "}]", "has no trusted certificate"},
         {device(R"(,"color":"red")"), "entry 1: unknown member 'color'"},

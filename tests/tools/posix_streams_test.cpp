@@ -1,9 +1,8 @@
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/ioctl.h>
+#include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -24,11 +23,8 @@ using testing::Not;
 class OnTerminal {
   public:
     OnTerminal(const Words& arguments,
-               const std::map<std::string, std::optional<std::string>>& environment)
-        : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        EXPECT_EQ(::grantpt(master_), 0);
-        EXPECT_EQ(::unlockpt(master_), 0);
-        child_ = ::fork();
+               const std::map<std::string, std::optional<std::string>>& environment) {
+        child_ = ::forkpty(&master_, nullptr, nullptr, nullptr);
         if (child_ == 0) {
             become(arguments, environment);
         }
@@ -79,12 +75,6 @@ class OnTerminal {
   private:
     [[noreturn]] void become(const Words& arguments,
                              const std::map<std::string, std::optional<std::string>>& environment) {
-        ::setsid();
-        const int slave = ::open(::ptsname(master_), O_RDWR);
-        ::ioctl(slave, TIOCSCTTY, 0);
-        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            ::dup2(slave, stream);
-        }
         for (const auto& [name, value] : environment) {
             value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
         }
@@ -113,7 +103,7 @@ class OnTerminal {
         return count > 0;
     }
 
-    int master_;
+    int master_ = -1;
     pid_t child_ = -1;
     std::string text_;
     std::size_t seen_ = 0;
@@ -143,16 +133,7 @@ TEST_F(Streams, ThePromptAsksTwiceWithoutEcho) {
     EXPECT_EQ(stored_password(), "geheim\n");
 }
 
-TEST_F(Streams, TwoPastedLinesAnswerBothQuestions) {
-    OnTerminal terminal(prompting, environment);
-    terminal.expect("Password: ");
-    terminal.type("geheim\ngeheim\n");
-    EXPECT_THAT(terminal.finish(), Not(HasSubstr("geheim")));
-    EXPECT_EQ(terminal.wait(), 0);
-    EXPECT_EQ(stored_password(), "geheim\n");
-}
-
-TEST_F(Streams, AnswersThatAreNoneStoreNothing) {
+TEST_F(Streams, TypedAnswersAreStoredOrRefused) {
     struct Case {
         const char* typed;
         const char* line;
@@ -162,13 +143,14 @@ TEST_F(Streams, AnswersThatAreNoneStoreNothing) {
          {Case{"one\ntwo\n", "\r\nvdcertificates: the two passwords differ\r\n", 2},
           Case{"\x04", "\r\nvdcertificates: the input ended before a password was given\r\n", 2},
           Case{"\n\n", "\r\nvdcertificates: the password is empty", 2},
-          Case{"a\x03", "Password: ", -SIGINT}}) {
+          Case{"a\x03", "Password: ", -SIGINT}, Case{"pasted\npasted\n", "again: ", 0}}) {
         OnTerminal terminal(prompting, environment);
         terminal.expect("Password: ");
         terminal.type(answer.typed);
-        EXPECT_THAT(terminal.finish(), HasSubstr(answer.line));
+        EXPECT_THAT(terminal.finish(),
+                    testing::AllOf(HasSubstr(answer.line), Not(HasSubstr("pasted"))));
         EXPECT_EQ(terminal.wait(), answer.status);
-        EXPECT_FALSE(std::filesystem::exists(file()));
+        EXPECT_EQ(std::filesystem::exists(file()), answer.status == 0);
     }
 }
 
@@ -179,6 +161,22 @@ TEST_F(Streams, ATerminalGetsColumns) {
                               "cluster          /é.pub      /é.key       /é.crt       \r\n");
     OnTerminal entry({"get", "cluster"}, environment);
     EXPECT_THAT(entry.finish(), HasSubstr("role         cluster\r\npublic_key   /é.pub\r\n"));
+}
+
+TEST_F(Streams, ALongReadingShowsItsProgress) {
+    done(set_words("sip-device", "/d") + Words{"--password-stdin"}, "geheim");
+    std::string text = support::read_file(file());
+    const std::size_t begin = text.find("<Notifier ");
+    const std::string entry = text.substr(begin, text.find("</SIPDevices>") - begin);
+    std::string many;
+    for (int i = 0; i < 50'000; ++i) { // more than half a second of reading
+        many += entry;
+    }
+    text.insert(begin, many);
+    support::write_file(file(), text);
+    OnTerminal terminal({"get", "cluster"}, environment);
+    terminal.expect(" entries read\r\x1b[K");
+    EXPECT_THAT(terminal.finish(), testing::EndsWith("there is no entry of the role cluster\r\n"));
 }
 
 TEST_F(Streams, OutputThatCannotBeWrittenIsAFailure) {
@@ -212,14 +210,50 @@ TEST_F(Streams, APasswordFileMayBeAPipe) {
     EXPECT_EQ(stored_password(), "geheim\n");
 }
 
-TEST_F(Streams, KeyFilesThatOthersMayReadAreAProblem) {
-    done(set_words("cluster", "/c"));
+TEST_F(Streams, WhatCannotBeLookedAtOrIsOpenIsAProblem) {
+    std::filesystem::create_symlink(file(), file());
     std::filesystem::permissions(in_root("_PublicKey.bin"), std::filesystem::perms::others_read,
                                  std::filesystem::perm_options::add);
-    const auto result = run({"check"});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.output, HasSubstr("problem: every account may use the key file " +
-                                         in_root("_PublicKey.bin")));
+    const auto check = run({"check"});
+    EXPECT_EQ(check.status, 1);
+    EXPECT_THAT(check.output, HasSubstr("problem: " + file() + " cannot be opened: "));
+    EXPECT_THAT(check.output, HasSubstr("problem: every account may use the key file"));
+    for (const char* format : {"text", "json"}) {
+        const auto where = run({"where", "--format", format});
+        EXPECT_EQ(where.status, 1);
+        EXPECT_THAT(where.output, Not(HasSubstr("file_exists")));
+        EXPECT_THAT(where.errors, HasSubstr("cannot look at " + file() + ": "));
+    }
+}
+
+TEST_F(Streams, ACheckBesideChangesFindsNoFault) {
+    const std::string script = "repeat() { for i in 1 2 3 4 5 6 7 8; do \"$@\"; done; }; "
+                               "\"$0\" \"$@\"; repeat \"$0\" \"$@\" & repeat \"$0\" check; wait";
+    const Words words = Words{"-c", script, program_file()} + set_words("cluster", "/c");
+    const auto result = support::run({"/bin/sh", words, environment, ""});
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output,
+                testing::AllOf(HasSubstr("holds 1 entry"), Not(HasSubstr("problem"))));
+}
+
+TEST_F(Streams, AFileThatMayNotBeReadIsKeptBesideTheNewOne) {
+    done(set_words("cluster", "/c"));
+    const std::string before = support::read_file(file());
+    std::filesystem::permissions(file(), std::filesystem::perms::owner_write);
+    const auto without_privileges = [&](const Words& words) {
+        const std::string script = "[ $(id -u) = 0 ] && exec setpriv --inh-caps=-all "
+                                   "--bounding-set=-all \"$0\" \"$@\"; exec \"$0\" \"$@\"";
+        return support::run(
+            {"/bin/sh", Words{"-c", script, program_file()} + words, environment, ""});
+    };
+    const auto refusal = without_privileges(set_words("cluster", "/d"));
+    EXPECT_EQ(refusal.status, 1);
+    EXPECT_THAT(refusal.errors, HasSubstr(file() + " cannot be opened: "));
+    const auto change =
+        without_privileges(set_words("cluster", "/d") + Words{"--discard-unreadable"});
+    EXPECT_EQ(change.status, 0) << change.errors;
+    EXPECT_EQ(support::read_file(file() + ".previous"), before);
+    EXPECT_THAT(done({"list"}), HasSubstr("cluster\t\t/d.pub"));
 }
 
 /// Files as openssl makes them: an authority (ca), a certificate that it signed (s), whose key has
@@ -227,14 +261,20 @@ TEST_F(Streams, KeyFilesThatOthersMayReadAreAProblem) {
 class Files : public ProgramTest {
   protected:
     Files() {
-        shell("openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.crt -days 300 "
-              "-subj /CN=ca && openssl genrsa -aes256 -passout pass:geheim -out s.key 2048 && "
-              "openssl rsa -in s.key -passin pass:geheim -pubout -out s.pub && "
-              "openssl req -new -key s.key -passin pass:geheim -subj /CN=s -out s.csr && "
-              "openssl x509 -req -in s.csr -CA ca.crt -CAkey ca.key -days 20 -out s.crt "
-              "-set_serial 5 && openssl x509 -in s.crt -outform DER -out s.der && "
-              "openssl req -x509 -newkey rsa:2048 -nodes -keyout o.key -out o.crt -days 300 "
-              "-subj /CN=o && openssl rsa -in o.key -pubout -out o.pub && chmod 600 *");
+        shell(
+            "openssl req -x509 -newkey rsa:2048 -nodes -keyout ca.key -out ca.crt -days 300 "
+            "-subj /CN=ca && openssl genrsa -aes256 -passout pass:geheim -out s.key 2048 && "
+            "openssl rsa -in s.key -passin pass:geheim -pubout -out s.pub && "
+            "openssl req -new -key s.key -passin pass:geheim -subj /CN=s -out s.csr && "
+            "openssl x509 -req -in s.csr -CA ca.crt -CAkey ca.key -days 20 -out s.crt "
+            "-set_serial 5 && openssl x509 -in s.crt -outform DER -out s.der && "
+            "openssl req -x509 -newkey rsa:2048 -nodes -keyout o.key -out o.crt -days 300 "
+            "-subj /CN=o && openssl rsa -in o.key -pubout -out o.pub && : >db && echo 07 >serial "
+            "&& printf '[ca]\ndefault_ca=d\n[d]\ndatabase=db\nserial=serial\nnew_certs_dir=.\n"
+            "unique_subject=no\ndefault_md=sha256\npolicy=p\n[p]\ncommonName=supplied\n' >cnf && "
+            "for year in 2000 2040; do openssl ca -config cnf -batch -cert ca.crt -keyfile ca.key "
+            "-in s.csr -startdate ${year}0101000000Z -enddate ${year}0201000000Z -notext "
+            "-out $year.crt || exit 1; done; chmod 600 *");
     }
 
     std::string shell(const std::string& script) {
@@ -262,7 +302,9 @@ TEST_F(Files, WhatIsWrongWithThemIsTold) {
     };
     const std::vector<Case> cases{
         {{"--certificate", home("s.crt")}, ""},
-        {{"--certificate", home("s.crt")}, "warning: certificate_expires", "30"},
+        {{"--certificate", home("s.crt")}, "warning: certificate_expires\n", "30"},
+        {{"--certificate", home("2000.crt")}, "problem: certificate_expired\n"},
+        {{"--certificate", home("2040.crt")}, "problem: certificate_not_yet_valid\n"},
         {{"--certificate", home("s.der")}, ""},
         {{"--trusted", home("o.crt")}, "problem: certificate_not_trusted"},
         {{"--trusted", home("s.crt")}, ""}, // an end of the chain of its own
@@ -289,7 +331,11 @@ TEST_F(Files, WhatIsWrongWithThemIsTold) {
                     std::string(finding["severity"]) + ": " + std::string(finding["code"]) + "\n";
             }
         }
-        EXPECT_THAT(found, HasSubstr(wrong.finding)) << testing::PrintToString(wrong.update);
+        // Only a finding of dates is known to come alone: one key belongs to all certificates.
+        EXPECT_THAT(found, wrong.finding.ends_with('\n')
+                               ? testing::Matcher<std::string>(wrong.finding)
+                               : HasSubstr(wrong.finding))
+            << testing::PrintToString(wrong.update);
         EXPECT_EQ(found.empty(), wrong.finding.empty()) << found;
     }
     support::write_file(file(), before);
@@ -355,15 +401,37 @@ TEST_F(Streams, WithoutMemoryNothingChanges) {
 TEST_F(Streams, CompletionKnowsServersAndRunsNoneOfThem) {
     done({"set", "sip-device", "--server", "SRV$(touch evil)", "--public-key", "/p",
           "--private-key", "/k", "--certificate", "/c"});
-    support::write_file(machine.file("script"), done({"completion", "bash"}));
     std::filesystem::create_symlink(program_file(), machine.file("vdcertificates"));
-    const std::string script =
-        "cd \"$0\"; PATH=$0:$PATH; . ./script; answer() { COMP_WORDS=(\"$@\"); "
-        "COMP_CWORD=$(($# - 1)); _vdcertificates; echo \"${COMPREPLY[*]}\"; }; "
-        "answer vdcertificates re; answer vdcertificates get web; "
-        "answer vdcertificates get cluster --server S; answer vdcertificates list --format ''";
-    const auto result = support::run({"/bin/bash", {"-c", script, machine.str()}, environment, ""});
-    EXPECT_EQ(result.output, "remove restore\nweb-config\nSRV\\$\\(touch\\ evil\\)\ntext json\n");
+    struct Case {
+        const char* shell;
+        const char* script;
+        const char* answer;
+    };
+    const std::vector<Case> cases{
+        {"bash",
+         ". ./_vdcertificates; answer() { COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); "
+         "_vdcertificates; echo \"${COMPREPLY[*]}\"; }; answer vdcertificates re; "
+         "answer vdcertificates get web; answer vdcertificates get cluster --server S; "
+         "answer vdcertificates list --format ''",
+         "remove restore\nweb-config\nSRV\\$\\(touch\\ evil\\)\ntext json\n"},
+        {"fish",
+         "source _vdcertificates; for words in rem 'get web' 'get cluster --server S'; "
+         "complete -C \"vdcertificates $words\"; end",
+         "remove\tRemove an entry, or all entries of a server\nweb-config\nSRV$(touch evil)\n"},
+        {"zsh", // which loads the script when the first word is completed
+         "zmodload zsh/zpty; zpty z zsh -f -i; zpty -w z 'PS1=; fpath=($PWD $fpath); "
+         "autoload -Uz compinit; compinit -D -u'; zpty -n -w z $'vdcertificates rem\\t'; "
+         "zpty -r -m z all '*remove*' && echo found",
+         "found\n"},
+    };
+    for (const Case& shell : cases) {
+        support::write_file(machine.file("_vdcertificates"), done({"completion", shell.shell}));
+        const std::string script =
+            "cd \"$0\"; PATH=$0:$PATH; command -v $1 >/dev/null || exit 9; timeout 60 $1 -c \"$2\"";
+        const auto result = support::run(
+            {"/bin/sh", {"-c", script, machine.str(), shell.shell, shell.script}, environment, ""});
+        EXPECT_EQ(result.output, result.status == 9 ? "" : shell.answer) << shell.shell;
+    }
     EXPECT_FALSE(std::filesystem::exists(machine.file("evil")));
 }
 

@@ -7,18 +7,6 @@
 
 namespace tools_test {
 
-const std::vector<RoleCase> all_roles{
-    {"cluster", false, false},
-    {"subsystems", true, false},
-    {"subsystems-server", true, true},
-    {"subsystems-remote-client", true, true},
-    {"remote-client", true, true},
-    {"web-config", true, false},
-    {"sip-device", true, true},
-    {"media-retrieval-server", true, true},
-    {"media-retrieval-client", true, true},
-};
-
 namespace {
 
 constexpr const char* key_files[] = {"_PublicKey.bin", "_PrivateKey.bin"};

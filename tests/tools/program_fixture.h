@@ -43,14 +43,6 @@ class ProgramTest : public testing::Test {
     void place_keys();
 };
 
-/// A role, and what it carries.
-struct RoleCase {
-    const char* name;
-    bool by_server;
-    bool trusted;
-};
-extern const std::vector<RoleCase> all_roles;
-
 /// `words` with more at the end.
 Words operator+(Words words, const Words& more);
 

@@ -1,3 +1,6 @@
+#include <regex>
+#include <set>
+
 #include "platform/file.h"
 #include "platform/path.h"
 #include "tests/tools/program_fixture.h"
@@ -27,10 +30,6 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
     const Words paths{"--public-key", "/p", "--private-key", "/k", "--certificate", "/c"};
     const Words cluster = Words{"set", "cluster"} + paths;
     const Words device = Words{"set", "sip-device", "--server", "S"} + paths;
-    struct Case {
-        Words words;
-        std::string line;
-    };
     const std::string known =
         "set, update, remove, get, list, where, check, restore, export, import "
         "and completion";
@@ -38,16 +37,13 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
     const Words two_passwords{"--password-stdin", "--prompt"};
     const std::string exclude =
         "--password-stdin, --password-file, --prompt and --no-password exclude each other";
-    const std::vector<Case> cases{
+    const std::vector<std::pair<Words, std::string>> cases{
         {{}, "a command is missing: one of " + known + " (vdcertificates --help tells more)"},
         {{"lis"}, "unknown command 'lis': the commands are " + known},
-        {{"SET"}, "unknown command 'SET': the commands are " + known},
         {{"--verbose"}, "unknown option '--verbose'"},
         {{"get"}, "ROLE is required"},
-        {{"get", "Cluster"}, "unknown role 'Cluster': " + role_list},
         {{"get", "a\nb"}, "unknown role 'a\\x0ab': " + role_list},
         {{"get", "sip-device"}, "the role sip-device needs --server"},
-        {{"get", "sip-device", "--server", ""}, "--server is empty"},
         {{"get", "sip-device", "--server="}, "--server is empty"},
         {{"get", "sip-device", "--server"}, "--server needs a value"},
         {{"get", "cluster", "--server", "S"},
@@ -57,20 +53,19 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"get", "cluster", "--", "--"}, "unexpected argument '--'"},
         {{"get", "cluster", "--form", "json"}, "unknown option '--form'"},
         {{"get", "cluster", "--format="}, "unknown format '': the formats are text and json"},
-        {{"get", "cluster", "--format", "xml"},
-         "unknown format 'xml': the formats are text and json"},
         {{"get", "cluster", "--format=json", "--format=json"}, "--format is given more than once"},
         {{"get", "cluster", "--show-password=yes"}, "--show-password takes no value"},
         {{"get", "cluster", "--show-passwords"}, "unknown option '--show-passwords'"},
-        {{"list", "cluster"}, "unexpected argument 'cluster'"},
         {{"check", "-v"}, "unknown option '-v'"},
         {{"set", "cluster"}, "--public-key is required"},
-        {{"set", "cluster", "--public-key", "--private-key", "/k"}, "--public-key needs a value"},
-        {{"set", "cluster", "--publickey", "/p"}, "unknown option '--publickey'"},
+        {{"set", "cluster", "--public-key", "--private-key", "/k"},
+         "--public-key needs a value, which cannot begin with --"},
         {cluster + Words{"--trusted", "/t"}, "the role cluster takes no --trusted"},
-        {Words{"set", "web-config", "--server", "S", "--trusted", ""} + paths,
-         "the role web-config takes no --trusted"},
-        {cluster + Words{"--password", "secret"}, "unknown option '--password'"},
+        {cluster + Words{"--password", "secret"},
+         "unknown option '--password': a password is given by --prompt, --password-file or "
+         "--password-stdin, since others can read arguments"},
+        {{"get", "cluster", "--server=", "x"}, "unexpected argument 'x'"},
+        {{"get", "++", "cluster"}, "unexpected argument 'cluster'"},
         {cluster + two_passwords, exclude},
         {cluster + Words{"--no-password", "--password-file", "/f"}, exclude},
         {cluster + Words{"--password-file", "/no/such"},
@@ -78,9 +73,6 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {{"get", "cluster", "--field", "name"}, "unknown field 'name'"},
         {{"get", "cluster", "--field", "password"}, "--field password needs --show-password"},
         {{"update", "cluster"}, "nothing to update: give at least one field or password option"},
-        {{"update", "cluster", "--trusted", "/t"}, "the role cluster takes no --trusted"},
-        {{"remove"}, "ROLE is required, or --server with --all-roles"},
-        {{"remove", "--all-roles"}, "ROLE is required, or --server with --all-roles"},
         {{"remove", "cluster", "--all-roles"}, "ROLE and --all-roles exclude each other"},
         {{"check", "--days", "3"}, "--days needs --files"},
         {{"check", "--files", "--days", "3x"}, "--days needs a number from 0 to 36500"},
@@ -94,47 +86,47 @@ TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
         {device + Words{"--trusted", "a\rb"},
          "--trusted holds the control character \\x0d, which the file cannot keep"},
     };
-    for (const Case& wrong : cases) {
-        expect_refused(wrong.words, wrong.line);
+    for (const auto& [words, line] : cases) {
+        expect_refused(words, line);
     }
 }
 
 // What would break the file, or be read back as something else.
 TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
-    const auto device = [](const std::string& server, const std::string& path) {
-        return Words{"set", "sip-device",    "--server", server,          "--public-key",
-                     path,  "--private-key", "/k",       "--certificate", "/c"};
+    struct Case {
+        const char* server;
+        const char* path;
+        std::string line;
     };
-    const std::string rest = ", which the file cannot keep";
-    for (const char* bad : {"a\"b", "a<b", "a&b"}) {
-        expect_refused(device(bad, "/p"),
-                       std::string("--server holds the character ") + bad[1] + rest);
-    }
-    for (const char* bad : {"a<b", "a&b"}) {
-        expect_refused(device("S", bad),
-                       std::string("--public-key holds the character ") + bad[1] + rest);
-    }
-    const std::string control = " holds the control character \\x";
-    expect_refused(device("a\tb", "/p"), "--server" + control + "09" + rest);
-    expect_refused(device("S", "a\x7F"), "--public-key" + control + "7f" + rest);
-    expect_refused(device("a\xC2\x9B"
-                          "31m",
-                          "/p"),
-                   "--server" + control + "9b" + rest);
+    const std::string blank = "--server begins or ends with a blank";
+    std::vector<Case> cases{
+        {"a\"b", "/p", "--server holds the character \", which the file cannot keep"},
+        {"a<b", "/p", "--server holds the character <, which the file cannot keep"},
+        {"S", "a<b", "--public-key holds the character <, which the file cannot keep"},
+        {"S", "a&b", "--public-key holds the character &, which the file cannot keep"},
+        {"a\tb", "/p", "--server holds the control character \\x09, which the file cannot keep"},
+        {"S", "\x7F", "--public-key holds the control character \\x7f, which the file cannot keep"},
+        {"\xC2\x9B", "/p",
+         "--server holds the control character \\x9b, which the file cannot keep"},
+        {"S", "", "--public-key is empty"},
+        {" S", "/p", blank},
+        {"S ", "/p", blank},
+    };
     if (!platform::names_are_utf8) { // else no argument can be anything but Unicode
-        expect_refused(device("S", "\xFF"), "--public-key is not valid UTF-8");
-        expect_refused(device("\xC3(", "/p"), "--server is not valid UTF-8");
+        cases.push_back({"S", "\xFF", "--public-key is not valid UTF-8"});
+        cases.push_back({"\xC3(", "/p", "--server is not valid UTF-8"});
     }
-    expect_refused(device("S", ""), "--public-key is empty");
-    expect_refused(device(" S", "/p"), "--server begins or ends with a blank");
-    expect_refused(device("S ", "/p"), "--server begins or ends with a blank");
+    for (const Case& bad : cases) {
+        expect_refused({"set", "sip-device", "--server", bad.server, "--public-key", bad.path,
+                        "--private-key", "/k", "--certificate", "/c"},
+                       bad.line);
+    }
 }
 
 TEST_F(Usage, PasswordsThatCannotBeStoredAreRefused) {
     const Words words = set_words("cluster", "/a") + Words{"--password-stdin"};
     const std::string subject = "the password on standard input ";
     expect_refused(words, subject + "is longer than 245 bytes", std::string(246, 'x'));
-    expect_refused(words, subject + "is longer than 245 bytes", std::string(100000, 'x'));
     expect_refused(words, subject + "holds a zero byte", std::string("a\0b", 3));
     expect_refused(words, subject + "is not valid UTF-8", "\xFF");
     for (const char* nothing : {"", "\n", "\r\n"}) { // as a failed program gives it to a pipe
@@ -142,16 +134,24 @@ TEST_F(Usage, PasswordsThatCannotBeStoredAreRefused) {
     }
 }
 
+std::set<std::string> found_in(const std::string& text, const char* pattern) {
+    const std::regex expression(pattern);
+    return {std::sregex_token_iterator(text.begin(), text.end(), expression, 1), {}};
+}
+
 TEST_F(Usage, HelpAndVersionAreAnswers) {
     EXPECT_EQ(done({"--version"}), "vdcertificates 1.0.0\n");
     const std::string help = done({"--help"});
-    for (const char* command : {"set", "update", "remove", "get", "list", "where", "check",
-                                "restore", "export", "import", "completion"}) {
-        EXPECT_THAT(help, testing::HasSubstr(std::string("\n  ") + command + " "));
+    std::string options;
+    for (const std::string& command : found_in(help, "\n  ([a-z]+)  ")) {
         const std::string text = done({command, "--help"});
-        EXPECT_THAT(text, testing::HasSubstr(std::string("Usage: vdcertificates ") + command));
-        EXPECT_THAT(text, testing::HasSubstr("Example:\n  vdcertificates " + std::string(command)));
+        EXPECT_THAT(text, testing::HasSubstr("Usage: vdcertificates " + command));
+        EXPECT_THAT(text, testing::HasSubstr("Example:\n  vdcertificates " + command));
+        options += text;
     }
+    std::set<std::string> described = found_in(support::read_file(MANUAL), "Fl -([a-z-]+)");
+    EXPECT_EQ(described.erase("help") + described.erase("version"), 2U);
+    EXPECT_EQ(found_in(options, "\n  --([a-z-]+)"), described);
 }
 
 } // namespace

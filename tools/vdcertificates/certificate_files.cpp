@@ -82,7 +82,9 @@ class EntryFiles {
         const auto private_text = open(node.privateKeyPath);
         const auto certificate_text = open(node.certificatePath);
         const auto trusted_text = open(node.trustedCertificatePath);
-        check_private_permissions();
+        if (private_text) {
+            check_private_permissions();
+        }
         const Certificates chain = certificates(node.certificatePath, certificate_text);
         const Certificates trusted = certificates(node.trustedCertificatePath, trusted_text);
         const KeyHandle public_key = public_of(public_text);
@@ -110,15 +112,10 @@ class EntryFiles {
                     ", which each program takes from its own directory: store the whole path",
                 path);
         }
-        if (platform::is_writable_for_all(path)) {
-            add(problem, "named_file_writable",
-                "names " + path +
-                    ", which every account may change: take the permission to "
-                    "write from others",
-                path);
-        }
         try {
-            return read_file(path, largest_file);
+            Secret text = read_file(path, largest_file);
+            check_writers(path);
+            return text;
         } catch (const UsageError& error) {
             const bool is_missing = platform::check_existence(path).is_not_found();
             add(problem, is_missing ? "named_file_missing" : "named_file_unreadable",
@@ -127,9 +124,18 @@ class EntryFiles {
         }
     }
 
+    void check_writers(const std::string& path) {
+        if (findings_.holds(platform::is_writable_for_all(path), path)) {
+            add(problem, "named_file_writable",
+                "names " + path +
+                    ", which every account may change: take the permission to write from others",
+                path);
+        }
+    }
+
     void check_private_permissions() {
         const std::string& path = entry_.node.privateKeyPath;
-        if (platform::is_open_to_others(path)) {
+        if (findings_.holds(platform::is_open_to_others(path), path)) {
             add(warning, "private_key_open",
                 "names the private key " + path +
                     ", which every account may open: take all "

@@ -39,7 +39,7 @@ int days_of(const Arguments& arguments) {
 
 void check_keys(const Store& store, Findings& findings) {
     for (const std::string& path : {store.keys().public_key, store.keys().private_key}) {
-        if (platform::is_open_to_others(path)) {
+        if (findings.holds(platform::is_open_to_others(path), path)) {
             // The public key is the one that passwords are deciphered with.
             findings.add(problem, "key_file_open",
                          "every account may use the key file " + path +
@@ -51,7 +51,7 @@ void check_keys(const Store& store, Findings& findings) {
         }
     }
     const std::string& directory = store.keys().directory;
-    if (platform::is_writable_for_all(directory)) {
+    if (findings.holds(platform::is_writable_for_all(directory), directory)) {
         findings.add(problem, "directory_writable",
                      "every account may put other keys into the directory " + directory +
                          ": take the permission to write from others",
@@ -69,22 +69,18 @@ void check_remarks(const Store& store, Findings& findings) {
 }
 
 /// " ...: restore" when the former content is there.
-std::string restore_hint(const std::string& path) {
-    if (platform::check_existence(previous_of(path))) {
+std::string restore_hint(const std::string& path, Findings& findings) {
+    if (!findings.holds(existence(previous_of(path)), previous_of(path))) {
         return "";
     }
     return " The content before the last change is in " + previous_of(path) +
            ": vdcertificates restore brings it back.";
 }
 
-bool has_previous(const std::string& path) {
-    return !platform::check_existence(previous_of(path));
-}
-
 void check_empty_file(const Store& store, Findings& findings) {
     const std::string& path = store.path();
-    if (has_previous(path)) {
-        findings.add(problem, "file_empty", path + " is empty." + restore_hint(path), path);
+    if (const std::string hint = restore_hint(path, findings); !hint.empty()) {
+        findings.add(problem, "file_empty", path + " is empty." + hint, path);
         return;
     }
     // A named file is made by the first look at it, any other by the first entry.
@@ -106,7 +102,8 @@ void check_form(const Store& store, const Reading& reading, std::size_t count, F
                          (reading.last_entry.empty()
                               ? ". No entry can be read."
                               : ". The last entry before that is " + reading.last_entry + ".") +
-                         " Changes are refused until it is mended by hand." + restore_hint(path),
+                         " Changes are refused until it is mended by hand." +
+                         restore_hint(path, findings),
                      path);
     } else if (!reading.root_is_right) {
         findings.add(problem, "file_foreign",
@@ -119,7 +116,7 @@ void check_form(const Store& store, const Reading& reading, std::size_t count, F
             ok, "file",
             path + " holds " + std::to_string(count) + (count == 1 ? " entry" : " entries"), path);
     }
-    if (reading.file_exists && platform::is_writable_for_all(path)) {
+    if (reading.file_exists && findings.holds(platform::is_writable_for_all(path), path)) {
         findings.add(problem, "file_writable",
                      "every account may change " + path +
                          ": take the permission to write from "
@@ -216,7 +213,10 @@ void check_named_files(const Entry& entry, Findings& findings) {
         if (is_relative(path)) {
             relative += (relative.empty() ? "" : ", ") + path;
         }
-        if (const platform::SystemError error = platform::check_existence(path)) {
+        const platform::SystemError error = platform::check_existence(path);
+        if (error && !error.is_not_found() && !error.is_access_denied()) {
+            findings.add(refused_look(path, error));
+        } else if (error) {
             missing += (missing.empty() ? "" : ", ") + path + ": " + platform::describe(error);
         }
     }
@@ -262,14 +262,18 @@ ExitStatus run_check(const Arguments& arguments) {
         look.findings.add(failure);
     }
     check_hidden(look.entries, look.findings);
+    FindingsPrinter printer(format);
+    printer.print(look.findings);
     for (const Entry& entry : look.entries) {
         if (arguments.has(Option::files)) {
             check_certificate_files(entry, days, look.findings);
         } else {
             check_named_files(entry, look.findings);
         }
+        printer.print(look.findings);
     }
-    return look.findings.print(format);
+    printer.finish();
+    return look.findings.status();
 }
 
 } // namespace tool

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <CLI/CLI.hpp>
+
 #include "tools/vdcertificates/help.h"
 #include "tools/vdcertificates/output.h"
 
@@ -49,18 +51,65 @@ const Command& find_command(const std::string& name) {
     return *found;
 }
 
+[[noreturn]] void refuse_option(const std::string& name) {
+    throw UsageError("unknown option '" + name + "'" +
+                     (name == "--password"
+                          ? ": a password is given by --prompt, --password-file or "
+                            "--password-stdin, since others can read arguments"
+                          : ""));
+}
+
 bool is_help(std::string_view word) {
     return word == "--help" || word == "-h";
 }
 
-/// The value that comes next, which must not look like an option.
-const std::string& next_value(std::string_view name, std::span<const std::string>& rest) {
-    if (rest.empty() || rest.front().starts_with("--")) {
-        throw UsageError(std::string(name) + " needs a value");
+/// Adds an option, or a word, that may be given once. An option that takes no value is "true" to
+/// the parser.
+void add(CLI::App& parser, const std::string& name, bool takesValue, bool isRequired,
+         std::optional<std::string>& value) {
+    const auto take = [=, &value](const CLI::results_t& given) {
+        const bool is_option = name.starts_with('-') && given.front().starts_with("--");
+        const char* const fault = given.size() > 1 ? " is given more than once"
+                                  : !takesValue && given.front() != "true" ? " takes no value"
+                                  : is_option ? " needs a value, which cannot begin with --"
+                                              : nullptr;
+        if (fault != nullptr) {
+            throw UsageError(name + fault);
+        }
+        value = given.front();
+        return true;
+    };
+    parser.add_option(name, take)
+        ->expected(takesValue ? 1 : 0)
+        ->required(isRequired)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+/// The words from the last to the first, as the parser takes them. It would look for an empty value
+/// (`--name=`) in the word that follows.
+std::vector<std::string> reversed(std::span<const std::string> words) {
+    std::vector<std::string> turned;
+    std::for_each(words.rbegin(), words.rend(), [&turned](const std::string& word) {
+        const bool is_empty_value = word.starts_with("--") && word.find('=') == word.size() - 1;
+        if (is_empty_value) {
+            turned.emplace_back();
+        }
+        turned.push_back(word.substr(0, word.size() - (is_empty_value ? 1 : 0)));
+    });
+    return turned;
+}
+
+/// Throws UsageError for the first word that has no place. A "--" in front ended the options.
+void refuse(const std::vector<std::string>& words) {
+    const std::size_t first = !words.empty() && words.front() == "--" ? 1 : 0;
+    if (first == words.size()) {
+        return;
     }
-    const std::string& value = rest.front();
-    rest = rest.subspan(1);
-    return value;
+    const std::string& word = words[first];
+    if (first == 0 && word.starts_with('-') && word != "-") {
+        refuse_option(word.substr(0, word.find('=')));
+    }
+    throw UsageError("unexpected argument '" + word + "'");
 }
 
 std::string program_version() {
@@ -75,56 +124,25 @@ const OptionDefinition& definition(Option option) {
 
 Arguments::Arguments(const Command& command, std::span<const std::string> words)
     : command_(command) {
-    bool options_ended = false;
-    while (!words.empty()) {
-        const std::string& word = words.front();
-        words = words.subspan(1);
-        if (!options_ended && word == "--") {
-            options_ended = true;
-        } else if (options_ended || !word.starts_with('-') || word == "-") {
-            take_word(word);
-        } else if (const std::size_t end = word.find('='); end != std::string::npos) {
-            const std::string attached = word.substr(end + 1);
-            take_option(std::string_view(word).substr(0, end), words, &attached);
-        } else {
-            take_option(word, words, nullptr);
-        }
-    }
-    if (command.word_is_required && !word_) {
-        throw UsageError(std::string(command.word) + " is required");
+    CLI::App parser;
+    parser.set_help_flag();
+    parser.allow_windows_style_options(false);
+    if (!command.word.empty()) {
+        add(parser, std::string(command.word), true, command.word_is_required, word_);
     }
     for (const OptionUse& use : command.options) {
-        if (use.is_required && !has(use.option)) {
-            throw UsageError(std::string(definition(use.option).name) + " is required");
-        }
+        const OptionDefinition& option = definition(use.option);
+        add(parser, std::string(option.name), !option.type.empty(), use.is_required,
+            values_[static_cast<std::size_t>(use.option)]);
     }
-}
-
-void Arguments::take_word(const std::string& word) {
-    if (command_.word.empty() || word_) {
-        throw UsageError("unexpected argument '" + word + "'");
+    try {
+        parser.parse(reversed(words));
+    } catch (const CLI::ArgumentMismatch&) { // the words ended
+        throw UsageError(words.back() + " needs a value");
+    } catch (const CLI::ParseError& error) {
+        refuse(parser.remaining());
+        throw UsageError(error.what());
     }
-    word_ = word;
-}
-
-void Arguments::take_option(std::string_view name, std::span<const std::string>& rest,
-                            const std::string* attached) {
-    const auto found = std::ranges::find_if(command_.options, [name](const OptionUse& use) {
-        return definition(use.option).name == name;
-    });
-    const std::string shown(name);
-    if (found == command_.options.end()) {
-        throw UsageError("unknown option '" + shown + "'");
-    }
-    const bool is_flag = definition(found->option).type.empty();
-    if (is_flag && attached != nullptr) {
-        throw UsageError(shown + " takes no value");
-    }
-    std::optional<std::string>& value = values_[static_cast<std::size_t>(found->option)];
-    if (value) {
-        throw UsageError(shown + " is given more than once");
-    }
-    value = is_flag ? std::string() : attached != nullptr ? *attached : next_value(name, rest);
 }
 
 const std::string& Arguments::text(Option option) const noexcept {
@@ -146,7 +164,7 @@ ExitStatus run_command_line(const std::vector<std::string>& words) {
         return status_done;
     }
     if (first.starts_with('-')) {
-        throw UsageError("unknown option '" + first + "'");
+        refuse_option(first);
     }
     if (first == "help") {
         print(words.size() == 1 ? program_help() : command_help(find_command(words[1])));

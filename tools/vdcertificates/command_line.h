@@ -81,10 +81,6 @@ class Arguments {
     const std::string& text(Option option) const noexcept;
 
   private:
-    void take_option(std::string_view name, std::span<const std::string>& rest,
-                     const std::string* attached);
-    void take_word(const std::string& word);
-
     const Command& command_;
     std::optional<std::string> word_;
     std::array<std::optional<std::string>, option_count> values_;

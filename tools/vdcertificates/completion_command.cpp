@@ -9,16 +9,20 @@ namespace {
 constexpr std::string_view list_servers =
     "vdcertificates list 2>/dev/null | cut -f 2 | sort -u | grep .";
 
-/// The words after each command: its options, and what its WORD may be.
-std::string words_of(const Command& command) {
-    std::string words;
+/// What the WORD of a command may be, each with a blank after it; empty for a file.
+std::string choices_of(const Command& command) {
+    std::string words = command.word == "SHELL" ? "bash zsh fish " : "";
     if (command.word == "ROLE") {
         for (const Role& role : roles()) {
             words += std::string(role.name) + " ";
         }
-    } else if (command.word == "SHELL") {
-        words += "bash zsh fish ";
     }
+    return words;
+}
+
+/// The words after each command: its options, and what its WORD may be.
+std::string words_of(const Command& command) {
+    std::string words = choices_of(command);
     for (const OptionUse& use : command.options) {
         words += std::string(definition(use.option).name) + " ";
     }
@@ -46,18 +50,19 @@ std::string bash() {
                          "COMPREPLY+=(\"$(printf %q \"$server\")\")\n"
                          "            done < <(";
     script += list_servers;
-    script += ")\n"
-              "            return ;;\n"
-              "        --format) words='text json' ;;\n"
-              "        --field) words='role server public_key private_key certificate trusted "
-              "password' ;;\n"
-              "        --days) return ;;\n"
-              "        --public-key|--private-key|--certificate|--trusted|--password-file|--output"
-              "|import)\n"
-              "            compopt -o filenames; COMPREPLY=($(compgen -f -- \"$word\"))\n"
-              "            return ;;\n"
-              "        *)\n"
-              "            case ${COMP_WORDS[1]} in\n";
+    script +=
+        ")\n"
+        "            return ;;\n"
+        "        --format) words='text json' ;;\n"
+        "        --field) words='role server public_key private_key certificate trusted "
+        "password' ;;\n"
+        "        --days) return ;;\n"
+        "        --public-key|--private-key|--certificate|--trusted|--password-file|--output"
+        "|import)\n"
+        "            compopt -o filenames 2>/dev/null; COMPREPLY=($(compgen -f -- \"$word\"))\n"
+        "            return ;;\n"
+        "        *)\n"
+        "            case ${COMP_WORDS[1]} in\n";
     for (const Command& command : commands()) {
         script += "                " + std::string(command.name) + ") words='" + words_of(command) +
                   "' ;;\n";
@@ -76,7 +81,9 @@ std::string bash() {
 std::string zsh() {
     return "#compdef vdcertificates\n"
            "autoload -U +X bashcompinit && bashcompinit\n" +
-           bash();
+           bash() +
+           // the first completion loads this file as the function of that name
+           "[[ ${funcstack[1]-} != _vdcertificates ]] || _bash_complete -F _vdcertificates\n";
 }
 
 std::string fish() {
@@ -87,10 +94,8 @@ std::string fish() {
             "complete -c vdcertificates -n '__fish_seen_subcommand_from " + name + "' ";
         script += "complete -c vdcertificates -n __fish_use_subcommand -a " + name + " -d '" +
                   std::string(command.summary) + "'\n";
-        if (command.word == "ROLE") {
-            script += here + "-a '" + role_names() + "'\n";
-        } else if (command.word == "SHELL") {
-            script += here + "-a 'bash zsh fish'\n";
+        if (const std::string choices = choices_of(command); !choices.empty()) {
+            script += here + "-a '" + choices + "'\n";
         } else if (command.word == "FILE") {
             script += here + "-F\n";
         }

@@ -4,12 +4,12 @@
 #include <array>
 
 #include "ConfigurationFile/configuration_file_access.h"
+#include "platform/file_operations.h"
 #include "platform/file_system.h"
 #include "qnfile/file_stream.h"
 #include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
 #include "tools/vdcertificates/exit_status.h"
-#include "tools/vdcertificates/native_path.h"
 #include "tools/vdcertificates/progress.h"
 
 namespace tool {
@@ -33,6 +33,10 @@ constexpr std::array path_fields{
     PathField{"CertificatePath", &CertificateNode::certificatePath},
     PathField{"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
 };
+
+Failure refused_opening(const std::string& path, const std::string& cause) {
+    return Failure(path + " cannot be opened: " + cause, "file_unreadable", path);
+}
 
 const std::string* find_section(const std::string& name) {
     for (const auto* section : ConfigurationFileAccess::sections) {
@@ -73,8 +77,7 @@ class DocumentReader {
             return qnfile::FileReadStream::create(path, qnfile::share_none,
                                                   qnfile::flag_sequential_scan);
         } catch (const std::exception& exception) {
-            throw Failure(path + " cannot be opened: " + cause_of(exception), "file_unreadable",
-                          path);
+            throw refused_opening(path, cause_of(exception));
         }
     }
 
@@ -125,7 +128,7 @@ class DocumentReader {
         const std::string& name = element->qualified_name();
         const auto path = std::ranges::find(path_fields, name, &PathField::element);
         if (path != path_fields.end()) {
-            entry.node.*path->field = reader_.read_element_text();
+            entry.node.*path->field = std::string(std::string_view(reader_.read_element_text()));
         } else if (name == "Password") {
             read_password(entry);
         } else {
@@ -164,7 +167,7 @@ class DocumentReader {
     }
 
   private:
-    static constexpr std::size_t entries_between_looks = 4096;
+    static constexpr std::size_t entries_between_looks = 256;
     /// More than a text keeps within itself: what moves on is then the memory, not a copy.
     static constexpr std::size_t smallest_allocation = 32;
 
@@ -193,8 +196,11 @@ Reading read_document(const std::string& path, vdcertificates::PasswordCipher* c
         return reading;
     }
     reading.file_exists = true;
-    std::error_code ignored;
-    reading.file_is_empty = std::filesystem::file_size(native_path(path), ignored) == 0;
+    const auto size = platform::file_size_by_name(path);
+    if (!size) {
+        throw refused_opening(path, platform::describe(size.error()));
+    }
+    reading.file_is_empty = *size == 0;
     DocumentReader reader(path, cipher, visit, reading);
     try {
         reader.read();

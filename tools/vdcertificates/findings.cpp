@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "tools/vdcertificates/store.h"
+
 namespace tool {
 namespace {
 
@@ -26,8 +28,20 @@ void Findings::add(Severity severity, const char* code, const Entry& entry,
     findings_.back().server = entry.server;
 }
 
+bool Findings::holds(const platform::Result<bool>& answer, const std::string& path) {
+    if (!answer && !answer.error().is_not_found()) {
+        add(refused_look(path, answer.error()));
+    }
+    return answer && *answer;
+}
+
+void Findings::append(Output& output) const {
+    for (const Finding& finding : findings_) {
+        append_line(output, name_of(finding.severity), finding.message, name_width);
+    }
+}
+
 void Findings::append(JsonWriter& json) const {
-    json.begin('[');
     for (const Finding& finding : findings_) {
         const std::array<std::pair<const char*, std::string_view>, 6> members{{
             {"code", finding.code},
@@ -44,23 +58,27 @@ void Findings::append(JsonWriter& json) const {
         }
         json.end();
     }
-    json.end();
 }
 
-ExitStatus Findings::print(Format format) const {
-    Output output;
+FindingsPrinter::FindingsPrinter(Format format) {
     if (format == Format::json) {
-        JsonWriter json(output.text());
-        append(json);
-        output << "\n";
-    } else {
-        for (const Finding& finding : findings_) {
-            append_line(output, name_of(finding.severity), finding.message, name_width);
-            output.flush_when_full();
-        }
+        json_.emplace(output_.text());
+        json_->begin('[');
     }
-    output.flush();
-    return status();
+}
+
+void FindingsPrinter::print(Findings& findings) {
+    json_ ? findings.append(*json_) : findings.append(output_);
+    findings.clear();
+    output_.flush_when_full();
+}
+
+void FindingsPrinter::finish() {
+    if (json_) {
+        json_->end();
+        output_ << "\n";
+    }
+    output_.flush();
 }
 
 } // namespace tool

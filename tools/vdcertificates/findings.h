@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 
+#include "platform/system_error.h"
 #include "tools/vdcertificates/entry.h"
 #include "tools/vdcertificates/exit_status.h"
 #include "tools/vdcertificates/json_writer.h"
@@ -33,14 +35,33 @@ class Findings {
         add(Severity::problem, failure.code(), failure.what(), failure.path());
     }
 
-    /// Prints all of them; failed when there is a problem.
-    ExitStatus print(Format format) const;
-    void append(JsonWriter& json) const;
+    /// True if the answer about the file is yes. No answer is a problem, unless the file is
+    /// missing.
+    bool holds(const platform::Result<bool>& answer, const std::string& path);
+
+    void append(Output& output) const;   ///< as lines
+    void append(JsonWriter& json) const; ///< as objects
+    void clear() noexcept { findings_.clear(); }
+    /// Failed when there was a problem.
     ExitStatus status() const noexcept { return has_problem_ ? status_failed : status_done; }
 
   private:
     std::deque<Finding> findings_;
     bool has_problem_ = false;
+};
+
+/// Prints findings while more are looked for, so that memory does not hold all of them.
+class FindingsPrinter {
+  public:
+    explicit FindingsPrinter(Format format);
+
+    /// Prints and clears them.
+    void print(Findings& findings);
+    void finish();
+
+  private:
+    Output output_;
+    std::optional<JsonWriter> json_; ///< or lines are printed
 };
 
 } // namespace tool

@@ -6,7 +6,7 @@
 namespace tool {
 
 /// One line on standard error that says how far long work is, when that is a terminal and the work
-/// takes more than a second. The line is gone afterwards.
+/// takes more than half a second. The line is gone afterwards.
 class Progress {
   public:
     Progress() = default;
@@ -18,7 +18,7 @@ class Progress {
 
   private:
     using Clock = std::chrono::steady_clock;
-    Clock::time_point next_ = Clock::now() + std::chrono::seconds(1);
+    Clock::time_point next_ = Clock::now() + std::chrono::milliseconds(500);
     bool shown_ = false;
 };
 

@@ -25,13 +25,12 @@ const std::string& variable = ConfigurationFile::sm_configurationFilePathEnviron
 /// True when the key file is there and holds anything: an empty one is what a first use leaves that
 /// was killed. A look that fails is none that says it is missing.
 bool is_there(const std::string& path) {
-    const platform::SystemError error = platform::check_existence(path);
-    if (error && !error.is_not_found()) {
-        throw Failure("cannot look at " + path + ": " + platform::describe(error),
-                      "key_file_unreadable", path);
+    const auto found = existence(path);
+    if (!found) {
+        throw refused_look(path, found.error(), "key_file_unreadable");
     }
     const auto size = platform::file_size_by_name(path);
-    return !error && !(size && *size == 0);
+    return *found && !(size && *size == 0);
 }
 
 [[noreturn]] void refuse_half_a_pair(const std::string& there, const std::string& missing) {
@@ -68,9 +67,24 @@ KeyFiles key_files() {
             prefix + ConfigurationFile::sm_machinePrivateKeyFilePath};
 }
 
+platform::Result<bool> existence(const std::string& path) {
+    const platform::SystemError error = platform::check_existence(path);
+    if (error && !error.is_not_found()) {
+        return error;
+    }
+    return !error;
+}
+
+Failure refused_look(const std::string& path, platform::SystemError error, const char* code) {
+    return Failure("cannot look at " + path + ": " + platform::describe(error), code, path);
+}
+
 std::string machine_setting() {
     const auto found = platform::machine_root_directory();
-    std::string setting = found && *found ? **found : std::string();
+    if (!found) {
+        throw refused_look(platform::machine_setting_source(), found.error());
+    }
+    std::string setting = found->value_or("");
     if (setting.ends_with(platform::preferred_separator)) {
         setting.pop_back();
     }

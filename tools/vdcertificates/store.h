@@ -7,6 +7,7 @@
 #include "ConfigurationFile/configuration_file.h"
 #include "qncertificates/certificate_keys.h"
 #include "tools/vdcertificates/document.h"
+#include "tools/vdcertificates/exit_status.h"
 
 namespace tool {
 
@@ -18,8 +19,15 @@ struct KeyFiles {
 };
 KeyFiles key_files();
 
+/// Whether anything has that name; an error where that cannot be found out.
+platform::Result<bool> existence(const std::string& path);
+
+/// What to throw then.
+Failure refused_look(const std::string& path, platform::SystemError error,
+                     const char* code = "file_unreadable");
+
 /// The directory that the machine's setting names, without a separator at its end; empty when there
-/// is none.
+/// is none. Throws Failure when that cannot be found out.
 std::string machine_setting();
 
 /// What ORVA_Certificates holds; empty when it is not set.

@@ -15,6 +15,7 @@ namespace {
 using vdcertificates::ConfigurationFileAccess;
 
 constexpr std::size_t most_names = 20;
+constexpr std::size_t written_at_once = std::size_t{8} << 20;
 
 /// The names, as many as fit on a line.
 std::string joined(const std::vector<std::string>& names) {
@@ -210,7 +211,7 @@ bool Transaction::put_back() const {
 void Transaction::write() {
     const auto& sections = contents_.sections();
     ConfigurationFileAccess::write(store_.file(), {&sections[0], &sections[1], &sections[2]},
-                                   store_.cipher());
+                                   store_.cipher(), written_at_once);
 }
 
 void Transaction::check_outcome() {

@@ -27,6 +27,7 @@ struct Answer {
     std::string file;
     KeyFiles keys;
     Findings findings;
+    std::optional<Failure> failure; ///< the first thing that could not be found out
 };
 
 /// What the library uses; where it cannot start, what it would use.
@@ -43,7 +44,7 @@ Answer find() {
             answer.findings.add(Severity::warning, "used_elsewhere", warned);
         }
     } catch (const Failure& failure) {
-        answer.findings.add(failure);
+        answer.failure = failure;
         answer.file = named_file();
         if (answer.file.empty()) {
             answer.file = answer.keys.directory + platform::preferred_separator +
@@ -54,57 +55,80 @@ Answer find() {
     return answer;
 }
 
-} // namespace
+struct Line {
+    const char* key;
+    const char* name;
+    std::string value;
+    std::optional<bool> exists = std::nullopt; ///< what it names, if it names a file
+};
 
-ExitStatus run_where(const Arguments& arguments) {
-    const Format format = format_of(arguments);
-    const Answer answer = find();
-    struct Line {
-        const char* key;
-        const char* name;
-        std::string value;
-        bool is_file;
-    };
-    const std::array<Line, 5> lines{{
-        {"file", "file", answer.file, true},
-        {"file_chosen_by", "file chosen by",
-         answer.file == named_file()
-             ? "the environment variable " +
-                   ConfigurationFile::sm_configurationFilePathEnvironmentVariable
-             : "the directory of the keys",
-         false},
-        {"public_key", "public key", answer.keys.public_key, true},
-        {"private_key", "private key", answer.keys.private_key, true},
-        {"keys_chosen_by", "keys chosen by", root_rule(answer.keys.directory), false},
-    }};
-    if (format == Format::json) {
-        Output output;
-        JsonWriter json(output.text());
-        json.begin('{');
-        for (const Line& line : lines) {
-            json.key(line.key);
-            json.value(line.value);
-            if (line.is_file) {
-                json.key(std::string(line.key) + "_exists");
-                json.value(!platform::check_existence(line.value));
-            }
+std::array<Line, 5> lines_of(Answer& answer) {
+    const auto exists = [&](const std::string& path) -> std::optional<bool> {
+        const auto found = existence(path);
+        if (!found && !answer.failure) {
+            answer.failure = refused_look(path, found.error());
         }
-        json.key("findings");
-        answer.findings.append(json);
-        json.end();
-        output << "\n";
-        output.flush();
-        return answer.findings.status();
-    }
-    Output output;
+        return found ? std::optional(*found) : std::nullopt;
+    };
+    const std::string rule =
+        answer.file == named_file()
+            ? "the environment variable " +
+                  ConfigurationFile::sm_configurationFilePathEnvironmentVariable
+            : "the directory of the keys";
+    const KeyFiles& keys = answer.keys;
+    return {{
+        {"file", "file", answer.file, exists(answer.file)},
+        {"file_chosen_by", "file chosen by", rule},
+        {"public_key", "public key", keys.public_key, exists(keys.public_key)},
+        {"private_key", "private key", keys.private_key, exists(keys.private_key)},
+        {"keys_chosen_by", "keys chosen by", root_rule(keys.directory)},
+    }};
+}
+
+void append_json(Output& output, const std::array<Line, 5>& lines, Answer& answer) {
+    JsonWriter json(output.text());
+    json.begin('{');
     for (const Line& line : lines) {
-        const bool is_missing =
-            line.is_file && platform::check_existence(line.value).is_not_found();
+        json.key(line.key);
+        json.value(line.value);
+        if (line.exists) {
+            json.key(std::string(line.key) + "_exists");
+            json.value(*line.exists);
+        }
+    }
+    if (answer.failure) {
+        answer.findings.add(*answer.failure);
+    }
+    json.key("findings");
+    json.begin('[');
+    answer.findings.append(json);
+    json.end();
+    json.end();
+    output << "\n";
+}
+
+void append_lines(Output& output, const std::array<Line, 5>& lines, const Answer& answer) {
+    for (const Line& line : lines) {
+        const bool is_missing = line.exists && !*line.exists;
         append_line(output, line.name, line.value + (is_missing ? " (not there yet)" : ""),
                     name_width);
     }
+    answer.findings.append(output);
+}
+
+} // namespace
+
+ExitStatus run_where(const Arguments& arguments) {
+    const bool is_json = format_of(arguments) == Format::json;
+    Answer answer = find();
+    const std::array<Line, 5> lines = lines_of(answer);
+    Output output;
+    is_json ? append_json(output, lines, answer) : append_lines(output, lines, answer);
     output.flush();
-    return answer.findings.print(Format::text);
+    if (answer.failure) {
+        throw Failure(*answer.failure);
+    }
+    return status_done;
 }
 
 } // namespace tool
