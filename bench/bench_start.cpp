@@ -1,6 +1,6 @@
-// Programs from their start to their end, each run in a fresh process, in turn, on one core:
-// vdcertificates against `openssl version`, and the shared library's load and first `get` against
-// a bare load of libcrypto. Prints medians of microseconds, and the ratios of medians and of minima.
+// Programs from their start to their end, in turn, on one core: vdcertificates against
+// `openssl version`, and the shared library's load and first `get` against a bare load of
+// libcrypto. Prints medians of microseconds, and the ratios of medians and of minima.
 
 #include <algorithm>
 #include <array>
@@ -76,8 +76,8 @@ struct Command {
     }
 };
 
-void print(Command& command, Command& beside) {
-    std::ranges::sort(command.times);
+/// Takes sorted times.
+void print(const Command& command, const Command& beside) {
     const auto median = [](const Command& of) { return of.times[of.times.size() / 2]; };
     std::printf("%-42s %6.0f us   of %s: %.2f (medians), %.2f (minima)\n", command.name,
                 median(command), beside.name, median(command) / median(beside),
@@ -101,6 +101,9 @@ void measure() {
             }
         }
     }
+    for (Command& command : commands) {
+        std::ranges::sort(command.times);
+    }
     for (std::size_t i = 0; i < commands.size(); ++i) {
         print(commands[i], commands[i < 3 ? 0 : 3]);
     }
@@ -120,8 +123,9 @@ int main() {
     ::sched_setaffinity(0, sizeof(one_core), &one_core);
     try {
         const Profile profile;
-        Command set{"set", {PROGRAM, "set", "cluster", "--public-key", "/k/p", "--private-key",
-                            "/k/k", "--certificate", "/k/c", "--no-password"}};
+        Command set{"set",
+                    {PROGRAM, "set", "cluster", "--public-key", "/k/p", "--private-key", "/k/k",
+                     "--certificate", "/k/c", "--no-password"}};
         if (!set.run()) {
             throw std::runtime_error("the entry could not be stored");
         }

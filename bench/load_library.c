@@ -1,7 +1,7 @@
 /*
- * Loads the library that the first argument names and, with a second argument, calls the function of
- * that name, which has the signature of get_cluster_certificate_information(). A C program, so that
- * it brings nothing that the library needs.
+ * Loads the library that the first argument names and, with a second argument, calls the function
+ * of that name, which has the signature of get_cluster_certificate_information(). A C program, so
+ * that it brings nothing that the library needs.
  */
 #include <dlfcn.h>
 #include <string.h>
