@@ -8,6 +8,9 @@ target_include_directories(orva_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(orva_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Werror
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(NOT WIN32)
+  target_link_options(orva_options INTERFACE LINKER:--as-needed) # few need ACE
+endif()
 if(ORVA_SANITIZERS)
   target_compile_options(orva_options INTERFACE
     -fsanitize=${ORVA_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)

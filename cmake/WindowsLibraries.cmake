@@ -37,7 +37,7 @@ endfunction()
 
 orva_header_library(spdlog::spdlog_header_only)
 target_compile_definitions(spdlog::spdlog_header_only INTERFACE
-  SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY SPDLOG_WCHAR_FILENAMES)
+  SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES)
 orva_header_library(utf8cpp)
 target_include_directories(utf8cpp SYSTEM INTERFACE ${headers}/utf8cpp)
 orva_header_library(nlohmann_json::nlohmann_json)

@@ -51,6 +51,7 @@ struct Seams {
     std::string machine_setting;   ///< replaces the place of the machine's setting if not empty
     std::string mutex_name_suffix; ///< appended to every mutex name
     std::string computer_name;     ///< replaces the computer's name if not empty
+    std::atomic<bool> counts_calls{false};      ///< set by the first failure that a test asks for
     std::atomic<Call> failing_call{Call::none}; ///< fails by its kind,
     std::atomic<int> failures_left{0};          ///< that many times
     std::atomic<int> failing_number{0};         ///< fails by its number, whatever its kind
@@ -62,7 +63,8 @@ struct Seams {
 
 Seams& seams() noexcept;
 
-/// Counts one call of the platform layer. Returns true if a test makes this call fail.
+/// Counts one call of the platform layer if a test wants that. Returns true if this call is to
+/// fail.
 bool take_failure(Call call) noexcept;
 
 } // namespace platform

@@ -12,6 +12,9 @@
 namespace qncertificates {
 namespace {
 
+/// More than any pair that was made here takes; larger files are read in a second step.
+constexpr std::size_t usual_size = 4096;
+
 [[noreturn]] void throw_file_error(const char* message, const std::string& filename,
                                    const char* function, platform::SystemError error) {
     qncore::ErrorComposer(message)
@@ -32,10 +35,13 @@ T value_of(const platform::Result<T>& result, const char* message, const std::st
 
 /// Reads an open file from its position to its end.
 qncrypto::Key read_content(platform::FileHandle file, const std::string& filename) {
-    qncrypto::Key content(largest_key_file + 1);
+    qncrypto::Key content(usual_size);
     std::size_t done = 0;
     std::uint32_t count = 1;
-    while (count != 0 && done < content.size()) {
+    while (count != 0 && done <= largest_key_file) {
+        if (done == content.size()) {
+            content.resize(largest_key_file + 1);
+        }
         count = value_of(
             platform::read_file(file, content.data() + done,
                                 qncore::safe_cast<std::uint32_t>(content.size() - done)),

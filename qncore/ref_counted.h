@@ -12,8 +12,11 @@ class AtomicRefCount {
   public:
     /// Adds a reference.
     void increment() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
-    /// Returns true when the count reaches zero.
-    bool decrement() noexcept { return count_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    /// Returns true for the last reference. Nobody else can add one then, so the count is only
+    /// read, which is quicker than an atomic change.
+    bool decrement() noexcept {
+        return is_one() || count_.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
     /// True for the only reference.
     bool is_one() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 

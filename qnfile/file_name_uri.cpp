@@ -154,10 +154,4 @@ Uri get_application_filepath_as_uri() {
     return qnuri::to_uri(uri_from_filename(*path));
 }
 
-std::string get_temp_directory() {
-    std::string directory = platform::temporary_directory();
-    std::replace_if(directory.begin(), directory.end(), platform::is_separator, '/');
-    return directory;
-}
-
 } // namespace qnfile

@@ -104,6 +104,9 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
     std::size_t name = 0;
     for (std::size_t i = 0; i < params.size(); ++i) {
         const char c = params[i];
+        if (is(c, alnum) || c == '-') {
+            continue;
+        }
         if (c == ';') {
             in_value = false;
             name = i + 1;
@@ -116,11 +119,9 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
                 return true;
             }
             in_value = true;
-        } else if (!is(c, alnum) && c != '-') {
-            const bool other = is(c, mark | sip_param_punctuation) || is_escape(params, i);
-            if (!other || (tel && !in_value)) {
-                return false;
-            }
+        } else if ((tel && !in_value) ||
+                   (!is(c, mark | sip_param_punctuation) && !is_escape(params, i))) {
+            return false;
         }
     }
     return true;

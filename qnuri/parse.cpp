@@ -95,7 +95,7 @@ void UriParser::take_authority(CharClass ends, std::size_t prefix) {
     if (keep_host(ends)) {
         known_valid_ |= invalid_authority;
     }
-    source_.decode_until(ends, unreserved, unreserved);
+    source_.decode_until(ends, unreserved, unreserved | colon | at_sign | bracket);
     record_.authority = written_since(start);
 }
 

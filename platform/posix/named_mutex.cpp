@@ -7,7 +7,6 @@
 #include <new>
 #include <utility>
 
-#include <ace/OS_NS_Thread.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/file.h>
@@ -64,8 +63,8 @@ Result<bool> is_named(int descriptor, const std::string& path) {
     return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-/// A mutex as this process sees it: its threads exclude each other by ACE's mutex, and the thread
-/// that has that excludes other processes by a flock() of the lock file.
+/// A mutex as this process sees it: its threads exclude each other by a recursive mutex, and the
+/// thread that has that excludes other processes by a flock() of the lock file.
 struct LockFile {
     explicit LockFile(std::string file)
         : path(std::move(file)) {
@@ -74,14 +73,14 @@ struct LockFile {
 
     /// Puts it into the state of a process that holds nothing.
     void reset() {
-        ACE_OS::thread_mutex_init(&mutex, PTHREAD_MUTEX_RECURSIVE);
+        mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
         holds = 0;
         descriptor = -1;
     }
-    void unlock() { ACE_OS::thread_mutex_unlock(&mutex); }
+    void unlock() { ::pthread_mutex_unlock(&mutex); }
 
     const std::string path;
-    ACE_thread_mutex_t mutex;
+    pthread_mutex_t mutex;
     int holds;      ///< locks of the thread that has the mutex
     int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
@@ -217,8 +216,8 @@ SystemError NamedMutex::open_limited(const std::string& name) {
 SystemError NamedMutex::lock() {
     PLATFORM_SEAM(lock_mutex);
     LockFile& file = *static_cast<LockFile*>(state_);
-    if (ACE_OS::thread_mutex_lock(&file.mutex) != 0) {
-        return last_error();
+    if (const int error = ::pthread_mutex_lock(&file.mutex); error != 0) {
+        return SystemError::posix(error);
     }
     std::unique_lock threads(file, std::adopt_lock);
     const SystemError error = file.holds == 0 ? exclude_processes(file) : SystemError();
@@ -232,7 +231,7 @@ SystemError NamedMutex::lock() {
 SystemError NamedMutex::unlock() {
     const bool fails = take_failure(Call::unlock_mutex);
     LockFile& file = *static_cast<LockFile*>(state_);
-    if (ACE_OS::thread_mutex_trylock(&file.mutex) != 0) {
+    if (::pthread_mutex_trylock(&file.mutex) != 0) {
         return SystemError::posix(EPERM); // another thread has it
     }
     const std::unique_lock tried(file, std::adopt_lock);

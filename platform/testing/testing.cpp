@@ -17,6 +17,7 @@ void set_computer_name(const std::string& name) {
 }
 
 void fail_next(Call call, SystemError error, int times) {
+    seams().counts_calls = true;
     seams().failure = error;
     seams().failures_left = times;
     seams().failing_call = call;

@@ -51,10 +51,6 @@ const std::array<Field, 7>& fields() {
     return all;
 }
 
-Output::Output() {
-    text_.reserve(full + full / 2);
-}
-
 void Output::append_printable(std::string_view text) {
     for_each_printable(text, [this](std::string_view piece) { text_.append(piece); });
 }

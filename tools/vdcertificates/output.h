@@ -31,8 +31,6 @@ const std::array<Field, 7>& fields();
 /// Standard output through one buffer, which is wiped.
 class Output {
   public:
-    Output();
-
     Secret& text() noexcept { return text_; }
     Output& operator<<(std::string_view piece) {
         text_.append(piece);
