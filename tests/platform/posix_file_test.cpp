@@ -19,7 +19,6 @@
 #include "platform/file_system.h"
 #include "platform/key_file.h"
 #include "tests/platform/openers.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_directory.h"
 

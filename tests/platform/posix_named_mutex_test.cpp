@@ -12,7 +12,6 @@
 #include "platform/posix/lock_file.h"
 #include "tests/platform/mutex_fixture.h"
 #include "tests/platform/openers.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 
 namespace platform {
