@@ -9,6 +9,7 @@
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #include "tests/support/environment_guard.h"
+#include "tests/support/launch.h"
 #include "tests/support/temporary_directory.h"
 
 namespace platform {
@@ -49,9 +50,7 @@ TEST_F(WindowsFileTest, TheReadOnlyBitOfKeyFiles) {
     close_file(*file);
     ASSERT_FALSE(set_key_file_writable(name, false));
     EXPECT_TRUE(is_read_only(name));
-    const bool is_wine =
-        ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-    if (const auto opened = open_key_file(name); opened && is_wine) {
+    if (const auto opened = open_key_file(name); opened && support::is_wine()) {
         close_file(*opened);
         GTEST_SKIP() << "Wine lets root open a read-only file for writing";
     } else {

@@ -37,6 +37,9 @@ Pipe make_pipe();
 
 FileHandle own_error_stream();
 
+/// True under Wine, which does not show all that Windows does.
+bool is_wine();
+
 /// True when this process can turn into another account.
 bool may_change_account();
 

@@ -66,6 +66,10 @@ FileHandle own_error_stream() {
     return STDERR_FILENO;
 }
 
+bool is_wine() {
+    return false;
+}
+
 bool may_change_account() {
     return ::geteuid() == 0 && ::getpwnam("nobody") != nullptr;
 }

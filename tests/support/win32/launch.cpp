@@ -88,6 +88,10 @@ FileHandle own_error_stream() {
     return file_of(::GetStdHandle(STD_ERROR_HANDLE));
 }
 
+bool is_wine() {
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 bool may_change_account() {
     return false;
 }
