@@ -23,25 +23,25 @@ namespace vdcertificates {
 /// files and its password. Every call reads the file anew and every change rewrites it; the object
 /// holds only the machine's keys and mutex, which copies share. Thread-safe.
 ///
-/// A getter returns true if the file could be read to its end. A missing server or entry leaves the
-/// outputs as they were, so pass empty strings. On false the outputs are unchanged, too, unless the
+/// A getter returns true if the file could be read to its end. If the server or entry is missing,
+/// the outputs are unchanged, so pass empty strings. On false they are unchanged, too, unless the
 /// look-up of a host name failed (get_subsystems_remote_client_certificate_information).
 ///
-/// A setter returns true once the file is written. It drops what it cannot read: of a file that is
-/// malformed, holds a password that these keys do not decipher, or cannot be opened, only the
-/// entries before that point and the new one remain, and the result is true. Only a file that
+/// A setter returns true after the file has been written. It drops what it cannot read: of a file
+/// that is malformed, holds a password that these keys do not decipher, or cannot be opened, only
+/// the entries before that point and the new one remain, and the result is true. Only a file that
 /// another process holds exclusively ends the change, if `ORVA_Certificates` names it and the
-/// section is not "MediaRetrieval". False means that the change is not in the file: it is as it
-/// was, unless the write itself failed and left it cut.
+/// section is not "MediaRetrieval". False means that the file does not contain the change: it is
+/// unchanged, or truncated if the write failed.
 ///
 /// The trace names the cause of every false (QNTRACE=11). Texts are UTF-8. Server names match
 /// regardless of the case of ASCII letters. Setters overwrite all fields, also by empty texts.
-/// Where a function throws, catch std::exception: the type behind it is not part of the package.
+/// If a function throws, catch std::exception: the derived type is not part of the package.
 class VDCERTIFICATES_API ConfigurationFile {
   public:
-    /// Loads the machine's keys; makes them on first use, and in place of files that hold no pair.
-    /// Throws if they can be neither read nor made, or if the machine-wide mutex fails. Files that
-    /// hold a pair but cannot be read now are never replaced: a later attempt may succeed.
+    /// Loads the machine's keys. Makes them on first use and replaces files that do not hold a
+    /// pair. Throws if they can be neither read nor made, or if the machine-wide mutex fails. Never
+    /// replaces files that cannot be read: a later attempt may succeed.
     ConfigurationFile();
     /// @{
     /// Shares the keys and the mutex.
@@ -164,7 +164,7 @@ class VDCERTIFICATES_API ConfigurationFile {
 
     /// Merges entries of any name into the section "Notifiers".
     const bool set_additional_certificate_information(const ConfigurationFileNodes& rNodes);
-    /// Reads the whole section "Notifiers"; on false `rNodes` holds what could be read of it.
+    /// Reads the whole section "Notifiers"; on false `rNodes` holds the part that could be read.
     const bool get_additional_certificate_information(ConfigurationFileNodes& rNodes);
 
     /// @{
@@ -191,7 +191,7 @@ class VDCERTIFICATES_API ConfigurationFile {
   private:
     friend struct ConfigurationFileAccess;
 
-    // All of these report by exception.
+    // All of these throw on failure.
 
     /// Replaces `nodes` by the section `nodeName` of the file.
     void get_certificate_information(ConfigurationFileNodes& nodes, const std::string& nodeName);
@@ -220,8 +220,8 @@ class VDCERTIFICATES_API ConfigurationFile {
     qncore::RefCountPtr<ConfigurationFileMutex> m_configurationFileMutex;
 };
 
-/// The computer's name, with which the names of the file and of the key files begin: UTF-8, neither
-/// folded nor cut. Throws if the system does not tell it.
+/// The computer's name, the prefix of the names of the file and the key files: UTF-8, neither
+/// folded nor cut. Throws if the system cannot provide it.
 VDCERTIFICATES_API std::string get_local_machine_name();
 
 /// The directory of the key files and, by default, of the configuration file, without a trailing

@@ -10,10 +10,10 @@ namespace vdcertificates {
 
 class PasswordCipher;
 
-/// Reaches the private operations of ConfigurationFile, which report by exception: for the bodies
-/// that a family shares, for the suite's own tools and for the tests.
+/// Access to the private operations of ConfigurationFile, which throw on failure: for the bodies
+/// that several functions share, for the suite's own tools and for the tests.
 struct ConfigurationFileAccess {
-    /// One of the three sections of the file, and what reads and changes it.
+    /// One of the three sections of the file, and the functions that read and change it.
     struct Section {
         const std::string& name;
         void (ConfigurationFile::*read)(ConfigurationFileNodes& nodes);
@@ -54,20 +54,20 @@ struct ConfigurationFileAccess {
     }
     static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
 
-    /// Replaces the content of the file by exactly these sections, in one write. Nothing is read:
-    /// the caller holds the machine-wide lock from its own reading until this returns. Throws; a
-    /// failure before the write leaves the file as it was, a failed write leaves it cut.
+    /// Replaces the content of the file by exactly these sections, in one write. Reads nothing: the
+    /// caller must hold the machine-wide lock from its own reading until this returns. Throws on
+    /// failure. The file is then unchanged, or truncated if the write failed.
     VDCERTIFICATES_API static void replace(ConfigurationFile& file,
                                            const ConfigurationFileNodes& notifierNodes,
                                            const ConfigurationFileNodes& deviceNodes,
                                            const ConfigurationFileNodes& mediaRetrievalNodes);
 
-    /// Says whether a read keeps the entries of a server, or, for null, those that stand directly
-    /// in the section. What is not kept is read and deciphered all the same.
+    /// Returns whether a read keeps the entries of a server or, for null, those directly in the
+    /// section. Entries that are not kept are read and deciphered, too.
     using Filter = std::function<bool(const std::string* server)>;
     static bool keeps_all(const std::string*) { return true; }
 
-    /// The body of all reads, in reading.cpp; the second form has a cipher of its own.
+    /// The body of all reads, in reading.cpp. The second form uses a new cipher.
     static void read_section(ConfigurationFile& file, const std::string& nodeName,
                              ConfigurationFileNodes& nodes, const Filter& keeps,
                              PasswordCipher& cipher);
@@ -78,7 +78,7 @@ struct ConfigurationFileAccess {
     static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
 
     /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
-    /// name; a sharing violation ends the change when `stopsAtSharingViolation`.
+    /// name; a sharing violation ends the change if `stopsAtSharingViolation`.
     static void change(ConfigurationFile& file, const Section& section,
                        const ConfigurationFileNodes& newNodes, const char* function,
                        bool stopsAtSharingViolation);

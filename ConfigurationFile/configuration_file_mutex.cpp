@@ -88,7 +88,7 @@ ConfigurationFileExclusiveAccessLock::~ConfigurationFileExclusiveAccessLock() no
     try {
         m_mutexHolder->release_lock();
     } catch (const std::exception&) {
-        if (std::uncaught_exceptions() == 0) { // else it is the first failure that goes on
+        if (std::uncaught_exceptions() == 0) { // else the first exception continues
             throw;
         }
     }

@@ -8,23 +8,24 @@
 
 namespace vdcertificates {
 
-/// The machine-wide mutex that all programs take around each access to the file. Recursive: the
-/// thread that holds it may take it again, also through another object, and call the operations of
-/// ConfigurationFile, so that a program can read and change under one lock. Failures derive from
-/// std::exception and carry the system's number in their text.
+/// The machine-wide mutex that all programs hold during each access to the file. Recursive: the
+/// thread that holds it may acquire it again, also through another object, and call the operations
+/// of ConfigurationFile, so a program can read and change under one lock. Exceptions derive from
+/// std::exception and contain the system's error number in their text.
 class VDCERTIFICATES_API ConfigurationFileMutex
     : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
-    /// The same in every build: all programs of a machine share it.
+    /// The same in every build, since all programs of a machine share it.
     static const std::string sm_configurationFileMutexName;
 
-    /// Returns a new object for the one mutex. Throws if it can be neither created nor opened.
+    /// Returns a new object for the mutex. Throws if it can be neither created nor opened.
     static qncore::RefCountPtr<ConfigurationFileMutex> create();
 
     /// Waits without a time limit; returns at once in a thread that holds the mutex, through any
     /// object.
     void acquire_lock();
-    /// Once for each acquire_lock(), on the same thread. Throws if this thread does not hold it.
+    /// Call once for each acquire_lock(), on the same thread. Throws if this thread does not hold
+    /// the mutex.
     void release_lock();
 
   private:
@@ -35,8 +36,7 @@ class VDCERTIFICATES_API ConfigurationFileMutex
 };
 
 /// Holds the mutex for a scope. A copy does not acquire but releases (required): of an object and
-/// its copy, the second destructor throws. No destructor throws while another exception is on its
-/// way.
+/// its copy, the second destructor throws. Destructors do not throw during stack unwinding.
 class VDCERTIFICATES_API ConfigurationFileExclusiveAccessLock {
   public:
     /// Acquires the mutex.

@@ -1,8 +1,7 @@
 #pragma once
 
-// The one place that says how the exported surface is marked; everything else is hidden.
-// VDCERTIFICATES_BUILD is defined while the library itself is compiled, VDCERTIFICATES_STATIC where
-// its objects are linked without the library.
+// Marks the exported interface; everything else is hidden. VDCERTIFICATES_BUILD is defined while
+// the library is compiled, VDCERTIFICATES_STATIC if its objects are linked without the library.
 #ifdef _WIN32
 #ifdef VDCERTIFICATES_BUILD
 #define VDCERTIFICATES_API __declspec(dllexport)

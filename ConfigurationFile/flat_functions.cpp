@@ -108,7 +108,7 @@ int get_subsystems_certificate_information(const wchar_t* server, wchar_t* publi
     return answer(roles::subsystems, server, outputs, flags);
 }
 
-// The four functions with a trusted path differ only in the role that they ask for.
+// The four functions with a trusted path differ only in the role.
 #define FLAT_GETTER_WITH_TRUSTED_PATH(function, role)                                              \
     int function(const wchar_t* server, wchar_t* public_key, unsigned int* public_key_length,      \
                  wchar_t* private_key, unsigned int* private_key_length, wchar_t* certificate,     \
@@ -125,7 +125,7 @@ int get_subsystems_certificate_information(const wchar_t* server, wchar_t* publi
 
 FLAT_GETTER_WITH_TRUSTED_PATH(get_subsystems_server_certificate_information,
                               roles::subsystems_server)
-// Required: this one asks for the subsystems server's entry, too.
+// Required: this one also returns the subsystems server's entry.
 FLAT_GETTER_WITH_TRUSTED_PATH(get_subsystems_remote_client_certificate_information,
                               roles::subsystems_server)
 FLAT_GETTER_WITH_TRUSTED_PATH(get_remote_client_certificate_information, roles::remote_client)

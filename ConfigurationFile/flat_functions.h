@@ -6,12 +6,12 @@
  *
  * An output is a buffer and a pointer to its length in wide characters. flags 0: copies each text
  * into its buffer unless the buffer is null. *length is the size of the buffer and is not changed;
- * a text of exactly that length gets no terminating zero, a shorter one is followed by zeros up to
- * the end. Bit 2 of flags: stores the needed length of every text, with its terminating zero, and
- * touches no buffer. Any other flags: only the result counts.
+ * a text of exactly that length is not null-terminated, a shorter one is followed by zeros up to
+ * the end. Flag 2: stores the needed length of every text, including the terminator, and changes
+ * no buffer. Any other flags: only the result counts.
  *
- * Returns 1 if the file could be read (an unknown server gives empty texts), 0 if not, -2 if a
- * length pointer is null or a buffer too small (the buffers before it are filled by then). The
+ * Returns 1 if the file could be read (the texts of an unknown server are empty), 0 if not, -2 if a
+ * length pointer is null or a buffer is too small (the buffers before it have been filled). The
  * functions with a trusted path do not check the pointer to the certificate's length: it must not
  * be null unless flags is 0 and the certificate buffer is null. A failure of the keys or of the
  * machine-wide mutex throws a C++ exception, which derives from std::exception.

@@ -36,7 +36,7 @@ bool probe(const std::string& path, bool* sharingViolation) {
         if (!error.is_sharing_violation()) {
             return !error;
         }
-        std::this_thread::sleep_for(probe_pause); // after the last attempt as well: required
+        std::this_thread::sleep_for(probe_pause); // required: also after the last attempt
     }
     QN_TRACE_ERROR(
         g_traceTopic, probe_name,
@@ -53,7 +53,7 @@ bool probe(const std::string& path, bool* sharingViolation) {
                         qncore::SourceString::copy_of(message), QN_LOCATION(function));
 }
 
-/// The machine's root directory when this account may write there, else the empty text.
+/// The machine's root directory if this account may write there, else empty.
 std::string machine_root() {
     const auto setting = platform::machine_root_directory();
     if (!setting) {
@@ -84,7 +84,7 @@ std::string machine_root() {
     return {};
 }
 
-/// The directory below the user's profile, or the empty text when there is no profile.
+/// The directory below the user's profile; empty without a profile.
 std::string profile_root() {
     const std::optional<std::string> profile = platform::user_profile_directory();
     if (!profile) {
@@ -97,7 +97,7 @@ std::string profile_root() {
     return root + "Orvane Systems" + platform::preferred_separator + "Certificates";
 }
 
-/// Creates each directory of the path in turn; throws only when the last one is not there then.
+/// Creates each directory of the path in turn. Throws only if the last one does not exist then.
 void create_directories(const std::string& path) {
     bool failed = false;
     for (std::size_t end = 0; end < path.size(); ++end) {

@@ -20,12 +20,12 @@ struct LessNocaseAscii {
     }
 };
 
-/// All that has a name, whatever the case of its letters: a merge never costs the square of what
-/// it merges.
+/// An index by name, ignoring the case of letters, so that a merge never costs the square of its
+/// input.
 template <class Named>
 using ByName = std::multimap<std::string_view, Named*, LessNocaseAscii>;
 
-/// The new entry in place of an existing one, whose spelling stays.
+/// Replaces an existing entry, but keeps its spelling.
 void overwrite(CertificateNode& existing, const CertificateNode& entry) {
     std::string name = std::move(existing.name);
     existing = entry;
@@ -33,7 +33,7 @@ void overwrite(CertificateNode& existing, const CertificateNode& entry) {
 }
 
 void merge_entries(const Entries& entries, Entries& existing) {
-    existing.reserve(existing.size() + entries.size()); // what the index points at stays in place
+    existing.reserve(existing.size() + entries.size()); // keeps the index's pointers valid
     ByName<CertificateNode> index;
     for (CertificateNode& entry : existing) {
         index.emplace(entry.name, &entry);
@@ -55,7 +55,7 @@ void append_element(std::string& text, const char* name, const std::string& cont
     text.append("</").append(name).append(">");
 }
 
-/// Appends entries in the form that the file gives them.
+/// Appends entries in the format of the file.
 void append_entries(std::string& text, const Entries& entries, PasswordCipher& cipher) {
     for (const CertificateNode& entry : entries) {
         text.append("<").append(entry.name).append(">");
@@ -64,7 +64,7 @@ void append_entries(std::string& text, const Entries& entries, PasswordCipher& c
         append_element(text, "CertificatePath", entry.certificatePath);
         append_element(text, "Password",
                        entry.password.empty() ? std::string() : cipher.encipher(entry.password));
-        // Required: this value alone is escaped, all others stand as they are.
+        // Required: only this value is escaped.
         append_element(text, "TrustedCertificatePath",
                        qnxml::escape_text(entry.trustedCertificatePath));
         text.append("</").append(entry.name).append(">");
@@ -106,7 +106,7 @@ void ConfigurationFile::set_certificate_information(const ConfigurationFileNodes
                                                     ConfigurationFileNodes& existingNodes,
                                                     const std::string& nodeName,
                                                     std::string& text) {
-    if (&newNodes != &existingNodes) { // merged with itself a section stays as it is
+    if (&newNodes != &existingNodes) { // merging a section with itself must not change it
         merge(newNodes, existingNodes);
     }
     PasswordCipher cipher(*m_certificateKeys, PasswordCipher::Memory::none);

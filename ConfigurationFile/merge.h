@@ -9,7 +9,7 @@ namespace vdcertificates {
 class PasswordCipher;
 
 /// Overwrites every existing entry that has the name of a new one, under every spelling of its
-/// server, and appends the rest. Existing spellings stay; the case of ASCII letters does not count.
+/// server, and appends the others. Existing spellings stay; the case of ASCII letters is ignored.
 void merge(const ConfigurationFileNodes& newNodes, ConfigurationFileNodes& existingNodes);
 
 /// Appends the text of one section as the file holds it, passwords enciphered.

@@ -50,7 +50,7 @@ std::string PasswordCipher::encipher(const std::string& password) {
         return known->second;
     }
     Key cipher;
-    // Required: through the private key, so that it is the public key that recovers it.
+    // Required: encrypted with the private key, so that the public key decrypts it.
     context_of(private_context_, keys_, &CertificateKeys::get_private_key)
         .encrypt(clear.data(), clear.size(), &cipher, qncrypto::RsaPadding::pkcs1);
     return text_of(Bytes(cipher.data(), cipher.data() + cipher.size()));
@@ -59,8 +59,8 @@ std::string PasswordCipher::encipher(const std::string& password) {
 std::string PasswordCipher::decipher(std::string& cipherText) {
     Bytes block;
     qncertificates::convert_PEM_to_DER(Bytes(cipherText.begin(), cipherText.end()), block);
-    // Padding of block type 1 has no random part (RFC 8017, section 9.2): the block is the one
-    // that enciphering the password again would give, and so is its text if it has our form.
+    // Padding of block type 1 has no random part (RFC 8017, section 9.2): enciphering the password
+    // again would yield the same block, and the same text if that has our form.
     const bool can_be_kept = memory_ == Memory::texts && text_of(block) == cipherText;
     qncrypto::cleanse(cipherText);
     Key clear;

@@ -13,13 +13,13 @@ class CertificateKeys;
 
 namespace vdcertificates {
 
-/// Deciphers and enciphers the passwords of one read or one change. Parses each key once, when it
-/// is first needed. Failures are ErrorExceptions of the RSA layer and of the PEM conversions. The
-/// keys must outlive the object.
+/// Deciphers and enciphers the passwords of one read or one change. Parses each key once, at first
+/// use. Failures are ErrorExceptions of the RSA layer and of the PEM conversions. The keys must
+/// outlive the object.
 class PasswordCipher {
   public:
-    /// What to keep of each deciphered password: `texts` keeps its stored text, so that encipher()
-    /// need not compute it again. The clear passwords kept with them are wiped.
+    /// What to remember of each deciphered password: `texts` keeps its stored text, so that
+    /// encipher() need not compute it again. The destructor wipes the clear passwords.
     enum class Memory : bool { none, texts };
 
     PasswordCipher(const qncertificates::CertificateKeys& keys, Memory memory)
@@ -29,7 +29,7 @@ class PasswordCipher {
     /// The stored text of a password of 1 to 245 bytes.
     std::string encipher(const std::string& password);
 
-    /// The clear password of a stored text, which is wiped.
+    /// Returns the clear password of a stored text and wipes that text.
     std::string decipher(std::string& cipherText);
 
   private:

@@ -13,7 +13,7 @@ using Element = qnxml::XmlReader::ElementPtr;
 constexpr unsigned int first_line = 1;
 constexpr std::size_t buffer_size = 4096;
 
-/// Calls `visit` with each child element of `parent`, which the reader stands on.
+/// Calls `visit` with each child element of `parent`, the reader's current element.
 template <class Visit>
 void for_each_child(qnxml::XmlReader& reader, Element parent, const Visit& visit) {
     while (reader.next_child_element(parent)) {
@@ -51,7 +51,7 @@ CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry, Passw
     return node;
 }
 
-/// Whatever throws, no server is left without an entry.
+/// Leaves no server without an entry if it throws.
 void append(ConfigurationFileNodes& nodes, const std::string& server, CertificateNode node) {
     std::vector<CertificateNode> entries;
     entries.push_back(std::move(node));
@@ -102,7 +102,7 @@ void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::s
     reader.next_element();
     if (reader.node_type() != qnxml::XmlNodeType::Element ||
         reader.current_element()->qualified_name() != ConfigurationFile::sm_configurationFile) {
-        return; // any other document counts as an empty file
+        return; // any other document counts as empty
     }
     for_each_child(reader, reader.current_element(), [&](const Element& section) {
         if (section->qualified_name() == nodeName) {

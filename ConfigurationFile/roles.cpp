@@ -54,7 +54,7 @@ const Role roles::media_retrieval_client{
 
 namespace {
 
-/// Writes the arguments of an accessor, the password left out.
+/// Traces the arguments of an accessor except the password.
 void trace_arguments(const Role& role, const char* function, const std::string& serverName,
                      const std::string& publicKey, const std::string& privateKey,
                      const std::string& certificate, const std::string* trustedPath) {
@@ -73,8 +73,8 @@ void trace_arguments(const Role& role, const char* function, const std::string& 
     }
 }
 
-/// The entries among which the role's one is looked for; null when there are none. Only the first
-/// key that is equal to the name counts.
+/// The entries in which to search for the role's entry; null if there are none. Only the first key
+/// that equals the name counts.
 const std::vector<CertificateNode>* find_entries(const ConfigurationFileNodes& nodes,
                                                  const Role& role, const std::string& serverName) {
     if (!role.by_server) {
@@ -114,8 +114,7 @@ bool has_short_name(const std::string& serverName) {
     return serverName.find_first_of(".:") != std::string::npos;
 }
 
-/// The name for the second attempt: empty for a plain short name, nothing when the conversion
-/// failed.
+/// The name for the second attempt: empty for a plain short name, nullopt if the conversion failed.
 std::optional<std::string> short_host_name(const Role& role, const std::string& serverName) {
     std::string name;
     if (has_short_name(serverName)) {
@@ -146,7 +145,7 @@ bool set_role(ConfigurationFile& file, const Role& role, const std::string& serv
 bool get_role(ConfigurationFile& file, const Role& role, const std::string& serverName,
               const RoleOutputs& outputs) {
     QN_TRACE_FUNCTION(g_traceTopic, role.getter);
-    // Keeps no more of a large section than the search can look at.
+    // Keeps only the entries that the search can use.
     const bool any_server = role.tries_short_name && has_short_name(serverName);
     const auto keeps = [&](const std::string* server) {
         return role.by_server ? server != nullptr &&
@@ -158,7 +157,7 @@ bool get_role(ConfigurationFile& file, const Role& role, const std::string& serv
         return false;
     }
     search(nodes, role, serverName, outputs);
-    // Required: the outputs decide, whether or not the first search found the entry.
+    // Required: the outputs decide, not whether the first search found the entry.
     if (role.tries_short_name && outputs.certificate.empty() && outputs.trusted_path->empty()) {
         const std::optional<std::string> name = short_host_name(role, serverName);
         if (!name) {

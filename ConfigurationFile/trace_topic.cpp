@@ -8,7 +8,7 @@ constinit qntrace::intTopicHdl* g_traceTopic = nullptr;
 
 namespace {
 
-/// Opens the module's topic while the library is loaded. Messages work from the first line on.
+/// Opens the module's topic while the library is loaded.
 struct TopicRegistration {
     TopicRegistration() noexcept {
         g_traceTopic = qntrace::get_system_topic_handle();
@@ -17,7 +17,7 @@ struct TopicRegistration {
             g_traceTopic =
                 qntrace::get_trace_mgr().open_topic(name, nullptr, static_cast<char>(0x81));
         } catch (...) {
-            return; // without memory the system's topic stays
+            return; // without memory the general topic stays
         }
     }
 };

@@ -28,7 +28,7 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
                            exception.what());
             exception.rethrow();
         }
-        // Required: whatever else ends the reading, the change goes on with what could be read.
+        // Required: after any other failure the change continues with what could be read.
     } catch (const std::exception& exception) {
         QN_TRACE_ERROR(g_traceTopic, function, "Reading ended early: {}", exception.what());
     } catch (...) {
@@ -82,7 +82,7 @@ void ConfigurationFile::set_devices_certificate_information(
                    true);
 }
 
-// Required: this one alone writes on after a sharing violation of its reads.
+// Required: only this one continues after a sharing violation of its reads.
 void ConfigurationFile::set_media_retrieval_certificate_information(
     const ConfigurationFileNodes& newNodes) {
     Access::change(

@@ -10,6 +10,6 @@ class FileUtilities {
     /// Creates one directory. Returns true if the directory exists afterwards.
     static bool create_directory(const std::string& directory);
 
-    /// Returns false only if the file certainly does not exist; true if that cannot be told.
+    /// Returns false only if the file does not exist; true also if that cannot be determined.
     static bool located_file(const std::string& file);
 };

@@ -1,5 +1,4 @@
-# Holds the tree of error codes together: every prefix of a declared code that ends before a dot is
-# declared, too.
+# Checks that every prefix of a declared error code that ends before a dot is declared, too.
 # Run: cmake -D ROOT=<source tree> -P CheckErrorCodes.cmake
 cmake_minimum_required(VERSION 3.25)
 

@@ -1,5 +1,5 @@
-# Holds every #include between rooms against the graph in docs/architecture.md, and the operating
-# system's headers and macros against the one room that may use them.
+# Checks every #include between rooms against the graph in docs/architecture.md, and that only
+# platform uses the operating system's headers and macros.
 # Run: cmake -D ROOT=<source tree> -P CheckLayers.cmake
 cmake_minimum_required(VERSION 3.25)
 

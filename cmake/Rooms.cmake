@@ -1,5 +1,5 @@
-# The rooms and what each may include, out of the graph in docs/architecture.md: `rooms`, and
-# allowed_<room> for each. A line there is "room --> room & room".
+# The rooms and what each may include, read from the graph in docs/architecture.md: `rooms`, and
+# allowed_<room> for each. A line of the graph is "room --> room & room".
 file(STRINGS ${ROOT}/docs/architecture.md arrows REGEX "^ +[A-Za-z]+ --> ")
 set(rooms platform)
 foreach(line IN LISTS arrows)

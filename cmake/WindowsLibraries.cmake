@@ -1,6 +1,6 @@
-# What the rooms link on Windows, under the names that the packages have on Linux: OpenSSL and ACE as
-# scripts/build-windows-libraries made them, the header-only libraries as Debian installs them, and
-# GoogleTest from its sources.
+# The libraries that the rooms link on Windows, under the names of the packages on Linux: OpenSSL and
+# ACE as built by scripts/build-windows-libraries, the header-only libraries as installed by Debian,
+# and GoogleTest from source.
 set(ORVA_WINDOWS_LIBRARIES "" CACHE PATH "The folder that scripts/build-windows-libraries printed")
 if(NOT EXISTS ${ORVA_WINDOWS_LIBRARIES}/complete)
   message(FATAL_ERROR
@@ -20,7 +20,7 @@ orva_static_library(PkgConfig::ACE libACE.a)
 target_compile_definitions(PkgConfig::ACE INTERFACE ACE_AS_STATIC_LIBS __ACE_INLINE__)
 target_link_libraries(PkgConfig::ACE INTERFACE ws2_32 mswsock netapi32 iphlpapi)
 
-# Only these folders: beside them lie the headers of the C library of Linux.
+# Only these folders, since the headers of the Linux C library are beside them.
 set(headers ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${headers})
 foreach(folder spdlog fmt utf8cpp nlohmann)

@@ -10,11 +10,11 @@
 
 namespace platform {
 
-/// A file that several processes append to at the same time, such as a log. Other processes may
+/// A file that several processes may append to at the same time, such as a log. Other processes may
 /// read, rename and remove it meanwhile; child processes do not inherit it.
 class AppendFile {
   public:
-    /// Opens or creates a file. Refuses at once what is neither a regular file nor a character
+    /// Opens or creates a file. Fails at once for anything but a regular file or a character
     /// device.
     static Result<AppendFile> open(const std::string& name);
 
@@ -26,17 +26,17 @@ class AppendFile {
     }
     ~AppendFile() { close_file(file_); }
 
-    /// Writes the text after whatever the file holds, in one step. Returns the bytes
-    /// written: fewer than there are when the device is full, 0 when the call fails.
+    /// Appends the text in one step. Returns the bytes written: fewer than requested if the device
+    /// is full, 0 if the call fails.
     std::size_t append(std::string_view text) noexcept;
 
-    /// Length in bytes; 0 when it cannot be had.
+    /// Length in bytes; 0 on failure.
     std::uint64_t size() const noexcept;
 
-    /// True when `name` still stands for this file.
+    /// True if `name` still names this file.
     bool is_named(const std::string& name) const;
 
-    /// Locks the file against try_lock() of every other opener until it is closed; false when
+    /// Locks the file against try_lock() of every other opener until it is closed. Returns false if
     /// another opener holds the lock.
     bool try_lock() noexcept;
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/system_error.h"
 
@@ -18,19 +19,19 @@ enum class FileAccess : std::uint8_t { read, write, read_write };
 enum class FileSharing : std::uint8_t { read_write, read, write, none };
 
 enum class FileDisposition : std::uint8_t {
-    create_new,        ///< fails when the file exists
+    create_new,        ///< fails if the file exists
     create_always,     ///< empties an existing file
     open_always,       ///< creates a missing file
-    open_existing,     ///< fails when the file is missing
-    truncate_existing, ///< empties an existing file; fails when it is missing
+    open_existing,     ///< fails if the file is missing
+    truncate_existing, ///< empties an existing file; fails if it is missing
 };
 
 struct FileHints {
     bool sequential_scan = false;
     bool random_access = false;
-    bool write_through = false; ///< a write returns when the bytes have reached the device
+    bool write_through = false; ///< a write returns after the bytes have reached the device
     /// Windows only: opens for asynchronous transfers, so read_file() and write_file() fail;
-    /// read_file_at() waits for its own.
+    /// read_file_at() waits for its transfer.
     bool overlapped = false;
 };
 
@@ -39,16 +40,18 @@ enum class SeekMethod : std::uint8_t { begin, current, end };
 /// Opens or creates a file. The name is UTF-8 on Windows and any bytes on Linux, without an
 /// embedded zero. The share modes hold between all opens made through this function, in this
 /// process and others: an open that asks for what another opener denies, or denies what another
-/// opener has, is refused with is_sharing_violation() and leaves the content alone. Deleting is
-/// always shared. On Linux the rule is advisory; a flock() held by a stranger for more than half a
-/// second counts as an opener that shares nothing; devices and file systems without locks allow
-/// every open; and only regular files and character devices are opened, anything else (a FIFO, a
-/// socket, a directory) is an error at once.
+/// opener has, fails with is_sharing_violation() and leaves the content unchanged. Deleting is
+/// always shared.
+///
+/// On Linux share modes are advisory; another program's flock() counts, after half a second, as an
+/// opener that shares nothing; devices and file systems without locks admit every opener; and only
+/// regular files and character devices are opened, anything else (a FIFO, a socket, a directory)
+/// is an error at once.
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints);
 
-/// Opens anything that can be read, a pipe included, and takes no share modes. May wait for the
-/// writer of a named pipe.
+/// Opens anything that can be read, including pipes, without share modes. May wait for the writer
+/// of a named pipe.
 Result<FileHandle> open_input(const std::string& name);
 
 /// Closes a file; never fails. A no-op for invalid_file.
@@ -61,6 +64,12 @@ Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t cou
 /// Writes `count` bytes at the file pointer. Returns less only if the system fails after a part of
 /// them (a full disk).
 Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint32_t count);
+
+/// Writes bytes of any number at the file pointer.
+SystemError write_all(FileHandle file, std::string_view bytes);
+
+/// Copies `source` from its file pointer to its end, to the file pointer of `target`.
+SystemError copy_rest(FileHandle source, FileHandle target);
 
 /// Reads at a position, independent of the file pointer. At or beyond the end a read of one byte or
 /// more fails: ERROR_HANDLE_EOF on Windows, ENODATA on Linux.

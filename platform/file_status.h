@@ -16,7 +16,7 @@ struct FileStatus {
     std::uint64_t size = 0;    ///< bytes
     std::int64_t accessed = 0;
     std::int64_t modified = 0;
-    std::int64_t created = 0; ///< where no birth is kept, the older change of content and status
+    std::int64_t created = 0; ///< if not recorded, the older change of content and status
 };
 
 /// Returns the status of a path, which must not end in a separator.

@@ -8,11 +8,11 @@
 // The two files of the machine's key pair. Names as in platform/file.h.
 namespace platform {
 
-/// Opens a key file for reading and writing; other openers may read it. Creates a missing file for
-/// its owner alone (Linux: mode 0600 regardless of the umask, or 0640 with the group of the
-/// directory if that has the set-group-id bit). An existing file keeps its content, owner and
-/// permissions. Fails if the file may not be both read and written, or is no regular file; a file
-/// that was created is removed again if a later step fails.
+/// Opens a key file for reading and writing; other openers may read it. Creates a missing file,
+/// which only its owner may open (Linux: mode 0600 regardless of the umask, or 0640 with the group
+/// of the directory if that has the set-group-id bit). An existing file keeps its content, owner
+/// and permissions. Fails if the file cannot be opened for both, or is not a regular file, and
+/// removes a file that it created.
 Result<FileHandle> open_key_file(const std::string& path);
 
 /// Clears or sets the read-only state of a key file: the read-only attribute on Windows; on Linux

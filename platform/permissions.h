@@ -4,10 +4,10 @@
 
 #include "platform/system_error.h"
 
-// Who may do what with a file that is not opened.
+// Permissions of files that are not open.
 namespace platform {
 
-/// Success when this process may read what the name stands for; else why not.
+/// Succeeds if this process may read the named file.
 SystemError check_read_access(const std::string& path);
 
 /// True when every account may change the file, or add and remove names in the directory: on Linux

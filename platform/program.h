@@ -3,20 +3,20 @@
 #include <string>
 #include <vector>
 
-// What a program of ours asks the system for.
+// What a command-line program needs of the system.
 namespace platform {
 
-/// The words after the program's name: on Windows the UTF-8 of the whole command line, whatever
-/// main() was given; on Linux what main() was given.
+/// Returns the arguments without the program's name: on Windows those of the process in UTF-8, on
+/// Linux those of main().
 std::vector<std::string> program_arguments(int count, char** words);
 
-/// Makes the standard streams carry bytes as they are; a console on Windows shows UTF-8. On Linux
-/// takes the places of closed standard streams, so that no file gets there and using the stream is
-/// an error, and makes a write beyond the limit of a file's size an error, too.
+/// On Windows makes the standard streams binary and the console UTF-8. On Linux occupies closed
+/// standard streams, so that no file takes their place and using them is an error, and makes a
+/// write beyond the file size limit an error.
 void prepare_standard_streams();
 
-/// While it lives, no signal that the process can hold back ends or stops it. What arrived takes
-/// effect afterwards (on Windows Ctrl+C and Ctrl+Break are ignored).
+/// Holds back the signals that end or stop the process, as far as possible, while it lives. They
+/// take effect afterwards (on Windows Ctrl+C and Ctrl+Break are ignored).
 class SignalsHeld {
   public:
     SignalsHeld() noexcept;
@@ -25,7 +25,7 @@ class SignalsHeld {
     ~SignalsHeld();
 
   private:
-    unsigned held_ = 0; ///< which ones were not held before
+    unsigned held_ = 0; ///< the signals that were not held before
 };
 
 } // namespace platform

@@ -16,14 +16,14 @@ struct LinkRemoval {
     SystemError error;
 };
 
-/// The directory in which entries are removed. All paths are whole paths; those passed to an anchor
+/// The directory in which entries are removed. All paths are full paths; those passed to an anchor
 /// of a directory name entries of that directory.
 ///
 /// On Linux an anchor keeps its directory open and reaches the entries only by their last names,
-/// without following links. So a removal never leaves the tree, even if somebody replaces the
-/// directory or an entry by a link after the tree was listed. On Windows an anchor holds nothing
-/// and each path is resolved again: a link that existed when the tree was listed is not followed,
-/// one that is made later may be.
+/// without following links. So a removal never leaves the tree, even if a directory or an entry is
+/// replaced by a link after the tree was listed. On Windows an anchor is empty and each path is
+/// resolved again: a link that existed when the tree was listed is not followed, one that is made
+/// later may be.
 class RemovalAnchor {
   public:
     /// For paths of any directory.
@@ -35,16 +35,15 @@ class RemovalAnchor {
     RemovalAnchor& operator=(RemovalAnchor&&) = delete;
     ~RemovalAnchor() { close_file(directory_); }
 
-    /// An anchor of a directory here; unless `followLinks`, a link to one is_not_found().
+    /// Opens an anchor of a directory. Unless `followLinks`, a link to a directory is_not_found().
     Result<RemovalAnchor> open(const std::string& path, bool followLinks) const;
 
-    /// Removes a file, or on Linux a link to anything. The path goes to the system as it is.
+    /// Removes a file, or on Linux any link. The path is passed to the system unchanged.
     SystemError remove_file(const std::string& path) const;
     /// Removes an empty directory.
     SystemError remove_directory(const std::string& path) const;
-    /// Removes a link to a directory, and leaves its target alone: on Windows a mount point
-    /// (junction), and then the empty directory that is left; on Linux a symbolic link, in one
-    /// step.
+    /// Removes a link to a directory but not its target: on Windows a mount point (junction), and
+    /// then the empty directory that is left; on Linux a symbolic link, in one step.
     LinkRemoval remove_link(const std::string& path) const;
 
   private:

@@ -7,8 +7,8 @@
 
 #include "platform/system_error.h"
 
-// Where a test may take the machine's place. The library only reads these values; the functions
-// that set them are in platform/testing, which only tests link.
+// Values by which a test replaces the machine. The library only reads them; the functions that set
+// them are in platform/testing, which only tests link.
 namespace platform {
 
 /// The calls that a test can make fail.
@@ -29,7 +29,7 @@ enum class Call : std::uint8_t {
     open_directory,
     read_directory,
     close_directory,
-    follow_link, ///< on Linux: the look at what a symbolic link in a directory leads to
+    follow_link, ///< on Linux: the status of a symbolic link's target
     create_mutex,
     lock_mutex,
     unlock_mutex,
@@ -40,7 +40,7 @@ enum class Call : std::uint8_t {
     copy,
     set_times,
     remove_file,
-    remove_link, ///< also of what is no link, since Wine has none to remove
+    remove_link, ///< also for other files than links, since Wine cannot remove links
     remove_linked_directory,
     current_directory,
     application_path,
@@ -66,3 +66,11 @@ Seams& seams() noexcept;
 bool take_failure(Call call) noexcept;
 
 } // namespace platform
+
+/// Counts a call of that kind. If a test makes it fail, the calling function returns the failure.
+#define PLATFORM_SEAM(call)                                                                        \
+    do {                                                                                           \
+        if (::platform::take_failure(::platform::Call::call)) {                                    \
+            return ::platform::seams().failure;                                                    \
+        }                                                                                          \
+    } while (false)

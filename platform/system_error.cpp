@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <system_error>
 
 namespace platform {
 namespace {
@@ -50,6 +51,18 @@ bool SystemError::is_already_exists() const noexcept {
 
 bool SystemError::is_sharing_violation() const noexcept {
     return is_one_of(*this, windows_sharing_violation, posix_sharing_violation);
+}
+
+std::string describe(SystemError error) {
+    switch (error.domain()) {
+    case SystemError::Domain::posix:
+        return std::generic_category().message(static_cast<int>(error.number()));
+    case SystemError::Domain::windows:
+        return describe_windows_error(error.number());
+    case SystemError::Domain::none:
+        break;
+    }
+    return "Success";
 }
 
 } // namespace platform

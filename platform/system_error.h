@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// The error of a call of the operating system: an error number and the system that defines it. A
-/// default SystemError means success.
+/// The error of a system call: an error number and the system that defines it. A default
+/// SystemError means success.
 class SystemError {
   public:
     enum class Domain : std::uint8_t { none, posix, windows };
@@ -52,6 +52,8 @@ SystemError sharing_violation() noexcept;
 
 /// Returns the system's message for an error in UTF-8, one line without a final full stop.
 std::string describe(SystemError error);
+/// The same for a Windows error number; on Linux only the number.
+std::string describe_windows_error(unsigned long number);
 
 /// A value, or the error of the call that failed to produce one.
 template <class T>

@@ -6,13 +6,13 @@
 
 namespace platform {
 
-/// True when the standard stream goes to a terminal.
+/// True if the standard stream is a terminal.
 bool output_is_terminal();
 bool error_is_terminal();
 
 /// The controlling terminal (Windows: the console) without echo, for one or more questions. The
-/// echo is restored whatever happens: a signal that ends the process takes effect after that, and
-/// a process that was suspended takes the echo away again before it reads on.
+/// destructor restores the echo; a signal that ends the process takes effect after that. A process
+/// that was suspended disables the echo again before it continues to read.
 class SecretPrompt {
   public:
     SecretPrompt();
@@ -20,11 +20,11 @@ class SecretPrompt {
     SecretPrompt& operator=(const SecretPrompt&) = delete;
     ~SecretPrompt();
 
-    /// False when there is no terminal to ask on.
+    /// False if there is no terminal.
     bool has_terminal() const noexcept { return state_ != nullptr; }
 
-    /// Asks and returns the line typed without its end, or nothing when the input ends. Memory
-    /// that held the line has been wiped but for the text returned.
+    /// Asks and returns the typed line without its end, or nullopt at the end of the input. Wipes
+    /// all memory that held the line except the returned text.
     std::optional<std::string> ask(const std::string& prompt);
 
   private:

@@ -1,10 +1,9 @@
 #include "qncertificates/certificate_keys.h"
 
-#include <openssl/err.h>
-
 #include "qncertificates/errors.h"
 #include "qncertificates/key_file.h"
 #include "qncore/error_composer.h"
+#include "qncrypto/openssl_error.h"
 #include "qncrypto/rsa.h"
 
 namespace qncertificates {
@@ -25,17 +24,7 @@ void check_format(EFormat format, const qncore::SourceLocation& location) {
     }
 }
 
-/// True if OpenSSL could not do its work, as without memory, which says nothing about the key.
-bool is_fault_of_openssl(const qncore::ErrorInfoPtr& info) {
-    if (!info) {
-        return false;
-    }
-    const std::string* code = info->params().find("code");
-    return (code != nullptr && ERR_FATAL_ERROR(std::stoul(*code, nullptr, 16)) != 0) ||
-           is_fault_of_openssl(info->nested());
-}
-
-/// The public key that belongs to what the file of the private key holds.
+/// The public key of the private key that the file holds.
 Key public_key_of(const Key& private_key, const std::string& filename,
                   const qncore::SourceLocation& location) {
     if (private_key.size() > largest_key_file) {
@@ -46,8 +35,8 @@ Key public_key_of(const Key& private_key, const std::string& filename,
     try {
         return RsaContext::public_key_from_private_key(private_key);
     } catch (const qncore::ErrorException& exception) {
-        if (is_fault_of_openssl(exception.info())) {
-            throw;
+        if (qncrypto::is_openssl_fault(exception.info())) {
+            throw; // says nothing about the key
         }
         ErrorComposer("Key file \"{@filename}\" does not hold a private key")
             .param("filename", filename)
@@ -74,7 +63,7 @@ CertificateKeys::CertificateKeys(const std::string& publicKeyFile,
 
 void CertificateKeys::check_pair(const Key& private_key, const Key& public_key) const {
     const auto location = QN_LOCATION("qncertificates::CertificateKeys::check_pair()");
-    // The public key has one DER form only: what differs is corrupt, or another's.
+    // A public key has only one DER form: bytes that differ are corrupt or another key.
     if (!(public_key_of(private_key, private_key_file_, location) == public_key)) {
         ErrorComposer("Key file \"{@publicKeyFile}\" does not hold the public key to the private "
                       "key in \"{@privateKeyFile}\"")
@@ -101,7 +90,7 @@ void CertificateKeys::set_keys(EFormat format) {
     check_format(format, location);
     KeyFileWriter private_file(private_key_file_);
     KeyFileWriter public_file(public_key_file_);
-    // What failed before this may have passed: a pair is replaced only if it is certainly none.
+    // The failure that led here may have been temporary: only an unusable pair is replaced.
     const Key old_private_key = private_file.content();
     if (is_pair(old_private_key, public_file.content())) {
         ErrorComposer("Key files \"{@publicKeyFile}\" and \"{@privateKeyFile}\" hold a usable pair")

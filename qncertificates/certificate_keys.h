@@ -10,11 +10,11 @@ namespace qncertificates {
 
 /// Format of a pair of key files.
 enum EFormat : std::uint32_t {
-    eFormatPkcs1Der = 2, ///< RSAPublicKey and RSAPrivateKey of RFC 8017, DER, nothing around them
+    eFormatPkcs1Der = 2, ///< bare DER of RSAPublicKey and RSAPrivateKey (RFC 8017)
 };
 
-/// The RSA key pair of a machine and the two files that keep it. Failures are ErrorExceptions with
-/// the code error.qncertificates.parameter.invalid, or those of the RSA layer.
+/// The RSA key pair of a machine and its two files. Failures are ErrorExceptions with the code
+/// error.qncertificates.parameter.invalid, or those of the RSA layer.
 class CertificateKeys final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     /// Loads the pair if both files exist. Throws if either cannot be read or the two keys do not
@@ -24,10 +24,10 @@ class CertificateKeys final : public qncore::RefCounted<qncore::AtomicRefCount> 
                     EFormat format, bool regenerate);
     ~CertificateKeys() override = default;
 
-    /// Makes a new pair of 2048 bits and writes it into both files in place. Opens both for itself
-    /// alone and reads them first: throws, and changes neither, if one cannot be read or written,
-    /// or if they hold a usable pair. A failed write leaves files that do not load; files that were
-    /// missing before a failure are missing after it.
+    /// Makes a new pair of 2048 bits and writes it into both files in place. Opens both exclusively
+    /// and reads them first: throws, and changes neither, if one cannot be read or written, or if
+    /// they hold a usable pair. A failed write leaves files that do not load; a failure removes the
+    /// files that it created.
     void set_keys(EFormat format);
 
     /// PKCS#1 DER. Empty until keys are loaded or made.

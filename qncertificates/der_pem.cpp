@@ -32,9 +32,9 @@ void release(Byte* memory) {
     OPENSSL_free(memory);
 }
 
-/// Decodes a block exactly as convert_DER_to_PEM() writes it, quickly and without the general
-/// parser. The bytes are right because they give that text again; for any other text the answer is
-/// false and `out` is unchanged.
+/// Decodes a block exactly as convert_DER_to_PEM() writes it, faster than the general parser. The
+/// result is right because converting it back yields the input; otherwise returns false and leaves
+/// `out` unchanged.
 bool decode_own_form(const std::vector<unsigned char>& in, std::vector<unsigned char>& out) {
     const OpensslHandle context(EVP_ENCODE_CTX_new(), EVP_ENCODE_CTX_free);
     if (!context || in.size() < head.size() + tail.size()) {
@@ -66,7 +66,7 @@ void convert_DER_to_PEM(const std::vector<unsigned char>& in, std::vector<unsign
         std::array<unsigned char, bytes_of_line / 3 * 4 + 1> line{};
         const auto bytes = static_cast<int>(std::min(bytes_of_line, in.size() - at));
         const auto end = line.begin() + EVP_EncodeBlock(line.data(), in.data() + at, bytes);
-        *end = '\n'; // in place of the zero byte
+        *end = '\n'; // replaces the terminator
         text.insert(text.end(), line.begin(), end + 1);
     }
     text.insert(text.end(), tail.begin(), tail.end());

@@ -20,7 +20,7 @@ namespace {
                                         QN_LOCATION(function), error);
 }
 
-/// The value of an answer about the file.
+/// The value of a result; throws its error.
 template <class T>
 T value_of(const platform::Result<T>& result, const char* message, const std::string& filename,
            const char* function) {
@@ -30,7 +30,7 @@ T value_of(const platform::Result<T>& result, const char* message, const std::st
     return *result;
 }
 
-/// Reads an open file from where its pointer stands to its end.
+/// Reads an open file from its position to its end.
 qncrypto::Key read_content(platform::FileHandle file, const std::string& filename) {
     qncrypto::Key content(largest_key_file + 1);
     std::size_t done = 0;
@@ -106,17 +106,12 @@ void KeyFileWriter::replace_content(const qncrypto::Key& content) const {
     constexpr const char* message = "Writing to key file \"{@filename}\" failed";
     value_of(platform::seek_file(file_, 0, platform::SeekMethod::begin), message, filename_,
              function);
-    std::size_t done = 0;
-    while (done < content.size()) {
-        done +=
-            value_of(platform::write_file(file_, content.data() + done,
-                                          qncore::safe_cast<std::uint32_t>(content.size() - done)),
-                     message, filename_, function);
-    }
-    for (const auto finish : {platform::set_end_of_file, platform::flush_file}) {
-        if (const platform::SystemError error = finish(file_)) {
-            throw_file_error(message, filename_, function, error);
-        }
+    platform::SystemError error =
+        platform::write_all(file_, {reinterpret_cast<const char*>(content.data()), content.size()});
+    error = error ? error : platform::set_end_of_file(file_);
+    error = error ? error : platform::flush_file(file_);
+    if (error) {
+        throw_file_error(message, filename_, function, error);
     }
 }
 

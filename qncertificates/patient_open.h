@@ -10,7 +10,7 @@
 
 namespace qncertificates {
 
-/// True when the error says that another opener's share mode refuses the file.
+/// True if the open failed with a sharing violation.
 inline bool is_refused_by_opener(const qncore::ErrorException& exception) {
     const qncore::ErrorInfoPtr& cause = exception.info()->nested();
     const std::string* number = cause ? cause->params().find("number") : nullptr;
@@ -18,9 +18,9 @@ inline bool is_refused_by_opener(const qncore::ErrorException& exception) {
            *number == qncore::to_string(platform::sharing_violation().number());
 }
 
-/// Calls `open` again for up to a second while another opener refuses the file: a virus scanner, a
-/// backup or a process that is just being killed lets go of it within that time. Throws what the
-/// last call threw.
+/// Calls `open`, and for up to a second again while it fails with a sharing violation: virus
+/// scanners, backups and processes that are being killed close the file within that time. Throws
+/// what the last call threw.
 template <class Open>
 auto open_patiently(const Open& open) {
     using std::chrono::steady_clock;

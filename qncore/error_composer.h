@@ -4,8 +4,8 @@
 
 namespace qncore {
 
-/// Composes one error: a message template (a literal), its parameters, then exactly one of the
-/// members create...() and throw...(), which moves the parameters into the record.
+/// Composes one error: a message template (a literal), its parameters, then exactly one call of a
+/// create...() or throw...() member, which moves the parameters into the record.
 class ErrorComposer {
   public:
     ErrorComposer() noexcept = default;
@@ -18,8 +18,8 @@ class ErrorComposer {
         return *this;
     }
 
-    /// The record, with that cause or with one made by ErrorInfo::from_winerror() (`withText` adds
-    /// the system's description) or ErrorInfo::from_errno().
+    /// Return the record. Its cause is `nested`, ErrorInfo::from_winerror() or
+    /// ErrorInfo::from_errno(); `withText` adds the system's description to a Windows error.
     ErrorInfoPtr create(const ErrorCode& code, const SourceLocation& location,
                         ErrorInfoPtr nested = {});
     ErrorInfoPtr create_with_nested_winerror(const ErrorCode& code, const SourceLocation& location,
@@ -27,7 +27,7 @@ class ErrorComposer {
     ErrorInfoPtr create_with_nested_errno(const ErrorCode& code, const SourceLocation& location,
                                           int number);
 
-    /// The same, delivered by the rule of the slot `out`: see deliver_error().
+    /// Deliver the same records to the slot `out`, see deliver_error().
     void create_transfer(ErrorInfoPtr* out, const ErrorCode& code, const SourceLocation& location,
                          ErrorInfoPtr nested = {});
     void create_transfer_with_nested_winerror(ErrorInfoPtr* out, const ErrorCode& code,
@@ -36,7 +36,7 @@ class ErrorComposer {
     void create_transfer_with_nested_errno(ErrorInfoPtr* out, const ErrorCode& code,
                                            const SourceLocation& location, int number);
 
-    /// The same, thrown.
+    /// Throw the same records.
     [[noreturn]] void throw_error(const ErrorCode& code, const SourceLocation& location,
                                   ErrorInfoPtr nested = {});
     [[noreturn]] void throw_with_nested_winerror(const ErrorCode& code,

@@ -6,8 +6,8 @@
 
 namespace qncore {
 
-/// The one exception of the library. throw_error() and everything made of it write the whole chain
-/// of causes to the trace's topic "System" at level 11; rethrow() does not.
+/// The exception that the library throws. throw_error() and all that call it write the chain of
+/// causes to the trace topic "System" at level 11; rethrow() does not.
 class ErrorException : public std::exception {
   public:
     explicit ErrorException(ErrorInfoPtr info) noexcept
@@ -25,7 +25,7 @@ class ErrorException : public std::exception {
 
     const ErrorInfoPtr& info() const noexcept { return info_; }
 
-    /// Throws the record as it is.
+    /// Traces the record and throws it.
     [[noreturn]] static void throw_error(const ErrorInfoPtr& info);
 
   private:
@@ -47,8 +47,8 @@ class ErrorException : public std::exception {
                                  bool withText);
 [[noreturn]] void throw_errno(const SourceLocation& location, int number);
 
-/// The rule of an optional error slot: throws the record if the slot is null, else replaces what
-/// the slot holds, without a trace.
+/// The rule for optional error slots: throws the record if the slot is null, else stores it in the
+/// slot and traces nothing.
 void deliver_error(ErrorInfoPtr* slot, ErrorInfoPtr info);
 
 } // namespace qncore

@@ -18,18 +18,18 @@ using ErrorInfoPtr = RefCountPtr<const ErrorInfo>;
 /// may share it.
 class ErrorInfo final : public RefCounted<AtomicRefCount> {
   public:
-    /// A record with that cause, or with none.
+    /// A record with the cause `nested`, or without one.
     static ErrorInfoPtr create(const ErrorCode& code, SourceString message, ErrorParams params,
                                const SourceLocation& location, ErrorInfoPtr nested = {});
-    /// A record whose cause is from_errno() of that number.
+    /// A record whose cause is from_errno(location, number).
     static ErrorInfoPtr create_with_nested_errno(const ErrorCode& code, SourceString message,
                                                  const SourceLocation& location, int number);
 
-    /// The record of a Windows error itself, code "error.qncore.windows"; `withText` adds the
-    /// system's description to the number.
+    /// The record of a Windows error, code "error.qncore.windows". `withText` adds the system's
+    /// description to the number.
     static ErrorInfoPtr from_winerror(const SourceLocation& location, unsigned long number,
                                       bool withText);
-    /// The record of an `errno` value itself, code "error.qncore.errno".
+    /// The record of an `errno` value, code "error.qncore.errno".
     static ErrorInfoPtr from_errno(const SourceLocation& location, int number);
     /// One of the two above: a Windows error on Windows, an `errno` on Linux.
     static ErrorInfoPtr from_system_error(const SourceLocation& location,

@@ -6,8 +6,8 @@
 
 namespace qncore {
 
-/// A pointer to an abstract interface that keeps the object alive: the interface, and a RefCountPtr
-/// to the counted base of the same object.
+/// A pointer to an abstract interface that keeps the object alive: it holds the interface and a
+/// RefCountPtr to the counted base of the same object.
 template <class Interface, class Holder>
 class InterfacePtr {
   public:
@@ -28,7 +28,7 @@ class InterfacePtr {
         : interface_(other.get())
         , holder_(other.holder()) {}
 
-    /// An interface to a part of the holder's object.
+    /// Points to a part of the holder's object.
     InterfacePtr(Interface* part, Holder holder) noexcept
         : interface_(part)
         , holder_(std::move(holder)) {}

@@ -15,13 +15,13 @@ class ISeekableReadStreamView : public ISeekableReadStream {
     virtual std::uint64_t size() = 0;
     virtual std::uint64_t offset_in_parent() = 0;
     virtual std::uint64_t offset_in_file() = 0;
-    /// Null for the root.
+    /// The parent of the root is null.
     virtual RefCountPtr<ISeekableReadStreamView> parent() = 0;
     virtual RefCountPtr<ISeekableReadStreamView> root() = 0;
 
-    /// A child: `size` bytes from `offset` on, which counts from this view's start; without a
-    /// size all that follows. Throws error.qnfile.io.view.badRange when the range does not lie in
-    /// this view and in the file.
+    /// Returns a child of `size` bytes (without a size: all that follow) that begins at `offset`
+    /// of this view. Throws error.qnfile.io.view.badRange if the range is not within this view and
+    /// the file.
     virtual RefCountPtr<ISeekableReadStreamView> create_view(std::uint64_t offset,
                                                              std::uint64_t size) = 0;
     virtual RefCountPtr<ISeekableReadStreamView> create_view(std::uint64_t offset) = 0;
@@ -29,7 +29,7 @@ class ISeekableReadStreamView : public ISeekableReadStream {
     /// The view's object, as the holder of an InterfacePtr.
     virtual const RefCounted<AtomicRefCount>& counted() const noexcept = 0;
 
-    // What a RefCountPtr to the interface calls.
+    // Called by a RefCountPtr to the interface.
     void increment() const noexcept { counted().increment(); }
     bool decrement() const noexcept { return counted().decrement(); }
     void destroy() const noexcept { counted().destroy(); }

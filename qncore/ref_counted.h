@@ -26,7 +26,7 @@ class NonAtomicRefCount {
   public:
     /// Adds a reference.
     void increment() noexcept { ++count_; }
-    /// Returns true when the count reaches zero.
+    /// Drops a reference. Returns true if it was the last.
     bool decrement() noexcept { return --count_ == 0; }
     /// True for the only reference.
     bool is_one() const noexcept { return count_ == 1; }
@@ -42,12 +42,12 @@ class RefCounted {
     RefCounted(const RefCounted&) = delete;
     RefCounted& operator=(const RefCounted&) = delete;
 
-    /// Frees the object; called by the pointer that drops the last reference.
+    /// Frees the object. Called by the pointer that drops the last reference.
     virtual void destroy() const noexcept { delete this; }
 
     /// Adds a reference.
     void increment() const noexcept { count_.increment(); }
-    /// Drops a reference; true when it was the last.
+    /// Drops a reference. Returns true if it was the last.
     bool decrement() const noexcept { return count_.decrement(); }
     /// True unless there is exactly one reference. Only the holder of a reference can rely on it.
     bool is_shared() const noexcept { return !count_.is_one(); }
@@ -115,7 +115,7 @@ class RefCountPtr {
     T* detach() noexcept { return std::exchange(object_, nullptr); }
 
     /// @{
-    /// The object; null and false when there is none.
+    /// The object; null and false if there is none.
     T* get() const noexcept { return object_; }
     T* operator->() const noexcept { return object_; }
     T& operator*() const noexcept { return *object_; }
@@ -123,7 +123,7 @@ class RefCountPtr {
     /// @}
 
     /// @{
-    /// True when both point to the same object.
+    /// True if both point to the same object.
     friend bool operator==(const RefCountPtr& left, const RefCountPtr& right) noexcept {
         return left.object_ == right.object_;
     }

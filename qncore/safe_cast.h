@@ -9,10 +9,10 @@ namespace qncore {
 
 namespace impl {
 
-/// The record of a value too large for a type: error.qncore.safeCast with both.
+/// The record of a value that is too large for a type: error.qncore.safeCast.
 ErrorInfoPtr safe_cast_value_truncated(const std::type_info& target, std::size_t value);
 
-/// Throw that record, and the one of a value that turns negative.
+/// Throw that record, and the record of a value that would become negative.
 [[noreturn]] void safe_cast_throw_value_truncated(const std::type_info& target, std::size_t value);
 [[noreturn]] void safe_cast_throw_sign_reversal(const std::type_info& target, std::size_t value);
 

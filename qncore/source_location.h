@@ -21,6 +21,6 @@ struct SourceLocation {
 
 } // namespace qncore
 
-/// The location of this line, in the function whose qualified name is given, such as
+/// The location of this line. `function` is the qualified name of the function, for instance
 /// "qnfile::impl::FileImpl::read()".
 #define QN_LOCATION(function) ::qncore::SourceLocation(function, __FILE__, __LINE__)

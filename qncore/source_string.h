@@ -9,23 +9,23 @@
 
 namespace qncore {
 
-/// A text that owns a copy or borrows a string, which must outlive it. The constructor from a
-/// literal allocates and measures nothing, so that constants can hold one.
+/// A text that is a copy, or borrowed from a string that must outlive it. The constructor from a
+/// literal neither allocates nor measures, so constants can hold one.
 class SourceString {
   public:
     static const char sm_emptyStrData[1];
 
     constexpr SourceString() noexcept = default;
 
-    /// Borrows a zero-terminated literal; null gives the empty text.
+    /// Borrows a null-terminated literal. Null gives the empty text.
     constexpr SourceString(const char* literal) noexcept // implicit by design: literals are texts
         : data_(literal != nullptr ? literal : sm_emptyStrData)
         , size_(literal != nullptr ? unmeasured : 0) {}
 
-    /// Borrows (`borrow` true) or copies a zero-terminated text.
+    /// Borrows (`borrow` true) or copies a null-terminated text.
     SourceString(const char* text, bool borrow);
 
-    /// Borrows a text that need not end with a zero.
+    /// Borrows a text that need not be null-terminated.
     static constexpr SourceString borrow(std::string_view text) noexcept {
         SourceString borrowed;
         if (!text.empty()) {
@@ -66,7 +66,7 @@ class SourceString {
     /// Negative, zero or positive, by bytes.
     int compare(const SourceString& other) const noexcept;
 
-    /// The text; measures a borrowed literal at each call.
+    /// The text. Measures a borrowed literal at each call.
     std::string_view view() const noexcept;
 
     friend bool operator==(const SourceString& left, const SourceString& right) noexcept {

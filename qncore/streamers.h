@@ -4,14 +4,14 @@
 
 namespace qncore::streamers {
 
-/// A value to insert in hexadecimal. The second operand is the minimum number of digits.
+/// A value that is inserted in hexadecimal, with at least `digits` digits.
 class Hex {
   public:
     explicit Hex(unsigned long long value, unsigned long long digits = 0) noexcept
         : value_(value)
         , digits_(digits) {}
 
-    /// Writes the value in lower-case digits, filled with leading zeros to `digits`.
+    /// Writes the value in lower case with leading zeros up to `digits` digits.
     static void write_trace_impl(std::ostream& stream, unsigned long long value,
                                  unsigned long long digits);
 

@@ -2,16 +2,16 @@
 
 #include <cstdint>
 
-// Byte streams. Counts and positions are bytes. Every operation may throw ErrorException.
+// Byte streams. Counts and positions are in bytes. Every operation may throw ErrorException.
 namespace qncore {
 
 enum SeekOrigin : std::uint32_t { seek_begin = 0, seek_current = 1, seek_end = 2 };
 
 class IReadStream {
   public:
-    /// Delivers up to `count` bytes and gives how many; 0 at the end.
+    /// Reads up to `count` bytes. Returns the number read; 0 at the end.
     virtual std::uint64_t read(void* buffer, std::uint64_t count) = 0;
-    /// Passes over up to `count` bytes and gives how many.
+    /// Skips up to `count` bytes. Returns the number skipped.
     virtual std::uint64_t skip(std::uint64_t count) = 0;
     /// Bytes left until the end.
     virtual std::uint64_t available() = 0;
@@ -22,7 +22,7 @@ class IReadStream {
 
 class IWriteStream {
   public:
-    /// Writes all of the bytes and gives their number; a short write is an error.
+    /// Writes all `count` bytes and returns their number. A short write is an error.
     virtual std::uint64_t write(const void* buffer, std::uint64_t count) = 0;
 
   protected:
@@ -33,7 +33,7 @@ class IResizableStream {
   public:
     /// Current length.
     virtual std::uint64_t size() = 0;
-    /// Cuts or extends to that length.
+    /// Truncates or extends to that length.
     virtual void resize(std::uint64_t bytes) = 0;
 
   protected:
@@ -42,7 +42,7 @@ class IResizableStream {
 
 class ISeekableStream {
   public:
-    /// Moves the position and gives its new place from the start.
+    /// Moves the position. Returns the new position, counted from the start.
     virtual std::uint64_t seek(std::int64_t offset, SeekOrigin origin) = 0;
 
   protected:

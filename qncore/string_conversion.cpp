@@ -112,13 +112,6 @@ std::wstring to_wstring(const char* text, std::size_t length) {
     return wide;
 }
 
-std::string to_lower_ascii(std::string_view text) {
-    std::string folded(text);
-    std::transform(text.begin(), text.end(), folded.begin(),
-                   [](char character) { return static_cast<char>(fold_ascii(character)); });
-    return folded;
-}
-
 int compare_nocase_ascii(const char* left, std::size_t leftLength, const char* right,
                          std::size_t rightLength) noexcept {
     const std::size_t common = std::min(leftLength, rightLength);

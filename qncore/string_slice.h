@@ -9,7 +9,7 @@
 
 namespace qncore {
 
-/// A part of some text: the position of its first character and the number of characters, where
+/// A part of a text: the position of its first character and the number of characters. A count of
 /// `npos` means up to the end of the text.
 class StringRange {
   public:
@@ -25,8 +25,8 @@ class StringRange {
 
     void swap(StringRange& other) noexcept { std::swap(*this, other); }
 
-    /// The part of this range that begins at `start`, counted from its beginning, and has `count`
-    /// characters, cut at its end.
+    /// The part of this range that begins at `start`, relative to the range, and has `count`
+    /// characters, or fewer if the range ends before.
     constexpr StringRange subrange(std::size_t start, std::size_t count) const noexcept {
         if (count_ == npos) {
             return {start_ + start, count};
@@ -56,7 +56,7 @@ struct StringSliceTraits<const char*> {
     static constexpr const char* empty_string_pointer() noexcept { return ""; }
 };
 
-/// A part of a text that the slice does not own; the text must outlive it.
+/// A part of a text that the slice does not own and that must outlive it.
 template <class Base>
 class StringSlice;
 
@@ -65,7 +65,8 @@ class StringSlice<const char*> {
   public:
     constexpr StringSlice() noexcept = default;
 
-    /// A null base is the empty text. A `count` of npos is measured at once.
+    /// A null base is the empty text. If `count` is npos, the base is null-terminated and is
+    /// measured at once.
     StringSlice(const char* base, std::size_t start, std::size_t count) noexcept
         : base_(base != nullptr ? base : StringSliceTraits<const char*>::empty_string_pointer())
         , range_(start, count) {

@@ -7,10 +7,10 @@
 
 namespace qncore {
 
-/// Base of objects that a trace shows as text. The text is computed only if the message is written.
+/// Base of objects that are traced as text. The text is requested only if the message is written.
 class StringTraceData {
   public:
-    /// The text, which lives as long as the object.
+    /// The text. Valid while the object lives.
     virtual std::string_view trace_text() const = 0;
 
     static void write_to_stream(std::ostream& stream,

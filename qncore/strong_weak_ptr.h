@@ -7,11 +7,11 @@
 
 namespace qncore {
 
-/// Two counts, both one at first: the strong references together own one weak reference.
+/// Two counts that begin at one: the strong references together own one weak reference.
 class AtomicStrongWeakRefCount {
   public:
     void increment_strong() noexcept { strong_.fetch_add(1, std::memory_order_relaxed); }
-    /// Return true when that count reaches zero.
+    /// Return true if the count has reached zero.
     bool decrement_strong() noexcept {
         return strong_.fetch_sub(1, std::memory_order_acq_rel) == 1;
     }
@@ -73,7 +73,7 @@ class StrongPtr {
   public:
     StrongPtr() noexcept = default;
 
-    /// Takes ownership of the object, also when the control block cannot be allocated.
+    /// Takes ownership of the object, also if the control block cannot be allocated.
     explicit StrongPtr(T* object) {
         std::unique_ptr<T, checked_deleter<T>> guard(object);
         counter_ = new impl::StrongWeakPtrCounter<T, checked_deleter<T>>(object);

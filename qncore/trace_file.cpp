@@ -19,16 +19,16 @@ void TraceFile::write(std::string_view line) {
     if (file_.size() >= largest_file) {
         turn_over();
     }
-    // After a line that the device had no room for the next one begins a line of its own.
+    // A line that was written only in part is ended before the next one.
     const std::string text = (cut_ ? "\n" : "") + std::string(line);
     const std::size_t written = file_.append(text);
     cut_ = written == 0 ? cut_ : written < text.size();
 }
 
 void TraceFile::turn_over() {
-    // One process renames. The others find another file under the name, or the lock taken.
+    // One process renames. The others find another file under the name, or the lock held.
     if (file_.try_lock() && file_.is_named(name_)) {
-        std::error_code ignored; // where nothing can be renamed the file grows
+        std::error_code ignored; // if nothing can be renamed, the file grows
         for (int age = older_files; age > 0; --age) {
             std::filesystem::rename(older_name(name_, age - 1), older_name(name_, age), ignored);
         }

@@ -7,9 +7,9 @@
 
 namespace qntrace {
 
-/// The file of QNTRACE_FILE: lines are appended to it by one system call each, so that those of
-/// several processes stay whole. From 5 MiB on it is renamed to `.1`, and up to three older files
-/// are kept (`.1` to `.3`). For one thread at a time.
+/// The file that QNTRACE_FILE names. Each line is appended by one system call, so the lines of
+/// several processes stay whole. A file of 5 MiB or more is renamed to `.1`; three older files are
+/// kept (`.1` to `.3`). Not thread-safe.
 class TraceFile {
   public:
     TraceFile(platform::AppendFile file, std::string name)
@@ -23,7 +23,7 @@ class TraceFile {
 
     platform::AppendFile file_;
     std::string name_;
-    bool cut_ = false; ///< the last line was written in part
+    bool cut_ = false; ///< the last line was written only in part
 };
 
 } // namespace qntrace

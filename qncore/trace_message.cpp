@@ -43,7 +43,7 @@ TraceMessage::~TraceMessage() {
     try {
         text_.sputn(format_.data(), static_cast<std::streamsize>(format_.size()));
     } catch (...) {
-        format_ = {}; // the line lacks what is left of the format
+        format_ = {}; // the line lacks the rest of the format
     }
     const std::string_view text = text_.view();
     write_line(level_, topic_->topic->name(), function_, text.empty() ? direction(subtype_) : text);

@@ -19,22 +19,21 @@ enum EUserMsgSubtype {
     eUserMsgFunctionExit = 7,
 };
 
-/// One message: the inserted values replace the `{}` of the format in turn, and the destructor
-/// writes the whole as one line. Nothing here throws: when memory runs out or an inserter throws,
-/// the line lacks what could not be written. Numbers read the same under every locale. Belongs to
-/// one thread.
+/// One message. Inserted values replace the `{}` of the format in order, and the destructor writes
+/// the message as one line. Nothing here throws: if memory runs out or an inserter throws, the line
+/// lacks what could not be written. Numbers are formatted in the classic locale. Not thread-safe.
 class TraceMessage : public virtual std::ostream {
   public:
-    /// `file` and `line` name the statement; lines do not show them.
+    /// `file` and `line` are the place of the statement. They are not written.
     TraceMessage(intTopicHdl* topic, char level, const char* function, const char* file,
                  unsigned line, const char* format) noexcept;
     TraceMessage(const TraceMessage&) = delete;
     TraceMessage& operator=(const TraceMessage&) = delete;
     ~TraceMessage() override;
 
-    /// Every message of this library has the one type that there is.
+    /// A no-op: there is only one type.
     TraceMessage& msg_type(EMsgType /*type*/) noexcept { return *this; }
-    /// Only entry and exit show their subtype, as the text of a message without any.
+    /// The subtype is written only for function entry and exit, as the text of an empty message.
     TraceMessage& user_msg_type(EUserMsgSubtype subtype) noexcept;
 
     /// Inserts a value as the standard inserters write it.
@@ -56,11 +55,11 @@ class TraceMessage : public virtual std::ostream {
     const intTopicHdl* topic_;
     char level_;
     const char* function_;
-    std::string_view format_; ///< what is left of it
+    std::string_view format_; ///< the part not yet written
     EUserMsgSubtype subtype_ = eUserMsgNote;
 };
 
-/// Writes one message that the gate has let through.
+/// Writes one message. The caller has checked is_enabled().
 template <class... Values>
 void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, const char* function,
                    const char* file, unsigned line, const char* format,
@@ -70,7 +69,8 @@ void write_message(intTopicHdl* topic, char level, EUserMsgSubtype subtype, cons
     static_cast<void>((message << ... << values));
 }
 
-/// Writes the entry of a function at once and its exit when the scope ends, however it ends.
+/// Traces the entry of a function at once and its exit at the end of the scope, also if an
+/// exception ends it.
 class FunctionTrace {
   public:
     FunctionTrace(intTopicHdl* topic, const char* function, const char* file,
@@ -90,8 +90,8 @@ class FunctionTrace {
         }                                                                                          \
     } while (false)
 
-/// QN_TRACE_ERROR(topic, "name::of::function()", "format {}", values...); nothing is evaluated
-/// when the topic's level is lower.
+/// QN_TRACE_ERROR(topic, "name::of::function()", "format {}", values...). The values are evaluated
+/// only if the topic's level admits the message.
 #define QN_TRACE_ERROR(topic, function, ...)                                                       \
     QN_TRACE(topic, ::qntrace::level_error, ::qntrace::eUserMsgError, function, __VA_ARGS__)
 #define QN_TRACE_WARNING(topic, function, ...)                                                     \

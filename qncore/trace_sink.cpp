@@ -32,7 +32,7 @@ class FileSink final : public spdlog::sinks::base_sink<std::mutex> {
 std::shared_ptr<spdlog::logger> make_logger(spdlog::sink_ptr sink) {
     auto logger = std::make_shared<spdlog::logger>("qntrace", std::move(sink));
     logger->set_level(spdlog::level::trace);
-    // One byte ends a line on every system.
+    // Lines end with "\n" on every system.
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         "%Y-%m-%dT%H:%M:%S.%fZ %P:%t %v", spdlog::pattern_time_type::utc, "\n"));
     logger->set_error_handler([](const std::string&) {});
@@ -53,7 +53,7 @@ std::shared_ptr<spdlog::logger> make_logger_for(const std::string& name) {
     return logger;
 }
 
-/// The place that messages go to; the logger is made by the first message.
+/// The destination of messages. The first message makes the logger.
 struct Output {
     std::mutex mutex;
     std::string file;

@@ -5,14 +5,14 @@
 
 namespace qntrace {
 
-/// Writes one message as one line: time (UTC), process and thread, level, topic, function, text;
-/// control characters of the text become escapes. Never throws; safe for any number of threads.
-/// What cannot be written, on a full disk for instance, is dropped.
+/// Writes one message as one line: time (UTC), process and thread, level, topic, function, text.
+/// Control characters of the text are escaped. Thread-safe. A line that cannot be written, for
+/// instance to a full disk, is dropped.
 void write_line(char level, std::string_view topic, std::string_view function,
                 std::string_view text) noexcept;
 
-/// Where messages go from now on: the named file, which the next message opens, or standard error
-/// when the name is empty or the file cannot be opened. Several processes may name one file.
+/// Sends messages to the named file, which the next message opens, or to standard error if the
+/// name is empty or the file cannot be opened. Several processes may share a file.
 void set_output(std::string file) noexcept;
 
 } // namespace qntrace

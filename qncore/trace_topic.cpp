@@ -24,8 +24,8 @@ std::optional<char> parse_level(std::string_view text) {
     return static_cast<char>(level);
 }
 
-/// The level that a list such as `Topic=81,*=11`, or a bare `41`, gives to a topic. What cannot
-/// be read counts as not written.
+/// The level that a list such as `Topic=81,*=11`, or a bare `41`, gives to a topic. Items that
+/// cannot be parsed are ignored.
 char level_for(std::string_view topic, std::string_view list) {
     char others = 0;
     while (!list.empty()) {
@@ -46,7 +46,7 @@ char level_for(std::string_view topic, std::string_view list) {
     return others;
 }
 
-/// All topics of the process. They are never freed: a message may be written until the very end.
+/// All topics of the process. They are never freed, since static destructors may still trace.
 class TraceManager final : public ITraceMgr {
   public:
     intTopicHdl* open_topic(const std::string& name, void* /*reserved*/, char /*flags*/) override {

@@ -5,16 +5,16 @@
 
 namespace qntrace {
 
-/// Levels: a message is written when its level is not above its topic's.
+/// Levels. A message is written if its level is not above that of its topic.
 inline constexpr char level_error = 11;
 inline constexpr char level_warning = 21;
 inline constexpr char level_note = 41;
 inline constexpr char level_function = 81;
 
-/// A named subject of messages with the level up to which they are written. The level is 0 (none)
-/// unless the environment says otherwise, which is read when the first message is tested. QNTRACE
-/// holds a level (`41`) or a list of `topic=level`, where the topic `*` means all others.
-/// QNTRACE_FILE names a file to write to instead of standard error; the first line creates it.
+/// A named group of messages and the level up to which they are written, by default 0 (none).
+/// The environment is read when the first message is tested: QNTRACE is a level (`41`) or a list
+/// of `topic=level`, where the topic `*` means all others; QNTRACE_FILE names a file to write to
+/// instead of standard error. The first line creates it.
 class TraceTopic {
   public:
     explicit TraceTopic(std::string name)
@@ -43,8 +43,8 @@ struct intTopicHdl {
 
 class ITraceMgr {
   public:
-    /// Opens a topic by its name and keeps it to the end of the process. The other two arguments
-    /// are a null pointer and 0x81.
+    /// Opens a topic by name. The handle is valid until the process ends. Callers pass a null
+    /// pointer and 0x81 for the other two arguments.
     virtual intTopicHdl* open_topic(const std::string& name, void* reserved, char flags) = 0;
 
   protected:
@@ -52,15 +52,15 @@ class ITraceMgr {
     ~ITraceMgr() = default;
 };
 
-/// The suite's general topic, "System"; null, which disables a trace, when memory runs out.
+/// The general topic, "System". Returns null, which disables a trace, if memory runs out.
 intTopicHdl* get_system_topic_handle() noexcept;
 
 ITraceMgr& get_trace_mgr();
 
-/// Reads the environment again, for all topics and for the place that messages go to. For tests.
+/// Reads the environment again, for all topics and the destination. For tests.
 void reload_configuration();
 
-/// The gate in front of every message.
+/// True if a message of that level is to be written.
 inline bool is_enabled(const intTopicHdl* handle, char level) noexcept {
     return handle != nullptr && level <= handle->topic->trace_level();
 }

@@ -2,8 +2,8 @@
 
 #include "qncore/error_code.h"
 
-// The codes of this layer. The branches "key", "randomProvider" and "srp" name facilities that
-// this library does not have; they keep the tree of codes whole.
+// The codes of this layer. "key", "randomProvider" and "srp" belong to facilities that this library
+// does not have; they complete the tree of codes.
 namespace qncrypto::error {
 
 using qncore::ErrorCode;

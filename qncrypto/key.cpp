@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t granularity = 8;
 
-/// The allocation for `size` bytes. Sizes that no object can have are refused here, before the
-/// rounding could wrap: a negative count that was taken for a size is one of them.
+/// The allocation for `size` bytes. Refuses sizes that no object can have, such as a negative count
+/// converted to a size, before rounding could overflow.
 std::size_t round_up(std::size_t size) {
     constexpr std::size_t largest = std::numeric_limits<std::ptrdiff_t>::max() - granularity;
     if (size > largest) {

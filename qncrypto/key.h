@@ -7,8 +7,8 @@
 namespace qncrypto {
 
 /// Bytes of a key, a password or a plain text. The whole allocation is overwritten with zeros
-/// before it is released. Storage comes from `::operator new` in multiples of 8 bytes; the bytes
-/// from size() to capacity() are always zero. A size beyond all memory throws std::bad_alloc and
+/// before it is freed. Storage comes from `::operator new` in multiples of 8 bytes; the bytes from
+/// size() to capacity() are always zero. A size that cannot be allocated throws std::bad_alloc and
 /// changes nothing.
 class Key {
   public:
@@ -35,14 +35,14 @@ class Key {
 
     /// Makes room for `size` bytes; never shrinks and never changes size().
     void reserve(std::size_t size);
-    /// Appends zero bytes, or overwrites the bytes that it drops with zeros.
+    /// Appends zero bytes, or removes bytes at the end and overwrites them with zeros.
     void resize(std::size_t size);
     /// Replaces the content with a copy of the bytes, which may be its own.
     void assign(const unsigned char* bytes, std::size_t size);
 
     void swap(Key& other) noexcept;
 
-    /// True for the same bytes. Its time depends on them, so never compare a guess with a secret.
+    /// True if the bytes are equal. Not constant-time: do not compare a guess with a secret.
     friend bool operator==(const Key& left, const Key& right) noexcept;
 
   private:
@@ -53,7 +53,7 @@ class Key {
     unsigned char* data_ = nullptr;
 };
 
-/// Overwrites the whole allocation of a text or a vector with zeros; its size stays.
+/// Overwrites the whole allocation of a text or a vector with zeros. The size stays.
 void cleanse(std::string& text) noexcept;
 void cleanse(std::vector<unsigned char>& bytes) noexcept;
 

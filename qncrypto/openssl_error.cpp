@@ -12,7 +12,7 @@
 namespace qncrypto {
 namespace {
 
-/// A text that OpenSSL does not know is null or empty.
+/// OpenSSL's text, or `unknown` if that is null or empty.
 qncore::SourceString known_text(const char* text, const char* unknown) {
     const std::string_view view = text != nullptr ? text : "";
     return view.empty() ? qncore::SourceString(unknown) : qncore::SourceString::copy_of(view);
@@ -39,7 +39,7 @@ qncore::ErrorInfoPtr openssl_error_info(int maxDepth) {
     if (code == 0) {
         return {};
     }
-    // Copied before the next entry is taken: the texts belong to the queue.
+    // Copied before the next entry is removed, since the texts belong to the queue.
     const qncore::SourceLocation location = openssl_location(function, file, line);
 
     std::array<char, 256> words{};
@@ -56,6 +56,15 @@ qncore::ErrorInfoPtr openssl_error_info(int maxDepth) {
         .param("reason", reason)
         .param("library", library != nullptr ? library : "#unknown#");
     return composer.create(error::qncrypto_openssl, location, openssl_error_info(maxDepth - 1));
+}
+
+bool is_openssl_fault(const qncore::ErrorInfoPtr& info) {
+    if (!info) {
+        return false;
+    }
+    const std::string* code = info->params().find("code");
+    return (code != nullptr && ERR_FATAL_ERROR(std::stoul(*code, nullptr, 16)) != 0) ||
+           is_openssl_fault(info->nested());
 }
 
 void throw_openssl_error(const qncore::ErrorCode& code, const char* text,

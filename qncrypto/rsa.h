@@ -11,10 +11,10 @@ struct rsa_st;
 
 namespace qncrypto {
 
-/// Padding of RFC 8017; `pss` is for signatures only.
+/// Padding by RFC 8017. `pss` is for signatures only.
 enum class RsaPadding : std::uint32_t { none = 0, pkcs1 = 1, oaep = 2, pss = 3 };
 
-/// Digest that a signature is made of. The caller passes the digest itself: 16, 20, 28, 32, 48 or
+/// Digest algorithm of a signature. The caller passes the digest, which has 16, 20, 28, 32, 48 or
 /// 64 bytes.
 enum class HashAlgorithm : std::uint32_t {
     md5 = 0,
@@ -31,14 +31,13 @@ enum class RsaKeyKind : std::uint8_t { private_key, public_key };
 /// One parsed RSA key, and conversions between the forms of keys. Key bytes are DER in the
 /// structures RSAPrivateKey and RSAPublicKey of RFC 8017, appendix A.1.
 ///
-/// A context serves any number of operations, from several threads at a time: it never changes but
-/// for what OpenSSL computes with the first operation and keeps, under a lock of its own, for the
-/// next ones. So keep a context rather than parse the key again.
+/// A context is thread-safe and serves any number of operations. OpenSSL caches values for the key
+/// at its first use, so keep a context rather than parse the key again.
 ///
 /// Failures are ErrorExceptions with a code below "error.qncrypto.rsa" and OpenSSL's errors nested;
 /// sizes beyond OpenSSL's `int` are "error.qncore.safeCast", and any function may throw
-/// std::bad_alloc. A function with an `error` slot that is not null puts the record there and
-/// returns; what throws in spite of the slot is said there.
+/// std::bad_alloc. A function whose `error` slot is not null stores the record there and returns;
+/// the exceptions to this rule are documented at the function.
 class RsaContext {
   public:
     RsaContext(const RsaContext&) = delete;
@@ -49,29 +48,29 @@ class RsaContext {
 
     static Key public_key_from_private_key(const Key& privateKey);
 
-    /// The private key as PKCS#8 PEM (RFC 7468), encrypted with a cipher that OpenSSL knows by that
-    /// name. The password must not be empty.
+    /// The private key as PKCS#8 PEM (RFC 7468), encrypted with the cipher of that OpenSSL name.
+    /// The password must not be empty.
     static std::string private_key_as_pkcs8_pem(const Key& privateKey, const Key& password,
                                                 const char* cipher);
-    /// The inverse. Returns an empty Key after a failure that went into the slot, which takes every
-    /// standard exception: std::bad_alloc as "error.qncore.exception".
+    /// The inverse. Returns an empty Key after a failure that is stored in the slot. The slot takes
+    /// every standard exception: std::bad_alloc as "error.qncore.exception".
     static Key private_key_from_pkcs8_pem(const char* pem, std::size_t size, const Key& password,
                                           qncore::ErrorInfoPtr* error);
 
-    /// The bytes, whatever they are, as a PEM block "RSA PUBLIC KEY" without a final line feed.
+    /// The bytes, unchecked, as a PEM block "RSA PUBLIC KEY" without a final line feed.
     static std::string public_key_as_pem(const Key& publicKey);
-    /// The inverse, for blocks that are not encrypted. Fails as private_key_from_pkcs8_pem() does.
+    /// The inverse, for unencrypted blocks. Fails as private_key_from_pkcs8_pem() does.
     static Key public_key_from_pem(const char* pem, std::size_t size, qncore::ErrorInfoPtr* error);
 
-    /// Bytes of each block that a padding takes: 0, 11, 42, 0. An unknown padding is an error, and
-    /// 0 with a slot.
+    /// The bytes of a block that the padding needs: 0, 11, 42 or 0. For an unknown padding throws,
+    /// or fills the slot and returns 0.
     static std::size_t padding_size(RsaPadding padding, qncore::ErrorInfoPtr* error);
 
     /// Size of the key in bits.
     unsigned int keylength() const;
-    /// Size of the key in bytes, which is that of each cipher block and each signature.
+    /// Size of the key in bytes: the size of a cipher block and of a signature.
     std::size_t modulus_size() const;
-    /// Most bytes that one block takes with that padding; 0 if the padding alone fills it.
+    /// The most bytes that fit into one block with that padding.
     std::size_t max_data_size(RsaPadding padding) const;
 
   protected:
@@ -84,27 +83,27 @@ class RsaContext {
     rsa_st* rsa_; ///< owned
 };
 
-/// Encryption and decryption of one block with one half of a pair. Raw forms work on the caller's
-/// buffers, the others on a Key.
+/// Encryption and decryption of one block with one half of a pair, between the caller's buffers or
+/// into a Key.
 template <RsaKeyKind kind>
 class RsaCipher : public RsaContext {
   public:
-    /// Encrypts into at least modulus_size() bytes and returns the bytes written. A private key
-    /// takes `pkcs1` and `none`, a public key `oaep`, too. With a null `cipher` or `out` returns
-    /// modulus_size() and checks nothing.
+    /// Encrypts into a buffer of at least modulus_size() bytes and returns the bytes written. A
+    /// private key takes the paddings `pkcs1` and `none`, a public key also `oaep`. With a null
+    /// `cipher` or `out` returns modulus_size() and checks nothing.
     std::int64_t encrypt(const unsigned char* data, std::size_t dataSize, unsigned char* cipher,
                          std::size_t cipherSize, RsaPadding padding) const;
     std::int64_t encrypt(const unsigned char* data, std::size_t dataSize, Key* out,
                          RsaPadding padding) const;
 
-    /// Decrypts one block and returns the bytes written, negative after a failure that went into
-    /// the slot. `pss` throws in spite of the slot. With a slot, a wrong size or an unknown padding
-    /// is recorded and OpenSSL called all the same: `plain` must have modulus_size() bytes.
+    /// Decrypts one block and returns the bytes written, or a negative number after a failure that
+    /// is stored in the slot. `pss` throws also with a slot. With a slot, OpenSSL is called even if
+    /// a size or the padding is wrong, so `plain` must have modulus_size() bytes.
     std::int64_t decrypt(const unsigned char* cipher, std::size_t cipherSize, unsigned char* plain,
                          std::size_t plainSize, RsaPadding padding,
                          qncore::ErrorInfoPtr* error) const;
-    /// The same into a Key. After a failure that went into the slot it throws std::bad_alloc and
-    /// leaves `out` unchanged, because the negative count is taken as a size; with a null `out` it
+    /// Decrypts into a Key. After a failure that is stored in the slot, throws std::bad_alloc and
+    /// leaves `out` unchanged, because the negative count is used as a size; with a null `out`
     /// returns the negative count.
     std::int64_t decrypt(const unsigned char* cipher, std::size_t cipherSize, Key* out,
                          RsaPadding padding, qncore::ErrorInfoPtr* error) const;
@@ -123,19 +122,19 @@ class RsaPrivateContext final : public RsaCipher<RsaKeyKind::private_key> {
     RsaPrivateContext(const unsigned char* key, std::size_t size)
         : RsaCipher(key, size) {}
 
-    /// Signs a digest with padding `pkcs1` or `pss` into exactly modulus_size() bytes and returns
-    /// the size of the signature; 0 after a failure that went into the slot. With a null
-    /// `signature` returns modulus_size().
+    /// Signs a digest with padding `pkcs1` or `pss` into a buffer of exactly modulus_size() bytes.
+    /// Returns the size of the signature, or 0 after a failure that is stored in the slot. With a
+    /// null `signature` returns modulus_size().
     ///
-    /// Check for 0: with `pkcs1`, a failure of OpenSSL (a digest too long for the key, for
-    /// instance) returns 0 without exception or record, and leaves its entry in OpenSSL's queue,
-    /// where the next error finds it as a cause. With `pss`, a failed private operation throws in
-    /// spite of the slot, and a failed encoding (of a digest too long for the key, for instance)
-    /// yields a signature that never verifies.
+    /// Check for 0: with `pkcs1`, a failure of OpenSSL (for instance a digest too long for the key)
+    /// returns 0 without exception or record and leaves its entry in OpenSSL's queue, where it
+    /// becomes a cause of the next error. With `pss`, a failed private operation throws also with a
+    /// slot, and a failed encoding (for instance of a digest too long for the key) yields a
+    /// signature that never verifies.
     std::int64_t sign(const unsigned char* digest, unsigned char* signature,
                       std::size_t signatureSize, HashAlgorithm hash, RsaPadding padding,
                       qncore::ErrorInfoPtr* error) const;
-    /// The same into a Key. With a null `out` the signature is made and dropped.
+    /// Signs into a Key. With a null `out` the signature is computed and discarded.
     std::int64_t sign(const unsigned char* digest, Key* out, HashAlgorithm hash, RsaPadding padding,
                       qncore::ErrorInfoPtr* error) const;
 };
@@ -145,11 +144,11 @@ class RsaPublicContext final : public RsaCipher<RsaKeyKind::public_key> {
     RsaPublicContext(const unsigned char* key, std::size_t size)
         : RsaCipher(key, size) {}
 
-    /// True if the signature is that of the digest. One that does not match is no error, nor is
-    /// OpenSSL's lack of memory: both return false.
+    /// True if the signature matches the digest. A mismatch is not an error, nor is a lack of
+    /// memory in OpenSSL: both return false.
     ///
-    /// With a slot, check the slot as well: with `pkcs1`, an answer of OpenSSL below zero fills it
-    /// and returns true.
+    /// With a slot, check the slot, too: with `pkcs1`, a negative result of OpenSSL fills it and
+    /// returns true.
     bool verify(const unsigned char* signature, std::size_t signatureSize,
                 const unsigned char* digest, HashAlgorithm hash, RsaPadding padding,
                 qncore::ErrorInfoPtr* error) const;

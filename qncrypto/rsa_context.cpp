@@ -12,7 +12,7 @@
 namespace qncrypto {
 namespace {
 
-/// How a context of one kind takes its key.
+/// What parsing a key of one kind needs.
 struct KeyForm {
     DecodeKey decode;
     const char* constructor;

@@ -14,13 +14,13 @@ using DecodeKey = RSA* (*)(RSA**, const unsigned char**, long);
 /// i2d_RSAPrivateKey or i2d_RSAPublicKey.
 using EncodeKey = int (*)(const RSA*, unsigned char**);
 
-/// The key that the DER form describes. A failure throws "error.qncrypto.rsa.key" with that text
-/// and OpenSSL's errors nested.
+/// Parses a key. A failure throws "error.qncrypto.rsa.key" with that text and OpenSSL's errors
+/// nested.
 OpensslHandle<RSA> decode_key(const unsigned char* bytes, std::size_t size, DecodeKey decode,
                               const char* failedText, const qncore::SourceLocation& location);
 
-/// The DER form of the key. A failure has that code and text, with OpenSSL's errors nested; with a
-/// slot it returns an empty Key.
+/// The DER form of the key. A failure has that code and text, with OpenSSL's errors nested; if it
+/// is stored in the slot, the Key is empty.
 Key encode_key(const RSA* rsa, EncodeKey encode, const qncore::ErrorCode& code,
                const char* failedText, const qncore::SourceLocation& location,
                qncore::ErrorInfoPtr* error = nullptr);

@@ -50,7 +50,7 @@ const EVP_CIPHER* cipher_by_name(const char* name, const SourceLocation& locatio
     return cipher;
 }
 
-/// Refuses OpenSSL a password, and sets the flag, if there is one, because it asked.
+/// OpenSSL's callback for a password: gives none, and sets the flag, if there is one.
 int refuse_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* flag) {
     if (flag != nullptr) {
         *static_cast<bool*>(flag) = true;
@@ -58,7 +58,7 @@ int refuse_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* flag)
     return 0;
 }
 
-/// False, with the record of safe_cast() delivered, for a size beyond OpenSSL's `int`.
+/// False for a size beyond OpenSSL's `int`; delivers the record of safe_cast() then.
 bool fits_int(std::size_t size, ErrorInfoPtr* error) {
     if (std::in_range<int>(size)) {
         return true;
@@ -67,8 +67,8 @@ bool fits_int(std::size_t size, ErrorInfoPtr* error) {
     return false;
 }
 
-/// Runs the body, which delivers its own failures. Any other standard exception that leaves it is
-/// delivered as a record.
+/// Runs the body, which delivers its own failures, and delivers other standard exceptions as
+/// records.
 template <class Body>
 Key run_with_slot(ErrorInfoPtr* error, const SourceLocation& location, Body body) {
     try {

@@ -48,7 +48,7 @@ constexpr const char* decryption_failed =
 constexpr const char* wrong_signature_padding =
     "Only PKCS#1-v1.5 and PSS padding supported for signing";
 
-/// The longest salt when signing, whatever salt there is when verifying.
+/// The longest salt when signing, any salt when verifying.
 constexpr int pss_salt_length = RSA_PSS_SALTLEN_AUTO;
 
 /// The entry of a table for an enumeration, or null.
@@ -58,7 +58,7 @@ const typename Table::value_type* find_entry(const Table& table, Enumeration val
     return index < table.size() ? &table[index] : nullptr;
 }
 
-/// OpenSSL's number; for an unknown padding one that OpenSSL refuses.
+/// OpenSSL's number; for an unknown padding 0, which OpenSSL refuses.
 int openssl_padding(RsaPadding padding) {
     const Padding* const entry = find_entry(paddings, padding);
     return entry != nullptr ? entry->number : 0;
@@ -73,7 +73,7 @@ const EVP_MD* openssl_digest(HashAlgorithm hash, ErrorInfoPtr* error) {
     return (*entry)();
 }
 
-/// What encrypting and decrypting with one half of a pair takes.
+/// What encryption and decryption with one half of a pair need.
 struct Direction {
     decltype(&RSA_private_encrypt) encrypt;
     decltype(&RSA_private_decrypt) decrypt;
@@ -92,24 +92,24 @@ constexpr Direction direction_of(RsaKeyKind kind) {
                            "qncrypto::RsaPublicContext::decrypt()", false};
 }
 
-/// The buffer form of deciphering and signing.
+/// The Key form of decrypting and signing.
 template <class Raw>
 std::int64_t assign_result(const RsaContext& context, Key* out, Raw raw) {
     Key work(context.modulus_size());
     const std::int64_t written = raw(work.data(), work.size());
     if (out != nullptr) {
-        // Required: the count is not tested. As a size a negative one is too large for any Key.
+        // Required: the count is not tested. A negative one is too large a size for any Key.
         out->assign(work.data(), static_cast<std::size_t>(written));
     }
     return written;
 }
 
-/// The signature's size, 0 after a failure that went into the slot.
+/// Returns the size of the signature, or 0 after a failure that is stored in the slot.
 std::int64_t sign_pss(RSA* rsa, const unsigned char* digest, const EVP_MD* md,
                       unsigned char* signature, ErrorInfoPtr* error,
                       const SourceLocation& location) {
     Key encoded(static_cast<std::size_t>(RSA_size(rsa)));
-    // Required: only a negative result counts as a failure, and its text is that of deciphering.
+    // Required: only a negative result counts as a failure, and its text is that of decryption.
     if (RSA_padding_add_PKCS1_PSS(rsa, encoded.data(), digest, md, pss_salt_length) < 0) {
         deliver_openssl_error(error, error::qncrypto_rsa_signature_padding, decryption_failed,
                               location);
@@ -118,7 +118,7 @@ std::int64_t sign_pss(RSA* rsa, const unsigned char* digest, const EVP_MD* md,
     const int written =
         RSA_private_encrypt(RSA_size(rsa), encoded.data(), signature, rsa, RSA_NO_PADDING);
     if (written < 0) {
-        // Required: thrown even when there is a slot.
+        // Required: thrown even if there is a slot.
         throw_openssl_error(error::qncrypto_rsa_encryption, "RSA encryption failed", location);
     }
     return written;
@@ -128,7 +128,7 @@ std::int64_t sign_pkcs1(RSA* rsa, const unsigned char* digest, const EVP_MD* md,
                         unsigned char* signature, ErrorInfoPtr* error,
                         const SourceLocation& location) {
     unsigned int length = 0;
-    // Required: only a negative result is delivered. OpenSSL's usual 0 gives the count 0 alone.
+    // Required: only a negative result is delivered. After OpenSSL's usual 0 the count is 0.
     if (RSA_sign(EVP_MD_type(md), digest, static_cast<unsigned int>(EVP_MD_size(md)), signature,
                  &length, rsa) < 0) {
         deliver_openssl_error(error, error::qncrypto_rsa_signature_sign, "RSA signature failed",
@@ -137,7 +137,7 @@ std::int64_t sign_pkcs1(RSA* rsa, const unsigned char* digest, const EVP_MD* md,
     return length;
 }
 
-/// True for a match. A mismatch is no error, so OpenSSL's entry for it is dropped.
+/// True for a match. A mismatch is not an error, so OpenSSL's entry for it is removed.
 bool is_match(int result) {
     if (result == 0) {
         ERR_clear_error();
@@ -174,7 +174,7 @@ bool verify_pkcs1(RSA* rsa, const unsigned char* signature, std::size_t signatur
         deliver_openssl_error(error, error::qncrypto_rsa_signature_verify,
                               "Verifying signature failed", location);
     }
-    // Required, and unlike PSS: after a failure that went into the slot the answer is true.
+    // Required, and unlike PSS: after a failure that is stored in the slot the result is true.
     return is_match(result);
 }
 
@@ -203,7 +203,7 @@ std::int64_t RsaCipher<kind>::encrypt(const unsigned char* data, std::size_t dat
     if (cipher == nullptr) {
         return static_cast<std::int64_t>(modulus_size());
     }
-    // Required: the text speaks of PKCS#1 too, which stays allowed.
+    // Required: the text mentions PKCS#1, which is allowed.
     if (direction.refuses_oaep && padding == RsaPadding::oaep) {
         qncore::throw_error(
             error::qncrypto_rsa_padding_unsupported,
@@ -235,7 +235,7 @@ std::int64_t RsaCipher<kind>::decrypt(const unsigned char* cipher, std::size_t c
                                       unsigned char* plain, std::size_t plainSize,
                                       RsaPadding padding, ErrorInfoPtr* error) const {
     constexpr Direction direction = direction_of(kind);
-    // Required: what the validation left in the slot does not keep OpenSSL from being called.
+    // Required: OpenSSL is called even if the validation has filled the slot.
     validate_rsa_decrypt_params(*this, padding, cipherSize, plainSize, error);
     const int written = direction.decrypt(qncore::safe_cast<int>(cipherSize), cipher, plain,
                                           RsaAccess::rsa(*this), openssl_padding(padding));

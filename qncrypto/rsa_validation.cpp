@@ -44,7 +44,7 @@ void validate_rsa_encrypt_params(const RsaContext& context, RsaPadding padding,
     }
     const std::size_t maxDataSize = modulusSize - paddingSize;
     if (dataSize > maxDataSize) {
-        // Required: a placeholder that no parameter answers, and a parenthesis that none opens.
+        // Required: a placeholder without a parameter, and an unopened parenthesis.
         ErrorComposer("Plaintext data size too big for RSA key and padding.  DataSize: "
                       "{@dataSize}, MaxDataSize: {@maxData})")
             .param("dataSize", dataSize)
@@ -58,11 +58,11 @@ void validate_rsa_decrypt_params(const RsaContext& context, RsaPadding padding,
                                  ErrorInfoPtr* error) {
     const auto location = QN_LOCATION("qncrypto::validate_rsa_decrypt_params()");
     if (padding == RsaPadding::pss) {
-        // Required: thrown even when there is a slot.
+        // Required: thrown even if there is a slot.
         qncore::throw_error(error::qncrypto_rsa_padding_unsupported,
                             "The PKCS#1 PSS padding is not valid for decryption.", location);
     }
-    // Required: each failure is put into the slot, and the next test is made.
+    // Required: each failure is stored in the slot, and the next check is made.
     const std::size_t modulusSize = context.modulus_size();
     const std::size_t paddingSize = RsaContext::padding_size(padding, error);
     if (paddingSize > modulusSize) {

@@ -33,8 +33,7 @@ std::string parent_of(const std::string& path) {
     return separator == std::string::npos ? std::string() : path.substr(0, separator);
 }
 
-/// A name is hidden by its first character, so no separator may follow it. That of a root or of a
-/// drive stays.
+/// file_status() takes no separator after a name. That of a root or of a drive stays.
 std::string without_last_separator(const std::string& path) {
     const std::size_t size = path.size();
     const bool is_after_name = size > 1 && platform::is_separator(path[size - 1]) &&

@@ -2,22 +2,13 @@
 
 #include <tuple>
 
-#include "platform/path.h"
 #include "qnfile/directory_entry_impl.h"
+#include "qnfile/path_forms.h"
 #include "qnuri/percent_encoding.h"
 
 namespace qnfile {
-namespace {
 
 using impl::system_side;
-
-/// Whether the path has the form `/x:/` on a system with drives.
-bool has_slash_before_drive(std::string_view path) noexcept {
-    return platform::paths_have_drives && path.size() >= 4 && path[0] == '/' && path[2] == ':' &&
-           path[3] == '/';
-}
-
-} // namespace
 
 DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
                                                      qncore::ErrorInfoPtr* error) {
@@ -27,7 +18,7 @@ DirectoryEntry DirectoryEntry::create_from_full_path(const std::string& path,
 DirectoryEntry DirectoryEntry::create_from_full_path(const qnuri::UriReference& uri,
                                                      qncore::ErrorInfoPtr* error) {
     const std::string path = qnuri::percent_decode(uri.path().view());
-    return create_from_full_path(has_slash_before_drive(path) ? path.substr(1) : path, error);
+    return create_from_full_path(impl::without_slash_before_drive(path), error);
 }
 
 const std::string& DirectoryEntry::directory() const noexcept {

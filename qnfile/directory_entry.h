@@ -16,7 +16,7 @@ namespace qnfile {
 
 namespace impl {
 
-/// The part of an entry that is the same on every system.
+/// The part of an entry that does not depend on the system.
 class DirectoryEntryImpl : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     explicit DirectoryEntryImpl(std::string name)
@@ -65,8 +65,8 @@ class DirectoryEntry {
     explicit DirectoryEntry(qncore::RefCountPtr<impl::DirectoryEntryImpl> impl) noexcept
         : impl_(std::move(impl)) {}
 
-    /// The entry of one path; a single separator at its end is ignored. Reports
-    /// error.qnfile.directory.notFound and returns an empty entry if the system does not find it. A
+    /// Returns the entry of a path; a single separator at its end is ignored. Reports
+    /// error.qnfile.directory.notFound and returns an empty entry if its status cannot be read. A
     /// path with an embedded NUL throws error.qncore.embeddedNul.
     static DirectoryEntry create_from_full_path(const std::string& path,
                                                 qncore::ErrorInfoPtr* error = nullptr);
@@ -76,7 +76,7 @@ class DirectoryEntry {
 
     explicit operator bool() const noexcept { return static_cast<bool>(impl_); }
 
-    /// Without a directory; UTF-8, on Linux the bytes as they are.
+    /// Without a directory; UTF-8, on Linux any bytes.
     const std::string& name() const noexcept { return impl_->name(); }
     /// With `/` as separator, also at the end.
     const std::string& directory() const noexcept;
@@ -92,16 +92,16 @@ class DirectoryEntry {
     bool is_writable() const noexcept { return (access() & entry_access_write) != 0; }
     bool is_hidden() const noexcept { return (access() & entry_access_hidden) != 0; }
 
-    /// Bytes.
+    /// In bytes.
     std::uint64_t size() const noexcept;
-    // Nanoseconds since 1970-01-01 UTC; years after 2262 wrap around.
+    /// Nanoseconds since 1970-01-01 UTC; years after 2262 wrap around.
     std::int64_t accessed() const noexcept;
     std::int64_t modified() const noexcept;
     /// On Linux, where the file system keeps no time of birth, the older one of the last changes of
     /// content and status.
     std::int64_t created() const noexcept;
 
-    /// Of name and directory; computed once, then kept.
+    /// Of name and directory; computed once and kept.
     std::uint32_t hash_value() const noexcept;
 
     /// Entries are equal if name and directory are; empty ones equal each other.

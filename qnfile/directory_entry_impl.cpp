@@ -6,6 +6,7 @@
 #include "platform/path.h"
 #include "qncore/system_name.h"
 #include "qnfile/errors.h"
+#include "qnfile/path_forms.h"
 #include "qnfile/report.h"
 
 namespace qnfile::impl {
@@ -87,8 +88,8 @@ bool DirectoryEntryImplWin32::advance(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     return true;
 }
 
-/// Moves the place to the next accepted entry, in this directory or one level down or up; false if
-/// that is not to be delivered. Without an iterator at the end.
+/// Moves the place to the next accepted entry, in this directory or one level down or up. Returns
+/// false if that is not to be delivered. At the end there is no iterator.
 bool DirectoryEntryImplWin32::step(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     place_->release_first(iterator_);
     if (!iterator_->advance(place_->options(), error)) {
@@ -107,7 +108,7 @@ bool DirectoryEntryImplWin32::step(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     return true;
 }
 
-/// Opens the directory once more and looks for the name. Leaves no iterator if it is not found.
+/// Opens the directory again and searches it for the name. Leaves no iterator if it is not found.
 bool DirectoryEntryImplWin32::find_place(DirectorySequencePtr sequence, const std::string& name,
                                          ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     place_ = std::move(sequence);
@@ -128,7 +129,7 @@ bool DirectoryEntryImplWin32::find_place(DirectorySequencePtr sequence, const st
 }
 
 /// Moves the place to the entry of the directory above through which the walk came here. Leaves no
-/// iterator at the top, or if that entry is gone.
+/// iterator at the top, or if that entry has been removed.
 void DirectoryEntryImplWin32::ascend(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     const DirectorySequencePtr below = std::exchange(place_, place_->parent());
     iterator_ = iterator_->parent();
@@ -143,7 +144,7 @@ void DirectoryEntryImplWin32::ascend(ErrorInfoPtr* error, ErrorInfoPtr& loss) {
     }
     if (find_place(place_, path.substr(start, path.size() - start - 1), error, loss) &&
         below->options().text().size() == place_->options().text().size()) {
-        // With the same pattern as above, the directory would be entered once more.
+        // With the same pattern as above, the directory would be entered again.
         iterator_->set_descend_only();
     }
 }

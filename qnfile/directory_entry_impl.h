@@ -12,7 +12,7 @@ class DirectoryEntryImplWin32;
 using DirectoryEntryPtr = qncore::RefCountPtr<DirectoryEntryImplWin32>;
 
 /// An entry and, until a copy takes it, the place in the walk from which the next step starts. The
-/// entry changes only when a step succeeds; the place moves on past what fails.
+/// entry changes only if a step succeeds; the place moves past what fails.
 class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
   public:
     DirectoryEntryImplWin32(std::string name, DirectorySequencePtr sequence,
@@ -25,11 +25,11 @@ class DirectoryEntryImplWin32 final : public DirectoryEntryImpl {
     static DirectoryEntryPtr create_from_full_path(const std::string& path,
                                                    qncore::ErrorInfoPtr* error);
 
-    /// A copy that takes the place, for a holder who wants to move and is not the only one.
+    /// Returns a copy that takes the place, for a holder that moves and is not the only one.
     DirectoryEntryPtr take_over();
 
-    /// Becomes the next entry; false at the end. If the place cannot be found again, false with the
-    /// reason in `loss`, unless `error` holds one. Only for the sole holder.
+    /// Becomes the next entry. Returns false at the end, and if the place cannot be found again,
+    /// with the reason in `loss` unless `error` holds one. Only for the sole holder.
     bool advance(qncore::ErrorInfoPtr* error, qncore::ErrorInfoPtr& loss);
 
     const DirectorySequenceImplWin32& sequence() const noexcept { return *sequence_; }

@@ -15,7 +15,7 @@ class DirectoryIteratorImplWin32;
 using DirectoryIteratorPtr = qncore::RefCountPtr<DirectoryIteratorImplWin32>;
 
 /// One open directory, positioned on an entry that the walk accepts: one to deliver, or one only to
-/// enter on the way down. It has one position, so it serves one entry at a time.
+/// enter on the way down. It has one position, so only one entry can use it.
 class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::AtomicRefCount> {
   public:
     /// Opens `basePath` and moves to the first accepted entry. If there is none, or on failure,
@@ -29,13 +29,13 @@ class DirectoryIteratorImplWin32 final : public qncore::RefCounted<qncore::Atomi
 
     bool is_open() const noexcept { return reader_.is_open(); }
 
-    /// Moves to the next accepted entry; false, and closed, when there is none or reading failed.
-    /// A directory that a recursive walk has delivered is returned once more, now to be entered.
+    /// Moves to the next accepted entry. Returns false, and closes, if there is none or reading
+    /// fails. A directory that a recursive walk has delivered is returned once more, to be entered.
     bool advance(const PathPattern& options, qncore::ErrorInfoPtr* error);
 
     /// The entry is to be entered with the same pattern, and not delivered.
     bool is_descend_only() const noexcept { return descend_only_; }
-    /// For an iterator that has found its place again and has been in this directory already.
+    /// For an iterator that has found its place again and has already entered this directory.
     void set_descend_only() noexcept { descend_only_ = true; }
 
     std::string_view name() const noexcept { return reader_.name(); }

@@ -92,8 +92,8 @@ void report_directory(const std::string& path, ErrorInfoPtr* error, platform::Sy
            "path", path, QN_LOCATION(remove_directory_name), failure);
 }
 
-/// Empties a directory, but only through an anchor: what is no directory any more, or a link to
-/// one, is left as it is.
+/// Empties a directory through an anchor. Leaves what is no longer a directory, or is a link to
+/// one, unchanged.
 void remove_content(const RemovalAnchor& parent, const std::string& path,
                     DirectoryRemoveFlags flags, int depthLeft, ErrorInfoPtr* error) {
     const auto directories = entries_of(path, entry_directory, error);

@@ -6,6 +6,7 @@
 #include "qncore/system_name.h"
 #include "qnfile/directory_entry_impl.h"
 #include "qnfile/errors.h"
+#include "qnfile/path_forms.h"
 #include "qnfile/report.h"
 
 namespace qnfile {
@@ -100,7 +101,7 @@ void Iterator::increment(ErrorInfoPtr* error) {
                      QN_LOCATION("qnfile::DirectorySequence::DirectoryIterator::increment()"));
         return;
     }
-    if (entry_.impl_->is_shared()) { // the other holders keep the entry as it is
+    if (entry_.impl_->is_shared()) { // the other holders keep the entry unchanged
         entry_ = DirectoryEntry(system_side(entry_.impl_).take_over());
     }
     ErrorInfoPtr loss;

@@ -33,10 +33,10 @@ class DirectorySequenceImpl : public qncore::RefCounted<qncore::AtomicRefCount> 
 
 /// The entries of a directory tree that match a path pattern (see path_pattern.h), as a container
 /// that is read while it is walked. "." and ".." are entries like any other, as are hidden files;
-/// a pattern such as `*/x` enters them, too. A `**` walk enters no directory named "." or with a
-/// name that begins with ".."; it does enter links to directories, except on Linux a link that
-/// leads back to a directory above it. Each directory on the way down holds one handle of the
-/// system; memory does not grow with the number of entries.
+/// a pattern such as `*/x` enters them, too. A `**` walk does not enter directories named "." or
+/// with a name that begins with ".."; it does enter links to directories, except on Linux a link
+/// that leads back to a directory above it. Each directory on the way down holds one system handle;
+/// memory does not grow with the number of entries.
 ///
 /// Failures go to the slot `error`, or are thrown if it is null: error.qnfile.directory.notFound
 /// for a directory that cannot be opened, error.qnfile.directory.iterator for one that cannot be
@@ -51,8 +51,8 @@ class DirectorySequence {
 
     DirectorySequence() noexcept = default;
     /// Opens the directory and descends to the first match. The sequence is empty on failure, and,
-    /// without an error, if nothing matches or the first match lies more than 100 levels down. An
-    /// empty path is "./"; on Windows `\` is a separator in path and pattern as well.
+    /// without an error, if nothing matches or the first match is more than 100 levels down. An
+    /// empty path is "./"; on Windows `\` is also a separator in path and pattern.
     DirectorySequence(const char* path, std::size_t pathLength, const char* pattern,
                       std::size_t patternLength, bool caseSensitive,
                       qncore::ErrorInfoPtr* error = nullptr);
@@ -60,7 +60,7 @@ class DirectorySequence {
     DirectorySequence(const char* path, std::size_t pathLength,
                       qncore::ErrorInfoPtr* error = nullptr);
 
-    /// As the constructors; if they throw, the sequence keeps what it held.
+    /// Like the constructors; the sequence is unchanged if they throw.
     void assign(const char* path, std::size_t pathLength, const char* pattern,
                 std::size_t patternLength, bool caseSensitive,
                 qncore::ErrorInfoPtr* error = nullptr);
@@ -68,7 +68,7 @@ class DirectorySequence {
 
     explicit operator bool() const noexcept { return static_cast<bool>(impl_); }
 
-    /// The first entry. Every call begins a walk of its own.
+    /// Returns the first entry. Every call begins a separate walk.
     DirectoryIterator begin(qncore::ErrorInfoPtr* error = nullptr) const;
     DirectoryIterator end() const noexcept;
 
@@ -79,9 +79,9 @@ class DirectorySequence {
     qncore::RefCountPtr<impl::DirectorySequenceImpl> impl_;
 };
 
-/// A position in a walk. Copies cost nothing and go on independently: the one that moves first
-/// takes the system's handle, the others find their place again by the name of their entry. If that
-/// entry is gone by then, they report error.qnfile.directory.iterator and are at the end.
+/// A position in a walk. Copies are cheap and independent: the one that moves first takes the
+/// system's handle, the others find their place again by the name of their entry. If that entry has
+/// been removed, they report error.qnfile.directory.iterator and are at the end.
 class DirectorySequence::DirectoryIterator {
   public:
     using iterator_concept = std::forward_iterator_tag;
@@ -93,7 +93,7 @@ class DirectorySequence::DirectoryIterator {
 
     /// The end.
     DirectoryIterator() noexcept = default;
-    /// The place of an entry; one from a full path goes on among its siblings.
+    /// The place of an entry. After one from a full path, its siblings follow.
     explicit DirectoryIterator(DirectoryEntry entry) noexcept
         : entry_(std::move(entry)) {}
 
@@ -106,7 +106,7 @@ class DirectorySequence::DirectoryIterator {
     /// its entry; the next step continues after what failed. Moving the end reports
     /// error.qnfile.directory.iterator.
     void increment(qncore::ErrorInfoPtr* error);
-    /// As increment(nullptr).
+    /// Call increment(nullptr).
     DirectoryIterator& operator++();
     DirectoryIterator operator++(int);
 

@@ -1,9 +1,5 @@
 #include "qnfile/directory_sequence_impl.h"
 
-#include <algorithm>
-
-#include "platform/path.h"
-
 namespace qnfile::impl {
 namespace {
 
@@ -18,11 +14,6 @@ std::uint32_t hash_of(std::string_view text) noexcept {
         hash = 5 * hash + static_cast<std::uint32_t>(static_cast<signed char>(character));
     }
     return hash != 0 ? hash : static_cast<std::uint32_t>(text.size());
-}
-
-std::string with_slashes(std::string path) {
-    std::replace_if(path.begin(), path.end(), platform::is_separator, '/');
-    return path;
 }
 
 DirectorySequenceImplWin32::DirectorySequenceImplWin32(std::string basePath, PathPattern options,
@@ -52,7 +43,7 @@ DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const P
             if (parentSequence) {
                 return child;
             }
-            // An object of its own: the child refers to `sequence`, which must not refer back.
+            // A separate object, since the child refers to `sequence`, which must not refer back.
             auto walk = qncore::make_ref_counted<DirectorySequenceImplWin32>(basePath, options);
             walk->first_child_ = std::move(child);
             return walk;
@@ -65,8 +56,8 @@ DirectorySequenceImplWin32::create_sequence(const std::string& basePath, const P
     return sequence;
 }
 
-/// Whether that directory is this one or one above it. The sequences of a walk know this whichever
-/// copy of an iterator walks them.
+/// Returns whether that directory is this one or one above it. The sequences know this, so that all
+/// copies of an iterator answer alike.
 bool DirectorySequenceImplWin32::is_below(
     const std::optional<platform::DirectoryIdentity>& directory) const noexcept {
     const DirectorySequenceImplWin32* above = this;

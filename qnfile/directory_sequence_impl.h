@@ -14,22 +14,19 @@ namespace qnfile::impl {
 /// The hash of names and paths: 5 * h + byte over the signed bytes; 0 only for an empty text.
 std::uint32_t hash_of(std::string_view text) noexcept;
 
-/// The path with `/` in place of each of the system's separators.
-std::string with_slashes(std::string path);
-
 class DirectorySequenceImplWin32;
 using DirectorySequencePtr = qncore::RefCountPtr<DirectorySequenceImplWin32>;
 
 /// One directory of a walk. A directory that the walk has entered refers to the one above; only the
-/// object that the caller of a walk holds refers downward.
+/// object that the caller holds refers downward.
 class DirectorySequenceImplWin32 final : public DirectorySequenceImpl {
   public:
     DirectorySequenceImplWin32(std::string basePath, PathPattern options,
                                DirectorySequencePtr parent = {});
 
     /// Opens the directory and descends to the first match. Returns the sequence that holds the
-    /// match if there is a parent, else the beginning of the walk. Null if there is no match, if
-    /// it lies more than 100 levels down, or if a link leads back to a directory above.
+    /// match if there is a parent, else the beginning of the walk. Returns null if there is no
+    /// match, if it is more than 100 levels down, or if a link leads back to a directory above.
     static DirectorySequencePtr create_sequence(const std::string& basePath,
                                                 const PathPattern& options,
                                                 const DirectoryIteratorPtr& parentIterator,
@@ -45,8 +42,8 @@ class DirectorySequenceImplWin32 final : public DirectorySequenceImpl {
         return options_.has_more_segments() || iterator.is_descend_only();
     }
 
-    /// An iterator on the first accepted entry, used by no entry yet: the one that is kept, or a
-    /// new one. Null if there is no accepted entry.
+    /// Returns an iterator on the first accepted entry that no entry uses yet: the one that is
+    /// kept, or a new one. Null if there is no accepted entry.
     DirectoryIteratorPtr first_iterator(qncore::ErrorInfoPtr* error);
 
     /// Drops the iterator if it is the one that is kept.

@@ -11,8 +11,8 @@ namespace qnfile::impl {
 
 enum FileAccessMode : std::uint32_t { access_read = 0, access_write = 1, access_read_write = 2 };
 
-/// The open file of every stream: maps the layer's enumerations to the system's, owns the handle,
-/// and makes one call of the system for each operation.
+/// The open file of every stream: maps this layer's enumerations to the platform's, owns the
+/// handle, and makes one system call for each operation.
 class FileImpl {
   public:
     FileImpl(const std::string& filename, FileAccessMode access,
@@ -24,10 +24,10 @@ class FileImpl {
     const std::string& filename() const noexcept { return filename_; }
     platform::FileHandle handle() const noexcept { return handle_; }
 
-    /// The bytes transferred, which may be fewer than asked. A count of 2^32 or more throws.
+    /// Returns the bytes read, which may be fewer than requested. A count of 2^32 or more throws.
     std::uint64_t read(void* buffer, std::uint64_t count);
-    /// The same at a position from the start, without the file pointer; at or beyond the end a read
-    /// of one byte or more fails.
+    /// Reads at a position, counted from the start, without the file pointer. At or beyond the end
+    /// a read of one byte or more fails.
     std::uint64_t read_at(std::uint64_t position, void* buffer, std::uint64_t count);
     std::uint64_t write(const void* buffer, std::uint64_t count);
 
@@ -38,13 +38,13 @@ class FileImpl {
     /// Keeps the position if that is below the new end, else leaves it there.
     void resize(std::uint64_t bytes);
 
-    /// Skips at most `count` bytes up to the end; from beyond the end, `count` bytes further.
+    /// Skips at most `count` bytes up to the end; from beyond the end, all `count` bytes.
     std::uint64_t skip(std::uint64_t count);
 
     /// Bytes left until the end; beyond it the difference wraps around.
     std::uint64_t available();
 
-    /// Writes all or throws; the part that a short write has written stays.
+    /// Writes all or throws. What a short write has written stays.
     std::uint64_t write_all(const void* buffer, std::uint64_t count);
 
   private:

@@ -6,6 +6,7 @@
 #include "qncore/error_composer.h"
 #include "qnfile/errors.h"
 #include "qnfile/file_utilities.h"
+#include "qnfile/path_forms.h"
 #include "qnuri/parse.h"
 #include "qnuri/percent_encoding.h"
 
@@ -20,8 +21,8 @@ using qnuri::UriReference;
 constexpr int invalid_argument = 22; // EINVAL; required as this number on every system
 constexpr const char* filename_from_uri_name = "qnfile::filename_from_uri()";
 
-/// Replaces the root as the drive when a reference is resolved on a system without drives: the
-/// first segment of a `file` path is set aside as the drive, so it must not be a directory.
+/// Stands for the drive when a reference is resolved on a system without drives: resolution keeps
+/// the first segment of a `file` path as the drive, so it must not be a directory.
 constexpr std::string_view root_as_drive = "/.";
 
 bool names_nothing(const UriReference& uri) {
@@ -38,8 +39,8 @@ void report(ErrorInfoPtr* error, const char* message, const UriReference& uri) {
     report(error, ErrorComposer(message).param("uri", uri.text()));
 }
 
-/// Escapes each byte that means something in a URI. These include ":", as "/a:/" would be taken for
-/// a drive, and "\", which would be taken for a separator.
+/// Escapes each byte that has a meaning in a URI. These include ":", as "/a:/" would be taken for a
+/// drive, and "\", which would be taken for a separator.
 std::string escape_path(std::string_view path) {
     return qnuri::percent_encode(path, qnuri::chars::unreserved | qnuri::chars::slash);
 }
@@ -57,7 +58,7 @@ std::string current_directory() {
     if (!directory) {
         qncore::throw_error(qncore::ErrorInfo::from_system_error(location, directory.error()));
     }
-    if ((*directory).empty()) {
+    if (directory->empty()) {
         qncore::throw_errno(location, invalid_argument);
     }
     return with_last_separator(*directory);
@@ -84,8 +85,8 @@ std::string native_path(std::string path, const std::string& host) {
     }
     if (!host.empty()) {
         path.insert(0, "\\\\" + host);
-    } else if (path.size() >= 4 && path[0] == '/' && path[2] == ':' && path[3] == '/') {
-        path.erase(0, 1); // required: the second byte may be anything
+    } else {
+        path = impl::without_slash_before_drive(std::move(path));
     }
     std::replace(path.begin(), path.end(), '/', platform::preferred_separator);
     return path;

@@ -9,8 +9,8 @@
 #include "qnfile/flags.h"
 #include "qnuri/uri_reference.h"
 
-// Unbuffered streams over files: one read or write is one call of the system, which may transfer
-// fewer bytes than asked; a read of 0 bytes means the end. A count of 2^32 or more throws
+// Unbuffered streams over files: one read or write is one system call, which may transfer fewer
+// bytes than requested; a read of 0 bytes means the end. A count of 2^32 or more throws
 // error.qncore.safeCast and transfers nothing. Other failures throw ErrorExceptions below
 // error.qnfile.io with the system's error nested; the stream stays usable. Not thread-safe.
 namespace qnfile {
@@ -37,8 +37,8 @@ enum FileOpenFlags : std::uint32_t {
     flag_none = 0,
     flag_sequential_scan = 1, ///< a hint
     flag_random_access = 2,   ///< a hint
-    flag_write_through = 4,   ///< a write returns when the bytes have reached the device
-    /// Windows only: opens for asynchronous transfers. The reads of views wait for their end; other
+    flag_write_through = 4,   ///< a write returns after the bytes have reached the device
+    /// Windows only: opens for asynchronous transfers. Reads of views wait for the transfer; other
     /// reads and writes fail.
     flag_overlapped = 8,
 };
@@ -53,9 +53,9 @@ class FileStreamBase : public qncore::RefCounted<qncore::AtomicRefCount> {
     virtual const std::string& filename() const = 0;
 };
 
-// Positions and lengths are in bytes. A seek may go beyond the end. There skip() moves on by its
-// whole count and available() wraps around (required). resize() keeps the position if that is below
-// the new end, else sets it to the new end.
+// Positions and lengths are in bytes. A seek may go beyond the end, where skip() moves by its whole
+// count and available() wraps around (required). resize() keeps the position if that is below the
+// new end, else sets it to the new end.
 //
 // create() opens by a name in UTF-8 (on Linux any bytes), relative to the current directory; a name
 // with an embedded NUL throws error.qncore.embeddedNul. Failures are error.qnfile.io.open. By a

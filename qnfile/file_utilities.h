@@ -22,8 +22,8 @@ std::string filename_from_uri(const qnuri::UriReference& uri, qncore::ErrorInfoP
 /// from a "?" on is a query; on Linux every byte of a name survives the way back.
 qnuri::UriReference uri_from_filename(const std::string& filename);
 
-/// These throw the system's error, an `errno` for the current directory. The URI of a directory
-/// ends in "/".
+/// Throw the system's error, an `errno` for the current directory. The URI of a directory ends in
+/// "/".
 qnuri::Uri get_current_directory_as_uri();
 qnuri::Uri get_application_filepath_as_uri();
 
@@ -32,23 +32,24 @@ qnuri::Uri get_application_filepath_as_uri();
 /// take them only if they are ASCII.
 std::string get_temp_directory();
 
-/// Copies content, permissions (Windows: attributes), and time of change. An existing target is
-/// replaced, or is an error with `failIfExists`. A copy that breaks off midway leaves no target;
-/// one that is refused leaves an existing target as it was. This and the next three functions
-/// report error.qnfile.io with the path, or both paths, as parameters.
+/// Copies content, permissions (Windows: attributes), and time of change. Replaces an existing
+/// target, or fails with `failIfExists`. A copy that fails midway leaves no target; one that is
+/// refused leaves an existing target unchanged. This and the next three functions report
+/// error.qnfile.io with the path, or both paths, as parameters.
 void copy_file(const std::string& source, const std::string& target, bool failIfExists,
                qncore::ErrorInfoPtr* error);
 void copy_file(const qnuri::UriReference& source, const qnuri::UriReference& target,
                bool failIfExists, qncore::ErrorInfoPtr* error);
 
-/// Removes a file; of a link the link itself. A separator at the end of the path is an error.
+/// Removes a file or a link, not the target of a link. A separator at the end of the path is an
+/// error.
 void delete_file(const std::string& path, qncore::ErrorInfoPtr* error);
 void delete_file(const qnuri::UriReference& uri, qncore::ErrorInfoPtr* error);
 
 /// Times of last access and last change of a file or directory, in nanoseconds since 1970-01-01
-/// UTC; either pointer may be null. A link is followed for setting, not for getting. Years after
-/// 2262 wrap around. INT64_MAX sets the largest time of all. Windows keeps units of 100 ns; the
-/// rest is cut towards zero.
+/// UTC; either pointer may be null. Setting follows links, getting does not. Years after 2262 wrap
+/// around. INT64_MAX sets the largest time possible. Windows keeps units of 100 ns; the rest is cut
+/// towards zero.
 void get_file_timestamp(const std::string& path, std::int64_t* accessed, std::int64_t* modified,
                         qncore::ErrorInfoPtr* error);
 void get_file_timestamp(const qnuri::UriReference& uri, std::int64_t* accessed,
@@ -58,19 +59,19 @@ void set_file_timestamp(const std::string& path, const std::int64_t* accessed,
 void set_file_timestamp(const qnuri::UriReference& uri, const std::int64_t* accessed,
                         const std::int64_t* modified, qncore::ErrorInfoPtr* error);
 
-/// Bytes; links are followed. Reports error.qnfile.io, with an `errno` nested on Windows too, and
-/// returns 0.
+/// Size in bytes; follows links. Reports error.qnfile.io, with an `errno` nested also on Windows,
+/// and returns 0.
 std::uint64_t query_file_size(const std::string& path, qncore::ErrorInfoPtr* error);
 std::uint64_t query_file_size(const qnuri::UriReference& uri, qncore::ErrorInfoPtr* error);
 
-/// The full path of the file that a link leads to, or of the file itself; directories fail.
-/// Required: an empty file returns an empty string without an error, and a path of 260 characters
-/// (Linux: bytes) or more is error.qnfile.filename.uri. A file that cannot be opened reports the
-/// system's error alone. On Windows a volume without a drive letter gives the device path.
+/// The full path of a file or of the file that a link leads to; directories fail. Required: an
+/// empty file returns an empty string without an error, and a path of 260 characters (Linux: bytes)
+/// or more is error.qnfile.filename.uri. For a file that cannot be opened, reports the system's
+/// error without another one. On Windows a volume without a drive letter yields the device path.
 std::string resolve_link(const std::string& path, qncore::ErrorInfoPtr* error);
 
-/// The URI of the file that a link leads to; undefined on failure and for an empty file. A path
-/// that is no link is returned as it is, or undefined if it has no scheme.
+/// The URI of the file that a link leads to; undefined on failure and for an empty file. The URI of
+/// a path that is not a link is returned unchanged, or undefined if it has no scheme.
 qnuri::Uri resolve_link(const qnuri::UriReference& uri, qncore::ErrorInfoPtr* error);
 
 } // namespace qnfile

@@ -4,7 +4,7 @@
 
 namespace qnfile {
 
-/// Whether an enumeration is a set of flags, which `|` combines.
+/// True for enumerations that are sets of flags, which `|` combines.
 template <class Enumeration>
 inline constexpr bool is_flag_set = false;
 

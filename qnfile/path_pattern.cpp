@@ -33,9 +33,9 @@ constexpr Unit fold(Unit unit) noexcept {
     return unit >= Unit{'A'} && unit <= Unit{'Z'} ? static_cast<Unit>(unit - 'A' + 'a') : unit;
 }
 
-/// The wildcard match. Searches after the same star differ only in where in the text they begin, so
+/// The wildcard match. Searches after the same star differ only in where they begin in the text, so
 /// it proceeds star by star and keeps the set of those positions: the time is the product of the
-/// lengths, however many stars there are. The earliest position alone would not do, because an
+/// lengths, however many stars there are. The earliest position alone does not suffice, because an
 /// invalid character ends one scan and not another.
 template <class Unit>
 class Glob {
@@ -83,8 +83,8 @@ class Glob {
         return piece;
     }
 
-    /// Tries the piece at each of the begins and, by whole characters, after them, and collects
-    /// where it ends. False if it matches nowhere.
+    /// Tries the piece at each begin and, by whole characters, after it, and collects the ends.
+    /// Returns false if it matches nowhere.
     bool search(View piece) {
         ends_.assign(ends_.size(), false);
         bool found = false;

@@ -24,9 +24,9 @@ enum PathPatternKind : std::uint32_t {
 /// compiled and tested against names; next_segment() serves the level below. If case does not
 /// matter, A to Z match a to z; other letters match in the same case only.
 ///
-/// A match takes at most time in the product of both lengths. At most 32 runs of stars may have
-/// something after them: with more, a segment matches nothing. The narrow form works on UTF-8
-/// bytes, the wide form on UTF-16 units.
+/// A match takes at most time in the product of both lengths. If more than 32 runs of stars have
+/// something after them, a segment matches nothing. The narrow form works on UTF-8 bytes, the wide
+/// form on UTF-16 units.
 template <class Unit>
 class BasicPathPattern {
   public:
@@ -41,14 +41,14 @@ class BasicPathPattern {
     /// Length of the first segment in units.
     std::size_t segment_length() const noexcept { return segment_length_; }
     bool has_more_segments() const noexcept { return has_more_segments_; }
-    /// Whether a leading `**` was removed.
+    /// True if a leading `**` was removed.
     bool is_recursive() const noexcept { return recursive_; }
     bool is_case_sensitive() const noexcept { return case_sensitive_; }
     /// The remaining text; lower case if case does not matter.
     const String& text() const noexcept { return pattern_; }
 
-    /// The pattern of the level below; call it only if has_more_segments(). It is recursive only by
-    /// a `**` of its own.
+    /// The pattern of the level below; call it only if has_more_segments(). It is recursive only if
+    /// it begins with `**` itself.
     BasicPathPattern next_segment() const;
 
     /// Tests one name against the first segment.

@@ -28,7 +28,7 @@ RefCountPtr<FileReadStreamView> FileReadStreamView::create(const qnuri::UriRefer
 namespace impl {
 namespace {
 
-/// What a range must lie in, and how a failure reports it.
+/// The bounds of a range, and how a failure reports them.
 struct Bound {
     const char* message;
     const char* parameter;

@@ -5,8 +5,8 @@
 
 namespace qnfile::impl {
 
-/// The state of reading a range of a file that it does not own. The position is absolute and never
-/// leaves the range.
+/// The state of reading a range of a file that it does not own. The position is absolute and always
+/// within the range.
 struct FileReadView {
     /// Throws error.qnfile.io.view.badRange if the range exceeds the present size of the file.
     FileReadView(FileImpl& sharedFile, std::uint64_t start, std::uint64_t length);
@@ -25,7 +25,7 @@ struct FileReadView {
     void move_to(std::uint64_t target) noexcept;
 };
 
-/// What roots and children have in common.
+/// The common base of roots and children.
 class ReadingView : public FileReadStreamView {
   public:
     std::uint64_t read(void* buffer, std::uint64_t count) override {
@@ -36,7 +36,7 @@ class ReadingView : public FileReadStreamView {
     std::uint64_t seek(std::int64_t offset, qncore::SeekOrigin origin) override {
         return view().seek(offset, origin);
     }
-    /// Beyond the end the size wraps around; the range check then reports that size.
+    /// Beyond the end the size wraps around, and the range check reports that size.
     qncore::RefCountPtr<qncore::ISeekableReadStreamView> create_view(std::uint64_t offset) final {
         return create_view(offset, size() - offset);
     }

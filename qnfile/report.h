@@ -26,7 +26,7 @@ inline void report_depth(qncore::ErrorInfoPtr* slot, const char* message,
                                                                      location, 7);
 }
 
-/// Whether a slot holds an error, after which no further step is taken.
+/// True if a slot holds an error, after which no further step is taken.
 inline bool holds_error(const qncore::ErrorInfoPtr* slot) noexcept {
     return slot != nullptr && *slot != nullptr;
 }

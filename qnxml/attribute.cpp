@@ -16,7 +16,7 @@ const std::string& xmlns_namespace() {
 
 bool XmlNode::set_name(std::string_view qualifiedName) {
     namespace_ = nullptr;
-    // Nodes are used again, mostly for a tag like the one before: the name is often there already.
+    // Nodes are reused, mostly for a tag like the one before, so the name is often the same.
     if (name_ == qualifiedName) {
         return false;
     }

@@ -11,7 +11,7 @@ namespace qnxml {
 const std::string& xml_namespace();
 const std::string& xmlns_namespace();
 
-/// Given as a namespace, matches every namespace and the absence of one.
+/// As a namespace to search for, matches every namespace and the absence of one.
 inline constexpr std::string_view any_namespace{};
 
 /// The name of an element or an attribute: qualified name, local part, namespace.
@@ -19,20 +19,20 @@ class XmlNode {
   public:
     const std::string& qualified_name() const noexcept { return name_; }
 
-    /// Where the local name begins in the qualified name: after its first colon, else 0.
+    /// The position of the local name in the qualified name: after its first colon, else 0.
     std::size_t local_name_offset() const noexcept { return localNameOffset_; }
 
-    /// What follows the first colon, or the whole name.
+    /// The part after the first colon, or the whole name.
     std::string_view local_name() const noexcept {
         return std::string_view(name_).substr(localNameOffset_);
     }
-    /// What precedes the first colon; empty without one.
+    /// The part before the first colon; empty without one.
     std::string_view prefix() const noexcept {
         return {name_.data(), localNameOffset_ == 0 ? 0 : localNameOffset_ - 1};
     }
 
     /// Null without a namespace. The string is one of the two above or the value of an attribute
-    /// of this or an enclosing element, and lives as long as the element.
+    /// of this or an enclosing element, and is valid while the element lives.
     const std::string* namespace_name() const noexcept { return namespace_; }
 
     /// Compares both parts of the name. A namespace without data (`any_namespace`, a default
@@ -54,9 +54,9 @@ class XmlNode {
     friend class XmlElement;
     friend class XmlReader;
 
-    /// Sets the name and finds its local part. True if the name was another one before.
+    /// Sets the name and finds its local part. Returns true if the name has changed.
     bool set_name(std::string_view qualifiedName);
-    /// Whether something follows the first colon, if there is one.
+    /// True unless the first colon is the last character.
     bool has_local_name() const noexcept {
         return localNameOffset_ == 0 || localNameOffset_ != name_.size();
     }

@@ -32,8 +32,8 @@ XmlLocation XmlBufferedStreamTokenizerBase::location() const {
             sourceCarry_ + static_cast<std::uint64_t>(cursor_ - buffer_.get())};
 }
 
-/// Reads after the first `kept` bytes of the buffer and puts the cursor at its start. Leaves the
-/// end of the data where it is.
+/// Reads after the first `kept` bytes of the buffer and moves the cursor to its start. Does not
+/// change the end of the data.
 bool XmlBufferedStreamTokenizerBase::refill(std::size_t kept, std::uint64_t* count) {
     lineCarry_ += static_cast<std::uint64_t>(cursor_ - lineStart_);
     sourceCarry_ += static_cast<std::uint64_t>(cursor_ - buffer_.get());
@@ -76,9 +76,9 @@ int XmlBufferedStreamTokenizerBase::take(char* out, std::size_t length) {
     return static_cast<int>(length);
 }
 
-/// The end of the data after a CR or inside a sequence. Required: the end stays where it was, so
-/// that a caller who asks once more reads the old content of the buffer again. The second time it
-/// is corrected: otherwise `<a>x` and a CR would never end.
+/// The end of the data after a CR or inside a sequence. Required: the end of the old data stays, so
+/// a caller that continues reads the content of the buffer again. The second time it is corrected;
+/// otherwise `<a>x` and a CR would never end.
 int XmlBufferedStreamTokenizerBase::end_with_stale_data() {
     if (std::exchange(staleDataRead_, true)) {
         dataEnd_ = cursor_;
@@ -120,8 +120,8 @@ int XmlBufferedStreamTokenizerBase::get_sequence(char* out) {
     return get_cut_sequence(out);
 }
 
-/// Goes on with a sequence that the end of the buffer cuts. One that the end of the data cuts is
-/// lost.
+/// Completes a sequence that is cut by the end of the buffer. One that is cut by the end of the
+/// data is lost.
 int XmlBufferedStreamTokenizerBase::get_cut_sequence(char* out) {
     const std::size_t kept = at_hand();
     std::memmove(buffer_.get(), cursor_, kept);

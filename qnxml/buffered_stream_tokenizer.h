@@ -10,8 +10,8 @@ namespace qnxml {
 /// sequences, turns every line end (CR, LF, CRLF) into one byte 10, and tracks the position. Reads
 /// UTF-8 only.
 ///
-/// A CR as the last byte of the data, and a character that the end of the data cuts, yield no
-/// character. If text was held at that point, the last fill of the buffer is read a second time.
+/// A CR as the last byte of the data, and a character cut by the end of the data, yield no
+/// character. If text was held at that point, the last fill of the buffer is read again (required).
 class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
   public:
     XmlLocation location() const override;
@@ -35,13 +35,12 @@ class XmlBufferedStreamTokenizerBase : public XmlCharStreamTokenizerBase {
     int invalid_sequence();
     int end_with_stale_data();
     int take(char* out, std::size_t length);
-    void start_line();
     std::size_t at_hand() const { return static_cast<std::size_t>(dataEnd_ - cursor_); }
 
     std::size_t capacity_;
     std::unique_ptr<char[]> buffer_;
     std::uint32_t line_;
-    const char* lineStart_;         ///< the buffer's start if the line began in an earlier fill
+    const char* lineStart_;         ///< start of the buffer if the line began in an earlier fill
     std::uint64_t lineCarry_ = 0;   ///< bytes of the line in earlier fills
     std::uint64_t sourceCarry_ = 0; ///< bytes of all earlier fills
     bool staleDataRead_ = false;

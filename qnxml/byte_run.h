@@ -2,10 +2,10 @@
 
 // The end of a run of bytes, sixteen or eight bytes at a time where the processor has SSE2.
 //
-// This answers what a look-up of each byte in the set answers. In the order of signed bytes, which
-// is the order of SSE2, the bytes outside a set form a few ranges. The ranges are computed from the
-// set itself at compile time, and a byte is outside the set if and only if it is in one of them. No
-// byte past the end is read: fewer than eight bytes, and other processors, take the look-up.
+// The result is that of a look-up of each byte in the set. In the order of signed bytes, which is
+// the order of SSE2, the bytes outside a set form a few ranges. The ranges are computed from the
+// set at compile time, and a byte is outside the set if and only if it is in one of them. No byte
+// past the end is read: fewer than eight bytes, and other processors, use the look-up.
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -83,7 +83,7 @@ unsigned int bits_outside(const char* text) noexcept {
     }
 }
 
-/// end_of_run() of at least `width` bytes. The last block begins among bytes that were looked at.
+/// end_of_run() of at least `width` bytes. The last block overlaps the one before.
 template <const ByteSet& set, std::ptrdiff_t width>
 const char* end_of_run_in_blocks(const char* begin, const char* end) noexcept {
     unsigned int outside = bits_outside<set, width>(begin);

@@ -6,7 +6,7 @@
 
 namespace qnxml {
 
-/// A set of bytes, one test a look-up.
+/// A set of bytes with one test per look-up.
 class ByteSet {
   public:
     /// The bytes below 128 for which the test holds.
@@ -24,7 +24,7 @@ class ByteSet {
         return ascii_where([bytes](char byte) { return bytes.find(byte) != bytes.npos; });
     }
 
-    /// The bytes below 128 that are characters by themselves and end no line, except `special`.
+    /// The bytes below 128 except line ends and `special`.
     static constexpr ByteSet plain_but(std::string_view special) {
         return ascii_where([special](char byte) {
             return byte != '\n' && byte != '\r' && special.find(byte) == special.npos;

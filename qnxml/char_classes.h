@@ -7,7 +7,7 @@
 namespace qnxml {
 
 /// Bits of char_class(): the productions of XML 1.0, appendix B (first to fourth edition), white
-/// space, and four characters of their own.
+/// space, and four single characters.
 enum CharClass : std::uint32_t {
     char_class_letter = 0x0001, ///< BaseChar
     char_class_digit = 0x0002,
@@ -21,11 +21,11 @@ enum CharClass : std::uint32_t {
     char_class_underscore = 0x8000,
 };
 
-/// What may begin a name. Required: a dot may, a colon may not.
+/// Classes that may begin a name. Required: a dot may, a colon may not.
 constexpr std::uint32_t name_start_classes =
     char_class_letter | char_class_ideographic | char_class_dot | char_class_underscore;
 
-/// What may follow in a name.
+/// Classes that may follow in a name.
 constexpr std::uint32_t name_classes = name_start_classes | char_class_digit |
                                        char_class_combining | char_class_extender |
                                        char_class_hyphen | char_class_colon;
@@ -143,7 +143,7 @@ inline constexpr CharClassRow char_class_rows[] = {
 
 } // namespace impl
 
-/// The classes of a code point, 0 for one that has none.
+/// The classes of a code point, 0 if it has none.
 constexpr std::uint32_t char_class(std::uint32_t codePoint) noexcept {
     const auto* const end = std::end(impl::char_class_rows);
     const auto* const row = std::partition_point(

@@ -100,7 +100,7 @@ bool XmlCharStreamTokenizerBase::next_char_uncond() {
     return length > 0;
 }
 
-/// Whether the pending character may be the next one of the name in the text.
+/// Returns whether the pending character may continue the name in the text.
 bool XmlCharStreamTokenizerBase::pending_in_name() const {
     unsigned int code_point = static_cast<unsigned char>(pending_[0]);
     if (pendingLength_ != 1) {
@@ -110,7 +110,7 @@ bool XmlCharStreamTokenizerBase::pending_in_name() const {
     return (char_class(code_point) & (text_.empty() ? name_start_classes : name_classes)) != 0;
 }
 
-/// Takes a name that is ready as a whole, with its terminator, which is pending then. Otherwise
+/// Takes a name that is ready as a whole with its terminator, which is then pending. Otherwise
 /// takes nothing and returns false.
 bool XmlCharStreamTokenizerBase::take_name(const ByteSet& terminators) {
     if (pendingLength_ != 0 && !pendingIsReady_) {
@@ -129,7 +129,7 @@ bool XmlCharStreamTokenizerBase::take_name(const ByteSet& terminators) {
     return fetch_next();
 }
 
-/// Copies the token's text if it is among the ready bytes, so that it outlasts them.
+/// Copies the token's text if it is among the ready bytes, so that it outlives them.
 void XmlCharStreamTokenizerBase::copy_text_in_place() {
     if (textInPlace_.data() != nullptr) {
         text_ = textInPlace_;
@@ -157,7 +157,7 @@ bool XmlCharStreamTokenizerBase::read_name_by_characters(const ByteSet& terminat
     return false;
 }
 
-/// Skips blanks, tabs and newlines. True if there were any.
+/// Skips blanks, tabs and newlines. Returns true if there were any.
 bool XmlCharStreamTokenizerBase::skip_whitespace() {
     bool any = false;
     while (fetch() && pendingLength_ == 1 && white_space.contains(pending_[0])) {
@@ -167,8 +167,8 @@ bool XmlCharStreamTokenizerBase::skip_whitespace() {
     return any;
 }
 
-/// Reads until the bytes of the literal have come in their order. Required: what stands between
-/// them is lost, and only the end of the data or a failure of the source returns false.
+/// Reads until the bytes of the literal have come in order. Required: other bytes between them are
+/// lost, and only the end of the data or a failure of the source returns false.
 bool XmlCharStreamTokenizerBase::expect_literal(const char* literal) {
     while (*literal != '\0') {
         if (!fetch()) {
@@ -183,7 +183,7 @@ bool XmlCharStreamTokenizerBase::expect_literal(const char* literal) {
     return true;
 }
 
-/// The failure of a fetch: that of the source, already stored, or else the message for the end.
+/// The failure of a fetch: that of the source, which is already stored, or the end of the data.
 XmlTokenType XmlCharStreamTokenizerBase::no_char(const char* message,
                                                  const impl::TokenizerPlace& place) {
     return state_ == State::Failed ? XmlTokenType::Error : syntax_failure(message, place);

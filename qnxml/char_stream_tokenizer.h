@@ -18,8 +18,8 @@ namespace impl {
 struct TokenizerPlace;
 }
 
-/// The tokenizer over a source of UTF-8 characters. Checks what needs no memory of nesting; what it
-/// accepts beyond XML 1.0 is listed in reader.h.
+/// The tokenizer over a source of UTF-8 characters. Checks whatever does not depend on nesting.
+/// reader.h lists what it accepts beyond XML 1.0.
 class XmlCharStreamTokenizerBase : public IXmlTokenizer {
   public:
     XmlCharStreamTokenizerBase(const XmlCharStreamTokenizerBase&) = delete;
@@ -36,23 +36,22 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     XmlCharStreamTokenizerBase();
 
     /// Writes the bytes of the next character, at most 8, and returns their number: 0 at the end
-    /// of the data, a negative value after a failure. A line end is the one byte 10; 13 never
-    /// comes.
+    /// of the data, a negative value after a failure. A line end is the single byte 10, never 13.
     virtual int get_next_char(char* out) = 0;
 
-    /// Creates an error with that message at the current position, stores it in place of any other,
-    /// and puts the tokenizer into its final state of failure.
+    /// Creates an error with that message at the current position, replaces the stored error, and
+    /// enters the final state of failure.
     XmlTokenType stream_failure(const char* message, const qncore::SourceLocation& location,
                                 qncore::ErrorInfoPtr nested);
 
-    /// The bytes that a derived class has ready; none if it has none. A byte below 128 other than
-    /// 10 and 13 may be taken from here without a call of get_next_char(). The bytes must stay
-    /// where they are until that is called.
+    /// The bytes that a derived class has ready, if any. A byte below 128 other than 10 and 13 may
+    /// be taken from here instead of by get_next_char(). The bytes must not move until that is
+    /// called.
     const char* cursor_ = nullptr;
     const char* dataEnd_ = nullptr;
 
   private:
-    /// What the next call of next_token() goes on with.
+    /// What the next call of next_token() continues with.
     enum class State : std::uint32_t {
         Start = 1,
         End = 2,
@@ -97,8 +96,8 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     bool next_char_uncond();
     void drop() { pendingLength_ = 0; }
     bool pending_is(char byte) const { return pendingLength_ == 1 && pending_[0] == byte; }
-    /// Consumes the byte if it comes next, pending or ready. It must be one that may be taken from
-    /// the cursor.
+    /// Consumes the byte if it is next, pending or ready. It must be one that may be taken from the
+    /// cursor.
     bool accept_ready(char byte) {
         if (pendingLength_ != 0) {
             return pending_is(byte) && std::exchange(pendingLength_, 0) != 0;
@@ -108,14 +107,14 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
         return accepted;
     }
     bool pending_in_name() const;
-    /// Moves the pending character to the text. True if the text is a whole chunk now.
+    /// Moves the pending character to the text. Returns true if the text is now a whole chunk.
     bool append_pending() {
         text_.append(pending_.data(), pendingLength_);
         drop();
         return text_.size() > chunkLimit;
     }
 
-    // Texts. A text that is ready as a whole is not copied: the token refers to the bytes.
+    // Texts. A text that is ready as a whole is not copied; the token refers to the bytes.
     template <const ByteSet& plain, const ByteSet& ends>
     bool take_text();
     bool take_name(const ByteSet& terminators);
@@ -134,7 +133,7 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     XmlTokenType fail(const qncore::ErrorCode& code, const char* message,
                       const qncore::SourceLocation& location, qncore::ErrorInfoPtr nested);
 
-    XmlTokenType parse_attrname();
+    XmlTokenType parse_attrname(bool after_blanks, const impl::TokenizerPlace& place);
     XmlTokenType parse_after_attrname();
     XmlTokenType parse_attrvalue();
     XmlTokenType parse_attrvalue_by_characters();
@@ -156,6 +155,8 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     XmlTokenType parse_xmldecl();
     bool parse_char_reference();
     XmlTokenType close_section(State closing, XmlTokenType end);
+    XmlTokenType end_tag(const char* literal, XmlTokenType end, const char* message,
+                         const impl::TokenizerPlace& place);
     XmlTokenType enter(State state, XmlTokenType token) {
         state_ = state;
         return token;
@@ -177,9 +178,9 @@ class XmlCharStreamTokenizerBase : public IXmlTokenizer {
     qncore::ErrorInfoPtr error_;
 };
 
-/// With nothing pending, takes the ready bytes of `plain`, as far as they would be taken one by
-/// one. True if they complete a chunk, or if they are the whole text of the token because a byte of
-/// `ends` follows, which is pending then.
+/// If nothing is pending, takes the ready bytes of `plain` that would be taken one by one. Returns
+/// true if they complete a chunk, or if they are the whole text of the token because a byte of
+/// `ends` follows, which is then pending.
 template <const ByteSet& plain, const ByteSet& ends>
 bool XmlCharStreamTokenizerBase::take_text() {
     if (pendingLength_ != 0) {

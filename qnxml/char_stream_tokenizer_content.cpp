@@ -1,4 +1,5 @@
 // Content of elements, the start of markup, references.
+#include "qnuri/char_classes.h"
 #include "qnxml/char_stream_tokenizer.h"
 #include "qnxml/tokenizer_location.h"
 
@@ -19,14 +20,6 @@ constexpr ByteSet after_entity_name = ByteSet::of(";\0"sv);
 
 constexpr std::size_t most_hex_digits = 8;
 constexpr std::size_t most_decimal_digits = 10;
-
-bool is_decimal(char byte) noexcept {
-    return byte >= '0' && byte <= '9';
-}
-
-bool is_hex_letter(char byte) noexcept {
-    return (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
-}
 
 } // namespace
 
@@ -69,7 +62,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_content_by_characters() {
     }
 }
 
-/// Goes on after "<", which has been consumed or is pending.
+/// Continues after "<", which has been consumed or is pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_markup() {
     drop();
     if (take_name(after_start_tag_name)) {
@@ -134,8 +127,8 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_endtag() {
     return XmlTokenType::EndTag;
 }
 
-/// Goes on after a pending "&", in content and in attribute values alike. Required: any single
-/// byte closes a numeric reference.
+/// Continues after a pending "&", in content and in attribute values. Required: any single byte
+/// closes a numeric reference.
 XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
     constexpr const char* end_of_data = "End of data in entity or character reference";
     text_.clear();
@@ -162,14 +155,14 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_reference() {
     return is_char_reference ? XmlTokenType::CharRef : XmlTokenType::EntityRef;
 }
 
-/// Reads the digits of a reference to the text, with the "x" that may stand before them.
+/// Reads the digits of a reference, and an "x" before them, to the text.
 bool XmlCharStreamTokenizerBase::parse_char_reference() {
     const bool hex = pending_is('x');
     if (hex) {
         append_pending();
     }
-    while (fetch() && pendingLength_ == 1 &&
-           (is_decimal(pending_[0]) || (hex && is_hex_letter(pending_[0])))) {
+    const auto digit = hex ? qnuri::chars::hex : qnuri::chars::digit;
+    while (fetch() && pendingLength_ == 1 && qnuri::chars::is(pending_[0], digit)) {
         append_pending();
     }
     const std::size_t digits = text_.size() - (hex ? 1 : 0);

@@ -84,7 +84,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_comment() {
 }
 
 /// Required: a "?" that does not close the instruction is lost, and the character after it is taken
-/// unexamined, so that "??>" closes nothing.
+/// unexamined, so "??>" does not close it.
 XmlTokenType XmlCharStreamTokenizerBase::parse_pi() {
     constexpr const char* end_of_data = "End of data in processing instruction";
     text_.clear();

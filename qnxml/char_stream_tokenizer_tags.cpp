@@ -14,8 +14,6 @@ constexpr ByteSet single_quoted_ends = ByteSet::of("&'");
 // Required: a NUL byte also terminates a name.
 constexpr ByteSet after_attribute_name = ByteSet::of(std::string_view("\n\t =\0", 5));
 
-constexpr const char* expecting_whitespace = "Expecting whitespace before attribute name";
-
 constexpr bool is_quote(char byte) noexcept {
     return byte == '"' || byte == '\'';
 }
@@ -29,16 +27,10 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_xmldecl() {
         return no_char("End of data in XML declaration", QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
     if (pending_is('?')) {
-        if (expect_literal("?>")) {
-            return enter(State::Content, XmlTokenType::XmldeclEnd);
-        }
-        return no_char("Invalid XML declaration, expecting '?>'",
+        return end_tag("?>", XmlTokenType::XmldeclEnd, "Invalid XML declaration, expecting '?>'",
                        QN_TOKENIZER_LOCATION("parse_xmldecl"));
     }
-    if (!blanks) {
-        return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_xmldecl"));
-    }
-    return parse_attrname();
+    return parse_attrname(blanks, QN_TOKENIZER_LOCATION("parse_xmldecl"));
 }
 
 XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
@@ -60,16 +52,16 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_starttag() {
         return enter(State::Content, XmlTokenType::StartTagEnd);
     }
     if (pending_is('/')) {
-        if (expect_literal("/>")) {
-            return enter(State::Content, XmlTokenType::StartTagEndEmpty);
-        }
-        return no_char("Invalid empty tag; expecting '/>'",
+        return end_tag("/>", XmlTokenType::StartTagEndEmpty, "Invalid empty tag; expecting '/>'",
                        QN_TOKENIZER_LOCATION("parse_starttag"));
     }
-    if (!blanks) {
-        return syntax_failure(expecting_whitespace, QN_TOKENIZER_LOCATION("parse_starttag"));
-    }
-    return parse_attrname();
+    return parse_attrname(blanks, QN_TOKENIZER_LOCATION("parse_starttag"));
+}
+
+XmlTokenType XmlCharStreamTokenizerBase::end_tag(const char* literal, XmlTokenType end,
+                                                 const char* message,
+                                                 const impl::TokenizerPlace& place) {
+    return expect_literal(literal) ? enter(State::Content, end) : no_char(message, place);
 }
 
 /// Reads from the end of an attribute's name up to the quote, which stays pending.
@@ -93,7 +85,11 @@ bool XmlCharStreamTokenizerBase::read_equals_sign() {
     return false;
 }
 
-XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
+XmlTokenType XmlCharStreamTokenizerBase::parse_attrname(bool after_blanks,
+                                                        const impl::TokenizerPlace& place) {
+    if (!after_blanks) {
+        return syntax_failure("Expecting whitespace before attribute name", place);
+    }
     text_.clear();
     if (!read_name(after_attribute_name, "Expecting attribute name")) {
         return XmlTokenType::Error;
@@ -101,7 +97,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrname() {
     return parse_after_attrname();
 }
 
-/// Goes on after an attribute's name, with its terminator pending.
+/// Continues after an attribute's name, with its terminator pending.
 XmlTokenType XmlCharStreamTokenizerBase::parse_after_attrname() {
     if (pending_is('=') && is_ready() && is_quote(*cursor_)) {
         fetch_next();
@@ -163,7 +159,7 @@ XmlTokenType XmlCharStreamTokenizerBase::parse_attrvalue_by_characters() {
     return end_attrvalue();
 }
 
-/// Goes on after the closing quote.
+/// Continues after the closing quote.
 XmlTokenType XmlCharStreamTokenizerBase::end_attrvalue() {
     switch (state_) {
     case State::XmlDeclValue:

@@ -19,7 +19,7 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t least_size = 32;
 
-// What a declaration may call an encoding, compared loosely.
+// Names of encodings in a declaration, compared by encoding_names_equal().
 constexpr std::string_view utf8_names[] = {"utf8"};
 constexpr std::string_view utf16_names[] = {"utf16", "utf16le", "ucs2", "ucs2le",
                                             "iso-10646-ucs-2"};
@@ -28,11 +28,11 @@ constexpr std::string_view ucs4_names[] = {"utf32", "utf32le", "ucs4", "ucs4le",
 constexpr std::string_view ucs4be_names[] = {"utf32be", "ucs4be"};
 
 struct Encoding {
-    const char* name;    ///< as given out
+    const char* name;    ///< as reported
     std::size_t unit;    ///< bytes of a code unit
     std::size_t lowByte; ///< which of them is the low one
     std::string_view mark;
-    std::size_t sniffedUnits; ///< by which it is recognised without a mark; 0 if it is not
+    std::size_t sniffedUnits; ///< units that recognise it without a mark; 0 if none do
     std::span<const std::string_view> declaredNames;
 };
 
@@ -46,7 +46,7 @@ constexpr Encoding encodings[] = {
     {"UTF-16BE", 2, 1, "\xFE\xFF"sv, 2, utf16be_names},
 };
 
-/// What a block is read as if nothing is recognised. Its declaration may then name any encoding.
+/// The encoding of a block if none is recognised. Its declaration may then name any encoding.
 constexpr Encoding unrecognised = {"UTF-8", 1, 0, {}, 0, {}};
 
 /// The first encoding for which the test holds; `unrecognised` if there is none.
@@ -138,8 +138,8 @@ class Units {
     std::size_t unit_;
 };
 
-/// The quoted text after the first "encoding" and a "=". Required: the word counts wherever it is,
-/// even inside another value.
+/// The quoted text after the first "encoding" and a "=". Required: the word counts anywhere, even
+/// inside another value.
 std::optional<std::string> find_declared_encoding(const Units& declaration) {
     constexpr std::string_view keyword = "encoding";
     Units rest = declaration.find(keyword);
@@ -181,7 +181,7 @@ void check_declared_encoding(const Encoding& apparent, const std::string& declar
     }
 }
 
-/// Sets what is not null.
+/// Sets an output unless it is null.
 template <class Output, class Value>
 void set(Output* output, Value&& value) {
     if (output != nullptr) {

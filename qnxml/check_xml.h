@@ -6,12 +6,12 @@
 namespace qnxml {
 
 /// Returns whether the start of a document may be XML: whether its first character is "<".
-/// Recognises UTF-8, UTF-16 and UCS-4 by a byte order mark or by their zero bytes. Blocks of fewer
-/// than 32 bytes never pass and touch no output. Either output may be null.
+/// Recognises UTF-8, UTF-16 and UCS-4 by a byte order mark or by their zero bytes. For blocks of
+/// fewer than 32 bytes returns false and changes no output. Either output may be null.
 ///
-/// `hasDeclaration` receives whether there is an XML declaration. `encoding` receives the name that
-/// the declaration gives, else the encoding recognised, "UTF-8" if there is none; also if the block
-/// does not pass, unless its mark and its zero bytes disagree.
+/// `hasDeclaration` receives whether there is an XML declaration. `encoding` receives the name in
+/// the declaration, else the encoding recognised, else "UTF-8"; also if the result is false, unless
+/// the mark and the zero bytes disagree.
 ///
 /// Throws error.qnxml if the declaration names an encoding other than the one recognised, and
 /// error.qncore.embeddedNul if that name contains a zero.

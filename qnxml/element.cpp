@@ -10,14 +10,14 @@ constexpr std::size_t first_room = 8;
 constexpr std::size_t most_kept_attributes = 32;
 constexpr std::size_t most_kept_bytes = 256;
 
-/// Frees a text whose memory is too much to be kept for the next use.
+/// Frees a text whose memory is too large to be kept for reuse.
 void free_if_large(std::string& text) noexcept {
     if (text.capacity() > most_kept_bytes) {
         text = std::string();
     }
 }
 
-/// The first answer other than null of the element and those around it.
+/// The first result other than null for the element and the enclosing ones.
 template <class Question>
 const XmlAttribute* first_along_chain(const XmlElement* element, Question question) noexcept {
     const XmlAttribute* found = nullptr;
@@ -39,8 +39,8 @@ XmlElement::XmlElement() = default;
 XmlElement::~XmlElement() = default;
 
 void XmlElement::destroy() const noexcept {
-    // One after the other, without recursion: the chain may be of any length.
-    auto* element = const_cast<XmlElement*>(this); // no element is created const
+    // Without recursion, since the chain may have any length.
+    auto* element = const_cast<XmlElement*>(this); // elements are never created const
     while (element != nullptr) {
         XmlElement* const parent = element->parent_.detach();
         qncore::RefCountPtr<impl::ElementPool> pool;

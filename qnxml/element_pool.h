@@ -4,17 +4,17 @@
 
 namespace qnxml::impl {
 
-/// The elements of one reader that are free to be used again. It lives as long as the reader and
-/// each element that is in use.
+/// The elements of one reader that are free for reuse. It lives as long as the reader and every
+/// element in use.
 class ElementPool final : public qncore::RefCounted<qncore::NonAtomicRefCount> {
   public:
     ElementPool() = default;
 
-    /// A fresh element.
+    /// Returns a fresh element.
     qncore::RefCountPtr<XmlElement> take(XmlElementKind kind,
                                          const qncore::RefCountPtr<XmlElement>& parent);
 
-    /// Takes an element that nobody holds.
+    /// Takes back an element that nobody holds.
     void give_back(XmlElement* element) noexcept;
 
   private:

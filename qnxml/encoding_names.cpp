@@ -2,21 +2,13 @@
 
 #include <string_view>
 
+#include "qnuri/char_classes.h"
+
 namespace qnxml {
 
+namespace chars = qnuri::chars;
+
 namespace {
-
-bool is_letter(char byte) noexcept {
-    return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
-}
-
-bool is_digit(char byte) noexcept {
-    return byte >= '0' && byte <= '9';
-}
-
-char lowered(char byte) noexcept {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
 
 /// A cursor over one name.
 class NameCursor {
@@ -30,16 +22,16 @@ class NameCursor {
 
     /// Moves to the next byte that counts, or to the end.
     void skip_ignored() noexcept {
-        while (!at_end() && !is_letter(byte()) && !counts_as_digit(byte())) {
+        while (!at_end() && !chars::is(byte(), chars::alpha) && !counts_as_digit(byte())) {
             step();
         }
-        in_number_ = !at_end() && is_digit(byte());
+        in_number_ = !at_end() && chars::is(byte(), chars::digit);
     }
 
   private:
-    /// A zero counts inside a number only.
+    /// A zero counts only inside a number.
     bool counts_as_digit(char byte) const noexcept {
-        return is_digit(byte) && (byte != '0' || in_number_);
+        return chars::is(byte, chars::digit) && (byte != '0' || in_number_);
     }
 
     std::string_view rest_;
@@ -62,7 +54,7 @@ bool encoding_names_equal(const char* first, std::size_t firstSize, const char* 
             if (left.at_end() || right.at_end()) {
                 return left.at_end() && right.at_end();
             }
-            if (lowered(left.byte()) != lowered(right.byte())) {
+            if (chars::to_lower(left.byte()) != chars::to_lower(right.byte())) {
                 return false;
             }
         }

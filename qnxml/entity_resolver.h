@@ -9,9 +9,9 @@ namespace qnxml {
 /// Resolves entities other than the five of XML 1.0, section 4.6.
 class IEntityResolver {
   public:
-    /// True if it knows the name. Then it stores the replacement text, which is not parsed, in
-    /// `result` unless that is null. What it throws passes through the reader, which can go on
-    /// after it but has lost the reference.
+    /// Returns whether it knows the name. If so, stores the replacement text, which is not parsed,
+    /// in `result` unless that is null. What it throws passes through the reader, which can
+    /// continue after it but has lost the reference.
     virtual bool resolve(qncore::StringSlice<const char*> name, std::string* result) = 0;
 
   protected:

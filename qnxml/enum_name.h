@@ -9,8 +9,8 @@
 
 namespace qnxml::impl {
 
-/// Writes the name at the index of the value, or "##UNKNOWN(value)##" if there is none; in decimal,
-/// whatever the flags of the stream are.
+/// Writes the name of a value, or "##UNKNOWN(value)##" with the value in decimal, regardless of the
+/// stream's flags.
 template <class Enumeration, std::size_t size>
 std::ostream& write_enum_name(std::ostream& stream, Enumeration value,
                               const std::array<std::string_view, size>& names) {

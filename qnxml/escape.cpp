@@ -22,7 +22,7 @@ constexpr std::string_view reference_to(char byte) noexcept {
     }
 }
 
-/// Hands the escaped text to `write`, runs of plain bytes at a time.
+/// Passes the escaped text to `write`, in runs of plain bytes.
 template <class Write>
 void escape(std::string_view text, std::string_view special, Write write) {
     for (;;) {

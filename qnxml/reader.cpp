@@ -233,7 +233,7 @@ void XmlReader::throw_unexpected_element(std::string_view expectedNamespace,
          error::qnxml_reader_unexpected_element);
 }
 
-/// Every failure passes here. There is no way back.
+/// Every failure passes here and is final.
 void XmlReader::fail_with(const qncore::ErrorInfoPtr& error) {
     value_.clear();
     valueState_ = ValueState::Broken;

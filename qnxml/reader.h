@@ -37,12 +37,12 @@ enum class XmlNodeType : std::uint32_t {
 /// Writes the node type's name; a value without a name as "##UNKNOWN(value)##".
 std::ostream& operator<<(std::ostream& stream, XmlNodeType type);
 
-/// The pull parser: the caller asks for the next node and looks at it. No tree is built, and a
-/// value that nobody asks for is not copied.
+/// A pull parser: the caller requests one node after the other. Builds no tree, and copies a value
+/// only on request.
 ///
-/// Every failure is an ErrorException with a code below error.qnxml (a failure of the source is
-/// nested in it) and is final: from then on each read throws. What an entity resolver or a
-/// destination stream throws passes through; the token at which it happened is lost.
+/// Every failure is an ErrorException with a code below error.qnxml (with a failure of the source
+/// nested) and is final: all further reads throw. What an entity resolver or a destination stream
+/// throws passes through; the token at which it happened is lost.
 ///
 /// Documents are UTF-8. The reader refuses these, although they are well-formed (XML 1.0, fifth
 /// edition; Namespaces in XML 1.0):
@@ -54,7 +54,7 @@ std::ostream& operator<<(std::ostream& stream, XmlNodeType type);
 /// - values of more than `sm_maxValueSize` bytes.
 ///
 /// It accepts these, although they are not well-formed:
-/// - characters that are no Char, such as control characters and NUL, also by reference (2.2); only
+/// - characters other than Char, such as control characters and NUL, also by reference (2.2); only
 ///   references to 0, to surrogates and to numbers above 0x10FFFF are refused;
 /// - names that begin with a dot (2.3), and a NUL as the byte that ends a name;
 /// - "]]>" in text (2.4) and targets such as "XML" (2.6);
@@ -66,8 +66,8 @@ std::ostream& operator<<(std::ostream& stream, XmlNodeType type);
 /// - characters within "/>", "?>" of an XML declaration, and "--", "[CDATA[" and "DOCTYPE" after
 ///   "<!": they are lost (2.5, 2.7, 2.8, 3.1);
 /// - a numeric reference closed by any single byte, which is lost, in place of ";" (4.1);
-/// - the end of the data inside a character, which is lost; after it, and after a final CR, what
-///   was read last may come a second time;
+/// - the end of the data inside a character, which is lost; after it, and after a final CR, the
+///   last data may be read again;
 /// - `xmlns:p=""`, which removes a binding; any use of the prefixes `xml` and `xmlns`; names with
 ///   several colons, of which the first one counts; two attributes with the same namespace and
 ///   local name (Namespaces, 2.1, 3, 4, 6.3).
@@ -87,29 +87,30 @@ class XmlReader {
     XmlReader& operator=(const XmlReader&) = delete;
     ~XmlReader();
 
-    /// Whether white space between markup is dropped, as initially, or reported as nodes.
+    /// Sets whether white space between markup is dropped (the default) or reported as nodes.
     void set_skip_whitespace(bool skip) noexcept { skipWhitespace_ = skip; }
-    /// The encoding that an XML declaration may name, compared by encoding_names_equal(); initially
-    /// "UTF-8". Empty allows any.
+    /// Sets the encoding that an XML declaration may name, compared by encoding_names_equal(); by
+    /// default "UTF-8". Empty allows any.
     void set_expected_encoding(std::string_view encoding) { expectedEncoding_ = encoding; }
 
-    /// Moves to the next node. False exactly when it arrives at the end.
+    /// Moves to the next node. Returns false at the end.
     bool read_next();
 
-    /// Moves to the next element, of any name or of the given one. False at the end. Namespace and
-    /// local name as in XmlNode::matches().
+    /// Moves to the next element, of any name or of the given one. Returns false at the end.
+    /// Namespace and local name as in XmlNode::matches().
     bool next_element();
     bool next_element_named(std::string_view namespaceName, std::string_view localName);
     bool next_element_named(std::string_view qualifiedName);
 
     /// Moves to the next child of `parent`; a null `parent` becomes the current element first.
-    /// False, on the parent's end tag, when there are no more, and if `parent` is not open.
+    /// Returns false, at the parent's end tag, if there are no more, and if `parent` is not open.
     bool next_child_element(ElementPtr& parent);
 
     /// Moves to the end tag of the current element if that is an open one.
     void skip_current_element();
-    /// Moves to the end tag of `element`; a null `element` becomes the current one first. True
-    /// there and for an element that is not open. False if `element` does not enclose the node.
+    /// Moves to the end tag of `element`; a null `element` becomes the current one first. Returns
+    /// true there and for an element that is not open, false if `element` does not enclose the
+    /// node.
     bool skip_to_element_end(ElementPtr& element);
 
     XmlNodeType node_type() const noexcept { return nodeType_; }
@@ -118,21 +119,20 @@ class XmlReader {
     ElementPtr current_element() const noexcept { return current_ ? current_ : nullElement_; }
 
     /// The value of the node, read as a whole on first use. The reference is valid until the next
-    /// read. A value can be read in one way only: asking for it in a second way throws, and ends
-    /// the reading; only read_value_into_stream() and value_stream() may follow value().
+    /// read. A value can be read in only one way: a second way throws, and ends the reading; only
+    /// read_value_into_stream() and value_stream() may follow value().
     const std::string& value();
-    /// The value of the node in pieces. available() is all ones while the size is not known. The
-    /// data of an instruction cannot be read to its end in this way.
+    /// The value of the node in pieces. available() is all ones while the size is unknown. Reading
+    /// the data of an instruction to its end fails (required).
     qncore::IReadStream& value_stream() noexcept { return valueStream_; }
     /// Writes the value of the node.
     void read_value_into_stream(qncore::IWriteStream& stream);
 
-    /// The text of the current element and of all elements in it, up to its end tag, to which this
-    /// moves. Empty, without a move, on that end tag and if the element is not an open one.
+    /// Moves to the end tag of the current element and returns the text of the element and all
+    /// elements in it. Empty, without a move, at that end tag and if the element is not open.
     std::string read_element_text();
 
-    /// Throws error.qnxml.reader.unexpected.element about the current element, which ends the
-    /// reading.
+    /// Throw error.qnxml.reader.unexpected.element for the current element, which ends the reading.
     [[noreturn]] void throw_unexpected_element(const qncore::SourceLocation& location);
     [[noreturn]] void throw_unexpected_element(std::string_view expectedNamespace,
                                                std::string_view expectedLocalName,
@@ -184,7 +184,7 @@ class XmlReader {
     };
     using Params = std::initializer_list<Param>;
 
-    /// What a token that must not come is called at the start of the document and after it.
+    /// The messages for an unexpected token at the start of the document and outside elements.
     struct Misplaced {
         XmlTokenType token;
         const char* atStart;
@@ -274,7 +274,7 @@ class XmlReader {
     State state_ = State::Start;
     XmlNodeType nodeType_ = XmlNodeType::None;
     XmlTokenType lastToken_ = XmlTokenType::Unknown;
-    bool pushedBack_ = false; ///< the last token is to be delivered once more
+    bool pushedBack_ = false; ///< the last token is to be delivered again
     bool skipWhitespace_ = true;
     std::string expectedEncoding_ = "UTF-8";
     ValueState valueState_ = ValueState::Unread;
@@ -285,10 +285,10 @@ class XmlReader {
     ElementPtr nullElement_;
     ElementPtr current_;                                ///< the innermost; it holds the others
     std::set<std::string, std::less<>> attributeNames_; ///< of an element that has many
-    /// The namespaces of each prefix, the innermost last. No document costs more than the logarithm
-    /// of its length for each name.
+    /// The namespaces of each prefix, the innermost last. A look-up costs at most the logarithm of
+    /// the document's length.
     std::map<std::string, std::vector<const std::string*>, std::less<>> bindings_;
-    std::size_t idlePrefixes_ = 0; ///< how many of them are bound to nothing and kept for reuse
+    std::size_t idlePrefixes_ = 0; ///< how many of them are unbound and kept for reuse
 };
 
 } // namespace qnxml

@@ -10,7 +10,7 @@ namespace qnxml {
 
 namespace {
 
-/// No byte of a value among these becomes a blank.
+/// Bytes that are not white space to be replaced by a blank.
 constexpr ByteSet plain_bytes = ByteSet::plain_but("\t");
 
 constexpr std::size_t most_compared_names = 32;
@@ -60,7 +60,7 @@ XmlTokenType XmlReader::read_attributes(Element& element) {
     return lastToken_;
 }
 
-/// Literal white space becomes blanks; what a reference stands for does not (XML 1.0, section
+/// Replaces literal white space, but not the text of references, by blanks (XML 1.0, section
 /// 3.3.3).
 void XmlReader::read_attribute_value(std::string& value) {
     const auto becomes_blank = [](char byte) {
@@ -80,8 +80,8 @@ void XmlReader::read_attribute_value(std::string& value) {
     }
 }
 
-/// Whether no attribute has the name of the one that has been filled. Few names are compared one by
-/// one, many are looked up, so that no document costs the square of their number.
+/// Returns whether the name of the filled attribute is new. Few names are compared one by one, many
+/// are looked up, so that no document costs the square of their number.
 bool XmlReader::is_new_name(const Element& element) {
     const std::span<const XmlAttribute> others = element.attributes();
     const std::string& name = element.attributes_[others.size()].qualified_name();
@@ -98,8 +98,8 @@ bool XmlReader::is_new_name(const Element& element) {
     return attributeNames_.insert(name).second;
 }
 
-/// Adds the attribute that has been filled, in the namespace of its prefix if that is a reserved
-/// one. False if the element has its qualified name already.
+/// Adds the filled attribute, in the namespace of its prefix if that is reserved. Returns false if
+/// the element already has an attribute of that qualified name.
 bool XmlReader::add_attribute(Element& element) {
     if (element.attributeCount_ >= element.distinctNames_) {
         if (!is_new_name(element)) {
@@ -117,8 +117,7 @@ bool XmlReader::add_attribute(Element& element) {
     return true;
 }
 
-/// Gives the current element and its attributes their namespaces, and the element what it
-/// inherits.
+/// Sets the namespaces of the current element and its attributes, and what the element inherits.
 void XmlReader::resolve_names() {
     Element& element = *current_;
     if (element.bindsPrefixes_) {
@@ -196,7 +195,7 @@ void XmlReader::bind_prefixes() {
     }
 }
 
-/// Removes the bindings of the current element. A few prefixes without one are kept for reuse.
+/// Removes the bindings of the current element. Keeps a few unbound prefixes for reuse.
 void XmlReader::unbind_prefixes() {
     for (const XmlAttribute& attribute : current_->attributes()) {
         if (attribute.namespace_name() != &xmlns_namespace()) {
@@ -215,8 +214,8 @@ void XmlReader::unbind_prefixes() {
     }
 }
 
-/// The namespace of the prefix in the current element; null if there is none, also where an empty
-/// value has removed the binding.
+/// The namespace of the prefix in the current element; null if there is none or an empty value has
+/// removed the binding.
 const std::string* XmlReader::find_namespace(std::string_view prefix) const noexcept {
     if (prefix == "xml") {
         return &xml_namespace();

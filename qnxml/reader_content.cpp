@@ -17,8 +17,8 @@ constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 constexpr std::string_view text_outside =
     "Unexpected non-whitespace content encountered outside scope of elements";
 
-/// Makes of `image`, the first bytes of a string, what they are once the string holds `text` and
-/// its NUL byte.
+/// Updates `image`, the first bytes of a string, for a string to which `text` and a NUL byte are
+/// written.
 void lay_over(std::string& image, std::string_view text) {
     const std::size_t length = std::min(text.size(), image.size());
     image.replace(0, length, text.substr(0, length));
@@ -35,7 +35,7 @@ bool XmlReader::begin_node(XmlNodeType type, State state) noexcept {
     return true;
 }
 
-/// Fails with the message for the last token, as an unexpected one if it has no message.
+/// Fails with the message for the last token, or as an unexpected token if it has none.
 void XmlReader::fail_misplaced(const char* Misplaced::*message,
                                const qncore::SourceLocation& location) {
     static constexpr std::array<Misplaced, 3> all{{
@@ -54,7 +54,7 @@ void XmlReader::fail_misplaced(const char* Misplaced::*message,
     fail_unexpected_token(location);
 }
 
-/// Reads up to the first node, or to where the content begins. True if there is a node.
+/// Reads up to the first node or to the start of the content. Returns true if there is a node.
 bool XmlReader::state_start() {
     for (;;) {
         switch (fetch_token()) {
@@ -92,7 +92,7 @@ bool XmlReader::state_start() {
 }
 
 /// Takes white space or a byte order mark at the start of the document. Returns what state_start()
-/// is to return; nothing if that has to go on.
+/// is to return, or nullopt if it must continue.
 std::optional<bool> XmlReader::start_chardata() {
     const auto content = [this] {
         state_ = State::Content;
@@ -128,7 +128,7 @@ std::optional<bool> XmlReader::start_chardata() {
     return begin_node(XmlNodeType::Whitespace, State::WhitespaceBody);
 }
 
-/// Takes one token of the content. True if it began a node.
+/// Takes one token of the content. Returns true if it began a node.
 bool XmlReader::state_content(XmlTokenType token) {
     const bool inside = static_cast<bool>(current_);
     switch (token) {
@@ -159,7 +159,7 @@ bool XmlReader::state_content(XmlTokenType token) {
         return true;
     case XmlTokenType::DoctypeStart:
         if (inside) {
-            // Required, although the message says the opposite of what is wrong.
+            // Required, although the message says the opposite of the fault.
             fail("Unexpected DOCTYPE declaration outside scope of elements",
                  QN_READER_LOCATION("state_content"));
         }
@@ -181,8 +181,8 @@ bool XmlReader::state_content(XmlTokenType token) {
     }
 }
 
-/// Takes text inside an element. White space alone is not a node if white space is skipped. Before
-/// other text it is the head of that text's value.
+/// Takes text inside an element. White space alone is not a node if white space is skipped; before
+/// other text it is part of that text's value.
 bool XmlReader::begin_chardata() {
     while (lastToken_ == XmlTokenType::CharData && current_->space() != XmlSpace::preserve &&
            is_white_space(token_text())) {
@@ -209,7 +209,7 @@ bool XmlReader::begin_chardata_outside() {
         return false;
     }
     // Required: each further chunk counts as white space and has the length of the first. A shorter
-    // one is followed by what the tokenizer's string held there before.
+    // one is followed by the previous content of the tokenizer's string.
     std::string chunk(token_text());
     append_limited(value_, chunk);
     while (fetch_token() == XmlTokenType::CharData) {

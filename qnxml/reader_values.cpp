@@ -43,8 +43,8 @@ std::uint32_t code_point_of(std::string_view reference) noexcept {
 
 } // namespace
 
-/// Appends what the last token stands for if it is a reference; a null destination only checks it.
-/// False for any other token.
+/// Appends the text of the last token if it is a reference; with a null destination only checks it.
+/// Returns false for any other token.
 bool XmlReader::eval_reference(std::string* destination) {
     if (lastToken_ == XmlTokenType::CharRef) {
         eval_char_ref(destination);
@@ -63,7 +63,7 @@ void XmlReader::eval_char_ref(std::string* destination) {
     const std::size_t length =
         qncore::ucs4_char_to_utf8(code_point, bytes.data(), bytes.data() + bytes.size());
     if (code_point == 0 || length == 0) {
-        // Required: the parameter's name lacks a letter, so that the message keeps its placeholder.
+        // Required: the parameter's name lacks a letter, so the message keeps its placeholder.
         fail("Invalid character reference: '{@charReference}'", QN_READER_LOCATION("eval_char_ref"),
              {{"charReferece", token_text()}});
     }
@@ -196,7 +196,7 @@ void XmlReader::write_section(const Section& section, qncore::IWriteStream& stre
     state_ = section.after;
 }
 
-/// Copies what fits from the value position on, unless `data` is null, and moves the position.
+/// Copies what fits from the value position, unless `data` is null, and moves the position.
 std::uint64_t XmlReader::copy_value(std::string_view source, char* data, std::uint64_t size) {
     source.remove_prefix(valuePosition_);
     const std::string_view piece = source.substr(0, size);
@@ -240,7 +240,7 @@ std::uint64_t XmlReader::stream_read_aux(char* data, std::uint64_t size) {
 }
 
 /// Provides a token with text of the value that is still to be delivered: a chunk, or a reference,
-/// whose text it puts into the buffer. False at the end of the value.
+/// whose text it puts into the buffer. Returns false at the end of the value.
 bool XmlReader::stream_next_token() {
     const bool in_text = state_ == State::TextBody || state_ == State::WhitespaceBody;
     const Section* const section = find_section(state_);
@@ -257,7 +257,7 @@ bool XmlReader::stream_next_token() {
     }
     if (in_text) {
         if (eval_reference(&value_)) {
-            // A resolver's text may be empty: then the next token is due.
+            // A resolver's text may be empty. Then the next token follows.
             valuePosition_ = value_.empty() ? no_position : 0;
             return true;
         }
@@ -266,7 +266,7 @@ bool XmlReader::stream_next_token() {
         valueState_ = ValueState::Consumed;
         return false;
     }
-    // Required: here the data of an instruction ends like that of a CDATA section, so that its own
+    // Required: here the data of an instruction ends with the end of a CDATA section, so its own
     // end fails.
     const bool in_pi = state_ == State::PiBody;
     if (lastToken_ != (in_pi ? XmlTokenType::CDATAEnd : section->end)) {

@@ -6,13 +6,13 @@
 
 namespace qnxml {
 
-/// The tokenizer over a byte stream, which it keeps alive. No stream is an empty source. What the
-/// stream throws, if it is a std::exception, becomes the error "Error reading from stream".
+/// The tokenizer over a byte stream, which it keeps alive. A null stream is an empty source. A
+/// std::exception of the stream becomes the error "Error reading from stream".
 class XmlStreamTokenizer : public XmlBufferedStreamTokenizerBase {
   public:
     using Stream = qncore::InterfacePtr<qncore::IReadStream, qncore::AtomicHolder>;
 
-    /// `uri` and `firstLine` go into locations; `bufferSize` is in bytes, at least 32.
+    /// `uri` and `firstLine` are used in locations; `bufferSize` is in bytes, at least 32.
     XmlStreamTokenizer(qnuri::UriReference uri, std::uint32_t firstLine, std::size_t bufferSize,
                        Stream stream);
 

@@ -2,8 +2,7 @@
 
 namespace qnxml::impl {
 
-/// A place in the sources. It is a constant, so a function costs no more for the failures that it
-/// may report.
+/// A place in the sources. A constant, so that possible failures cost a function nothing.
 struct TokenizerPlace {
     const char* function;
     const char* file;

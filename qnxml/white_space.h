@@ -5,12 +5,12 @@
 
 namespace qnxml {
 
-/// Blank, tab or newline. The tokenizer has turned every line end into a newline.
+/// Blank, tab or newline. The tokenizer turns every line end into a newline.
 constexpr bool is_white_space(char byte) noexcept {
     return byte == ' ' || byte == '\t' || byte == '\n';
 }
 
-/// True for the empty text as well.
+/// True also for the empty text.
 constexpr bool is_white_space(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char byte) { return is_white_space(byte); });
 }

@@ -9,7 +9,7 @@
 
 namespace qnxml {
 
-/// The position of a tokenizer in its source, after everything that it has consumed.
+/// The position of a tokenizer in its source, after all consumed data.
 struct XmlLocation {
     qnuri::UriReference uri;     ///< of the source; may be empty
     std::uint32_t line = 0;      ///< counted from the number given to the tokenizer
@@ -20,11 +20,11 @@ struct XmlLocation {
 /// Adds `uri`, `line`, `linePos` and `sourcePos` unless `params` is null.
 void add_location_params(const XmlLocation& location, qncore::ErrorParams* params);
 
-/// The four parameters alone.
+/// Returns the four parameters.
 qncore::ErrorParams location_params(const XmlLocation& location);
 
-/// The template of a message about that place, "[line {@line}, pos {@linePos}]: " and the text,
-/// with ", uri <{@uri}>" after the position if there is a URI. Adds the parameters as above.
+/// Returns the template of a message about a place, "[line {@line}, pos {@linePos}]: " and the
+/// text, with ", uri <{@uri}>" after the position if there is a URI. Adds the parameters as above.
 std::string location_message(const XmlLocation& location, std::string_view text,
                              qncore::ErrorParams* params);
 

@@ -17,7 +17,6 @@ namespace {
 
 constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr std::size_t largest_range = std::size_t{1} << 30;
-constexpr std::size_t block_size = std::size_t{1} << 16;
 
 int open_now(const std::string& path, int flags) {
     return retry([&] {
@@ -25,12 +24,10 @@ int open_now(const std::string& path, int flags) {
     });
 }
 
-/// Looks at an opened file and takes its share locks. O_NONBLOCK lets the open of a FIFO return,
-/// and has no effect on the regular files that are admitted.
+/// Checks an opened file and takes its share locks. O_NONBLOCK lets the open of a FIFO return and
+/// has no effect on regular files.
 SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat& status) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     if (file < 0 || ::fstat(file, &status) != 0) {
         return last_error();
     }
@@ -43,7 +40,7 @@ SystemError admit(int file, FileAccess access, FileSharing sharing, struct stat&
 /// The file to copy into.
 struct Target {
     Descriptor file;
-    bool is_new; ///< made by this call
+    bool is_new; ///< created by this call
 };
 
 Target open_target(const std::string& path, bool failIfExists) {
@@ -55,21 +52,9 @@ Target open_target(const std::string& path, bool failIfExists) {
     return {Descriptor(made), made >= 0};
 }
 
-bool write_whole(int target, const char* bytes, std::size_t count) {
-    while (count != 0) {
-        const ssize_t written = retry([&] { return ::write(target, bytes, count); });
-        if (written < 0) {
-            return false;
-        }
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-/// Replaces the content: by the file system's own copy as far as that goes, then block by block. So
-/// whatever stops the former, such as a file whose size the system does not know, ends well or in
-/// the error of a plain read or write.
+/// Replaces the content: by the file system's own copy as far as possible, then block by block. So
+/// a file that the former cannot copy, such as one whose size the system does not know, is copied,
+/// or fails with the error of a plain read or write.
 SystemError copy_content(int source, int target) {
     if (retry([&] { return ::ftruncate(target, 0); }) != 0) {
         return last_error();
@@ -78,17 +63,7 @@ SystemError copy_content(int source, int target) {
                return ::copy_file_range(source, nullptr, target, nullptr, largest_range, 0);
            }) > 0) {
     }
-    std::array<char, block_size> block{};
-    ssize_t count = 0;
-    while ((count = retry([&] { return ::read(source, block.data(), block.size()); })) > 0) {
-        if (!write_whole(target, block.data(), static_cast<std::size_t>(count))) {
-            return last_error();
-        }
-    }
-    if (take_failure(Call::copy)) {
-        return seams().failure;
-    }
-    return count == 0 ? SystemError() : last_error();
+    return take_failure(Call::copy) ? seams().failure : copy_rest(source, target);
 }
 
 void keep_permissions_and_times(const struct stat& source, int target) {
@@ -124,7 +99,7 @@ SystemError copy_file(const std::string& source, const std::string& target, bool
     if (fromStatus.st_dev == toStatus.st_dev && fromStatus.st_ino == toStatus.st_ino) {
         return sharing_violation();
     }
-    // Nobody reads from the copy what the source's mode keeps from him.
+    // No one may read the copy who may not read the source.
     ::fchmod(to.file.get(), toStatus.st_mode & fromStatus.st_mode & permissions);
     if (const auto error = copy_content(from.get(), to.file.get())) {
         discard(to.file.get());

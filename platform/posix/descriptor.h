@@ -18,7 +18,7 @@ class Descriptor {
         }
     }
     int get() const noexcept { return descriptor_; }
-    /// Gives up ownership without closing the descriptor.
+    /// Releases ownership without closing the descriptor.
     int release() noexcept { return std::exchange(descriptor_, -1); }
 
   private:

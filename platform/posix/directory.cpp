@@ -25,20 +25,20 @@ bool is_dot_or_dots(std::string_view name) {
     return name == "." || name == "..";
 }
 
-/// Nanoseconds; a time too far away wraps around.
+/// Converts to nanoseconds. Times out of range wrap around.
 std::int64_t nanoseconds(const statx_timestamp& time) {
     constexpr std::uint64_t per_second = 1'000'000'000;
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * per_second +
                                      time.tv_nsec);
 }
 
-/// What the kernel tells about a name without following it, in one call; false when it fails.
+/// Gets the status of a name, without following links, in one call. Returns false on failure.
 bool look_at(int directory, const char* name, struct statx& answer) {
     return ::statx(directory, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, looked_at, &answer) == 0;
 }
 
-/// Whether a link leads to a directory. A link that leads nowhere, or where this account may not
-/// go, does not; any other failure is an error, so that no tree is left out unnoticed.
+/// Returns whether a link leads to a directory. A link whose target is missing or inaccessible does
+/// not; any other failure is an error, so that no tree is left out unnoticed.
 Result<bool> leads_to_directory(int directory, const char* name) {
     const bool fails = take_failure(Call::follow_link);
     struct stat status = {};
@@ -119,7 +119,7 @@ Result<bool> DirectoryReader::State::step() {
     return is_link || entry->d_type == DT_UNKNOWN ? judge() : true;
 }
 
-/// Reads the next entries; false when there are none.
+/// Reads the next entries. Returns false if there are none.
 Result<bool> DirectoryReader::State::fill_buffer() {
     const ssize_t count =
         retry([&] { return ::getdents64(descriptor.get(), buffer, sizeof(buffer)); });
@@ -131,7 +131,7 @@ Result<bool> DirectoryReader::State::fill_buffer() {
     return filled != 0;
 }
 
-/// Finds out what the directory does not tell about the kind of an entry; true unless that fails.
+/// Determines the kind of an entry if the directory does not say. Returns true or an error.
 Result<bool> DirectoryReader::State::judge() {
     if (entry->d_type == DT_UNKNOWN) {
         struct statx answer; // the kernel fills it
@@ -153,12 +153,10 @@ DirectoryReader::DirectoryReader() noexcept = default;
 DirectoryReader::~DirectoryReader() = default;
 
 Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReader* parent) {
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
     const State* const above = parent != nullptr ? parent->state_.get() : nullptr;
-    // An entry that was no link when it was listed is not followed if it has become one.
+    // An entry that was not a link when it was listed is not followed if it has become one.
     Descriptor opened(retry([&] {
         return above != nullptr ? ::openat(above->descriptor.get(), above->entry->d_name,
                                            above->is_link ? flags : flags | O_NOFOLLOW)
@@ -176,18 +174,15 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
 }
 
 Result<bool> DirectoryReader::next() {
-    if (take_failure(Call::read_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read_directory);
     return state_->step();
 }
 
 SystemError DirectoryReader::close() {
     const bool fails = take_failure(Call::close_directory);
-    const int answer = ::close(state_->descriptor.release());
-    const SystemError error = fails ? seams().failure : answer != 0 ? last_error() : SystemError();
+    const SystemError error = error_of(::close(state_->descriptor.release()));
     state_.reset();
-    return error;
+    return fails ? seams().failure : error;
 }
 
 const void* DirectoryReader::handle() const noexcept {

@@ -75,9 +75,7 @@ Result<T> result_of(Answer answer) {
 
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     const int flags =
         access_flags(access) | disposition_flags(disposition) | (hints.write_through ? O_DSYNC : 0);
     const Result<int> opened = open_admissible(name, flags);
@@ -96,9 +94,7 @@ Result<FileHandle> open_file(const std::string& name, FileAccess access,
 }
 
 Result<FileHandle> open_input(const std::string& name) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     return result_of<FileHandle>(
         retry([&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY); }));
 }
@@ -111,9 +107,7 @@ void close_file(FileHandle file) noexcept {
 }
 
 Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     return result_of<std::uint32_t>(
         retry([&] { return ::read(descriptor_of(file), buffer, count); }));
 }
@@ -138,9 +132,7 @@ Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint3
 
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
                                    std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     const ssize_t got = retry(
         [&] { return ::pread(descriptor_of(file), buffer, count, static_cast<off_t>(position)); });
     if (got == 0 && count != 0) {
@@ -150,9 +142,7 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
 }
 
 Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method) {
-    if (take_failure(Call::seek)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(seek);
     const int whence = method == SeekMethod::begin     ? SEEK_SET
                        : method == SeekMethod::current ? SEEK_CUR
                                                        : SEEK_END;
@@ -160,18 +150,14 @@ Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod
 }
 
 Result<std::uint64_t> file_size(FileHandle file) {
-    if (take_failure(Call::size)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(size);
     struct stat status = {};
     return result_of<std::uint64_t>(::fstat(descriptor_of(file), &status) == 0 ? status.st_size
                                                                                : off_t{-1});
 }
 
 SystemError set_end_of_file(FileHandle file) {
-    if (take_failure(Call::set_end)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(set_end);
     const off_t position = ::lseek(descriptor_of(file), 0, SEEK_CUR);
     if (position < 0 || retry([&] { return ::ftruncate(descriptor_of(file), position); }) != 0) {
         return last_error();
@@ -180,10 +166,8 @@ SystemError set_end_of_file(FileHandle file) {
 }
 
 SystemError flush_file(FileHandle file) {
-    if (take_failure(Call::flush)) {
-        return seams().failure;
-    }
-    return retry([&] { return ::fsync(descriptor_of(file)); }) == 0 ? SystemError() : last_error();
+    PLATFORM_SEAM(flush);
+    return error_of(retry([&] { return ::fsync(descriptor_of(file)); }));
 }
 
 } // namespace platform

@@ -10,6 +10,7 @@
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "platform/file.h"
 #include "platform/posix/descriptor.h"
@@ -24,12 +25,8 @@ constexpr mode_t permissions = 07777;
 constexpr mode_t owner_only = 0600;
 constexpr mode_t owner_permissions = 0700;
 
-SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : last_error();
-}
-
-/// The file that will be the target. Has no name until finish(), where the file system can do so,
-/// so that a process that is killed leaves nothing behind.
+/// The file that will be the target. If the file system allows it, the file has no name until
+/// finish(), so that a process that is killed leaves nothing behind.
 class NewFile {
   public:
     explicit NewFile(const std::string& target)
@@ -62,47 +59,30 @@ class NewFile {
             ::fchown(descriptor_, static_cast<uid_t>(-1), source.st_gid) != 0) {
             mode &= owner_permissions;
         }
-        return result_of(::fchmod(descriptor_, mode));
+        return error_of(::fchmod(descriptor_, mode));
     }
 
-    SystemError write(const char* bytes, std::size_t size) {
-        while (size > 0) {
-            const auto part = static_cast<std::uint32_t>(std::min(size, std::size_t{1} << 20));
-            const auto written = write_file(descriptor_, bytes, part);
-            if (!written) {
-                return written.error();
-            }
-            bytes += *written;
-            size -= *written;
-        }
-        return {};
-    }
+    FileHandle handle() const noexcept { return descriptor_; }
 
     SystemError finish() {
-        if (const SystemError error = flush_file(descriptor_)) {
-            return error;
+        SystemError error = flush_file(descriptor_);
+        error = error ? error : take_name();
+        error = error ? error : rename_over(name_, target_);
+        if (!error) {
+            ::close(std::exchange(descriptor_, -1));
         }
-        if (const SystemError error = take_name()) {
-            return error;
-        }
-        if (const SystemError error = rename_over(name_, target_)) {
-            return error;
-        }
-        ::close(descriptor_);
-        descriptor_ = -1;
-        return {};
+        return error;
     }
 
   private:
     SystemError take_name() {
-        if (!has_name_) {
-            ::unlink(name_.c_str());
-            if (give_name(descriptor_, name_) != 0) {
-                return last_error();
-            }
-            has_name_ = true;
+        if (has_name_) {
+            return {};
         }
-        return {};
+        ::unlink(name_.c_str());
+        const SystemError error = error_of(give_name(descriptor_, name_));
+        has_name_ = !error;
+        return error;
     }
 
     int create() {
@@ -117,19 +97,6 @@ class NewFile {
     SystemError error_;
 };
 
-SystemError copy_content(FileHandle source, NewFile& target) {
-    std::array<char, 65536> buffer; // not initialised: every byte is read before it is used
-    for (;;) {
-        const auto count = read_file(source, buffer.data(), buffer.size());
-        if (!count || *count == 0) {
-            return count.error();
-        }
-        if (const SystemError error = target.write(buffer.data(), *count)) {
-            return error;
-        }
-    }
-}
-
 SystemError copy_open(FileHandle source, const std::string& target) {
     struct stat status = {};
     if (::fstat(static_cast<int>(source), &status) != 0) {
@@ -138,7 +105,7 @@ SystemError copy_open(FileHandle source, const std::string& target) {
     NewFile copy(target);
     SystemError error = copy.error();
     error = error ? error : copy.take_attributes_of(status);
-    error = error ? error : copy_content(source, copy);
+    error = error ? error : copy_rest(source, copy.handle());
     return error ? error : copy.finish();
 }
 
@@ -167,17 +134,16 @@ SystemError copy_whole(const std::string& source, const std::string& target) {
 SystemError write_whole(const std::string& target, std::string_view content) {
     NewFile file(target);
     SystemError error = file.error();
-    error = error ? error : file.write(content.data(), content.size());
+    error = error ? error : write_all(file.handle(), content);
     return error ? error : file.finish();
 }
 
 SystemError rename_over(const std::string& source, const std::string& target) {
-    const SystemError error = result_of(std::rename(source.c_str(), target.c_str()));
-    if (error) {
+    if (const SystemError error = error_of(std::rename(source.c_str(), target.c_str()))) {
         return error;
     }
-    // The new name reaches the device with its directory; a file system that cannot is let be.
-    std::array<char, PATH_MAX> directory{'.'}; // takes no memory, which might fail too late
+    // Flushes the new name to the device, if the file system can. Allocates no memory.
+    std::array<char, PATH_MAX> directory{'.'};
     const std::size_t length = target.rfind('/') + 1;
     std::copy_n(target.begin(), std::min(length, directory.size() - 1), directory.begin());
     const Descriptor opened(

@@ -43,8 +43,7 @@ TimesChange set_file_times(const std::string& path, const std::int64_t* accessed
         return {true, seams().failure};
     }
     const std::array<timespec, 2> times{time_of(accessed), time_of(modified)};
-    const bool done = ::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) == 0;
-    return {true, done ? SystemError() : last_error()};
+    return {true, error_of(::utimensat(AT_FDCWD, path.c_str(), times.data(), 0))};
 }
 
 Result<std::uint64_t> file_size_by_name(const std::string& path) {

@@ -14,21 +14,15 @@ namespace {
 
 constexpr mode_t shared_by_group = 0660;
 
-SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : last_error();
-}
-
 SystemError check(const std::string& path, int mode) {
-    return result_of(::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS));
+    return error_of(::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS));
 }
 
 } // namespace
 
 SystemError create_directory(const std::string& path) {
-    if (take_failure(Call::create_directory)) {
-        return seams().failure;
-    }
-    return result_of(::mkdir(path.c_str(), 0777));
+    PLATFORM_SEAM(create_directory);
+    return error_of(::mkdir(path.c_str(), 0777));
 }
 
 bool is_directory(const std::string& path) {
@@ -38,16 +32,12 @@ bool is_directory(const std::string& path) {
 }
 
 SystemError check_existence(const std::string& path) {
-    if (take_failure(Call::existence)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(existence);
     return check(path, F_OK);
 }
 
 SystemError check_read_write_access(const std::string& path) {
-    if (take_failure(Call::access)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(access);
     return check(path, R_OK | W_OK);
 }
 

@@ -39,9 +39,7 @@ Result<FileHandle> open_existing_key_file(const std::string& path) {
 } // namespace
 
 Result<FileHandle> open_key_file(const std::string& path) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     const Result<FileHandle> opened = open_existing_key_file(path);
     if (!opened.error().is_not_found()) {
         return opened;
@@ -57,16 +55,14 @@ Result<FileHandle> open_key_file(const std::string& path) {
 }
 
 SystemError set_key_file_writable(const std::string& path, bool writable) {
-    if (take_failure(Call::set_mode)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(set_mode);
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
         return last_error();
     }
     const mode_t mode = status.st_mode & 07777;
     const mode_t wanted = writable ? mode | S_IWUSR : mode & ~all_write_bits;
-    return ::chmod(path.c_str(), wanted) == 0 ? SystemError() : last_error();
+    return error_of(::chmod(path.c_str(), wanted));
 }
 
 bool is_open_to_others(const std::string& path) {

@@ -11,4 +11,9 @@ inline SystemError last_error() noexcept {
     return SystemError::posix(errno);
 }
 
+/// The error of a call that returns 0 on success.
+inline SystemError error_of(int answer) noexcept {
+    return answer == 0 ? SystemError() : last_error();
+}
+
 } // namespace platform

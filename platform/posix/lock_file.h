@@ -10,7 +10,7 @@ namespace platform {
 /// and writable for every account: /run/lock, /var/tmp, /tmp.
 Result<std::string> lock_file_path(const std::string& mutexName);
 
-/// Returns the highest descriptor by which this process holds a named mutex; -1 if it holds none.
+/// Returns the highest descriptor by which this process holds a named mutex, or -1.
 int highest_lock_descriptor();
 
 } // namespace platform

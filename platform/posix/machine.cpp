@@ -50,9 +50,7 @@ std::optional<std::string> path_in(std::string_view content) {
 } // namespace
 
 Result<std::string> computer_name() {
-    if (take_failure(Call::computer_name)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(computer_name);
     if (!seams().computer_name.empty()) {
         return seams().computer_name;
     }
@@ -68,9 +66,7 @@ std::string machine_setting_source() {
 }
 
 Result<std::optional<std::string>> machine_root_directory() {
-    if (take_failure(Call::machine_setting)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(machine_setting);
     const Result<std::string> content = content_of(machine_setting_source());
     if (!content && !content.error().is_not_found()) {
         return content.error();

@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <netdb.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "platform/seams.h"
@@ -20,27 +21,7 @@ int stop_name_service() noexcept {
 
 namespace {
 
-/// getaddrinfo() by itself takes short and octal forms such as "10.1" and "010.0.0.1" as well.
-bool is_dotted_quad(const std::string& address) {
-    in_addr ignored = {};
-    return ::inet_pton(AF_INET, address.c_str(), &ignored) == 1;
-}
-
-} // namespace
-
-HostName host_name_of_address(const std::string& address, AddressFamily family) {
-    if (family == AddressFamily::ipv4 && !is_dotted_quad(address)) {
-        return {};
-    }
-    addrinfo hints = {};
-    hints.ai_family = family == AddressFamily::ipv6 ? AF_INET6 : AF_INET;
-    hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_NUMERICHOST;
-    addrinfo* found = nullptr;
-    if (::getaddrinfo(address.c_str(), nullptr, &hints, &found) != 0) {
-        return {};
-    }
-    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, &::freeaddrinfo);
+HostName name_of(const sockaddr* address, socklen_t length) {
     HostName host;
     host.is_address = true;
     if (take_failure(Call::host_name)) {
@@ -49,10 +30,39 @@ HostName host_name_of_address(const std::string& address, AddressFamily family) 
     }
     std::array<char, NI_MAXHOST> name{};
     std::array<char, NI_MAXSERV> service{};
-    host.error = ::getnameinfo(found->ai_addr, found->ai_addrlen, name.data(), name.size(),
-                               service.data(), service.size(), NI_NUMERICSERV);
+    host.error = ::getnameinfo(address, length, name.data(), name.size(), service.data(),
+                               service.size(), NI_NUMERICSERV);
     host.name = name.data();
     return host;
+}
+
+/// Unlike getaddrinfo(), inet_pton() takes no short and octal forms such as "10.1" and "010.0.0.1".
+HostName name_of_ipv4(const std::string& text) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    return ::inet_pton(AF_INET, text.c_str(), &address.sin_addr) == 1
+               ? name_of(reinterpret_cast<const sockaddr*>(&address), sizeof address)
+               : HostName();
+}
+
+/// Unlike inet_pton(), getaddrinfo() takes scope identifiers.
+HostName name_of_ipv6(const std::string& text) {
+    addrinfo hints = {};
+    hints.ai_family = AF_INET6;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICHOST;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(text.c_str(), nullptr, &hints, &found) != 0) {
+        return {};
+    }
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(found, &::freeaddrinfo);
+    return name_of(found->ai_addr, found->ai_addrlen);
+}
+
+} // namespace
+
+HostName host_name_of_address(const std::string& address, AddressFamily family) {
+    return family == AddressFamily::ipv4 ? name_of_ipv4(address) : name_of_ipv6(address);
 }
 
 } // namespace platform

@@ -26,7 +26,7 @@ namespace {
 
 constexpr const char* lock_directories[] = {"/run/lock", "/var/tmp", "/tmp"};
 constexpr mode_t sticky_for_all = S_ISVTX | S_IWOTH;
-constexpr mode_t readable_for_all = 0444; // all that a flock() needs
+constexpr mode_t readable_for_all = 0444; // suffices for flock()
 
 Result<int> open_existing(const std::string& path) {
     constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK;
@@ -38,8 +38,8 @@ Result<int> open_existing(const std::string& path) {
     return S_ISREG(status.st_mode) ? Result<int>(file.release()) : SystemError::posix(EINVAL);
 }
 
-/// Opens a lock file. It is opened before it is created, since a sticky directory may refuse to
-/// create what another account made.
+/// Opens or creates a lock file. Opens first, since in a sticky directory O_CREAT may fail for the
+/// existing file of another account.
 Result<int> open_lock_file(const std::string& path, bool mayCreate) {
     for (;;) {
         const Result<int> opened = open_existing(path);
@@ -72,7 +72,7 @@ struct LockFile {
         reset();
     }
 
-    /// Makes it that of a process that holds nothing.
+    /// Puts it into the state of a process that holds nothing.
     void reset() {
         ACE_OS::thread_mutex_init(&mutex, PTHREAD_MUTEX_RECURSIVE);
         holds = 0;
@@ -86,8 +86,8 @@ struct LockFile {
     int descriptor; ///< of the lock file while it is held or waited for, else -1
 };
 
-/// std::mutex without an exception: a mutex of this kind has no failure, and a release of the named
-/// mutex in a destructor must not end the process.
+/// Like std::mutex, but never throws: locking a mutex of this kind cannot fail, and releasing the
+/// named mutex in a destructor must not end the process.
 class ThreadMutex {
   public:
     void lock() noexcept { ::pthread_mutex_lock(&mutex_); }
@@ -97,9 +97,9 @@ class ThreadMutex {
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
 };
 
-/// All mutexes that this process has used. Never destroyed: static objects may release a mutex at
-/// the very end. fork() waits for the guard, so that a child knows each descriptor that it has
-/// inherited and closes it; it would keep its parent's lock alive.
+/// All mutexes that this process has used. Never destroyed, since static destructors may release a
+/// mutex. fork() waits for the guard, so a child knows every inherited descriptor and closes it; it
+/// would keep its parent's lock otherwise.
 class LockFiles {
   public:
     static LockFiles& instance() {
@@ -120,7 +120,7 @@ class LockFiles {
         return opened.error();
     }
 
-    /// Unlocks before it closes: a child that another thread is forking may have a copy.
+    /// Unlocks before closing, since a child that another thread is forking may have a copy.
     void close(LockFile& file) {
         const std::lock_guard<ThreadMutex> guard(guard_);
         ::flock(file.descriptor, LOCK_UN);
@@ -141,7 +141,7 @@ class LockFiles {
         }
     }
 
-    /// In a child, which unlocks nothing: the locks are its parent's.
+    /// Called in a child. Unlocks nothing: the locks are its parent's.
     void start_anew() {
         for (LockFile& file : files_) {
             ::close(file.descriptor);
@@ -154,8 +154,8 @@ class LockFiles {
     std::list<LockFile> files_;
 };
 
-/// Excludes the other processes. A file that was removed or exchanged before it was locked excludes
-/// nobody, so the one that has the name now is locked instead.
+/// Excludes other processes. A file that was removed or replaced before it was locked excludes
+/// nobody, so the file that has the name now is locked instead.
 SystemError exclude_processes(LockFile& file) {
     for (;;) {
         if (const SystemError error = LockFiles::instance().open(file)) {
@@ -191,7 +191,7 @@ Result<std::string> lock_file_path(const std::string& mutexName) {
         struct stat status = {};
         if (::stat(directory, &status) != 0) {
             if (!last_error().is_not_found()) {
-                return last_error(); // in the next directory it would be another mutex
+                return last_error(); // the next directory would mean another mutex
             }
         } else if ((status.st_mode & sticky_for_all) == sticky_for_all) {
             return std::string(directory) + '/' + mutexName.substr(mutexName.rfind('\\') + 1) +
@@ -206,9 +206,7 @@ int highest_lock_descriptor() {
 }
 
 SystemError NamedMutex::create(const std::string& name) {
-    if (take_failure(Call::create_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(create_mutex);
     return attach(name, true, state_);
 }
 
@@ -217,9 +215,7 @@ SystemError NamedMutex::open_limited(const std::string& name) {
 }
 
 SystemError NamedMutex::lock() {
-    if (take_failure(Call::lock_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(lock_mutex);
     LockFile& file = *static_cast<LockFile*>(state_);
     if (ACE_OS::thread_mutex_lock(&file.mutex) != 0) {
         return last_error();

@@ -25,7 +25,7 @@ SystemError check_kind(int descriptor) {
     if (!S_ISCHR(status.st_mode)) {
         return SystemError::posix(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
     }
-    // Transfers to a device wait again; a regular file does not know the flag.
+    // Transfers to a device block again. Regular files ignore the flag.
     const int flags = ::fcntl(descriptor, F_GETFL);
     return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK) == 0 ? SystemError()
                                                                                 : last_error();
@@ -36,7 +36,7 @@ std::string parent_of(const std::string& path) {
     return end == std::string::npos ? "." : path.substr(0, end + 1);
 }
 
-/// For file systems without files that have no name, and where /proc is missing.
+/// For file systems without nameless files, or if /proc is missing.
 SystemError create_in_two_steps(const std::string& path, mode_t mode) {
     const Descriptor file(
         retry([&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); }));
@@ -56,7 +56,7 @@ Result<int> open_admissible(const std::string& path, int flags) {
     constexpr int always = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     Descriptor file(retry([&] { return ::open(path.c_str(), flags | always, 0666); }));
     if (file.get() < 0) {
-        // Another process has a lease on the file, which a waiting open would make it give up.
+        // Another process has a lease on the file; only an open that waits would break it.
         return errno == EWOULDBLOCK ? sharing_violation() : last_error();
     }
     if (const SystemError error = check_kind(file.get())) {
@@ -66,7 +66,7 @@ Result<int> open_admissible(const std::string& path, int flags) {
     if (file.get() > highest) {
         return file.release();
     }
-    // Moved before it has any lock.
+    // Moved before it holds any lock.
     const int higher = ::fcntl(file.get(), F_DUPFD_CLOEXEC, highest + 1);
     return higher < 0 ? Result<int>(last_error()) : higher;
 }

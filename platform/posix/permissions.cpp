@@ -9,8 +9,7 @@
 namespace platform {
 
 SystemError check_read_access(const std::string& path) {
-    return ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? SystemError()
-                                                                      : last_error();
+    return error_of(::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS));
 }
 
 bool is_writable_for_all(const std::string& path) {

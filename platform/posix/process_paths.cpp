@@ -15,15 +15,13 @@ constexpr std::size_t first_buffer_size = 260;
 } // namespace
 
 SystemError set_current_directory(const std::string& path) {
-    return ::chdir(path.c_str()) == 0 ? SystemError() : last_error();
+    return error_of(::chdir(path.c_str()));
 }
 
 Result<std::string> current_directory(std::size_t& bufferSize) {
     bufferSize = first_buffer_size;
     for (std::string buffer(bufferSize, '\0');; buffer.resize(bufferSize)) {
-        if (take_failure(Call::current_directory)) {
-            return seams().failure;
-        }
+        PLATFORM_SEAM(current_directory);
         if (::getcwd(buffer.data(), buffer.size()) != nullptr) {
             buffer.resize(buffer.find('\0'));
             return buffer;
@@ -41,9 +39,7 @@ Result<std::string> runtime_current_directory() {
 }
 
 Result<std::string> application_path() {
-    if (take_failure(Call::application_path)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(application_path);
     return text_of_link("/proc/self/exe");
 }
 

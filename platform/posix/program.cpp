@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::array holdable{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGTSTP, SIGALRM};
 
-/// Opens /dev/null in the place of a closed stream, in the direction that the stream does not use.
+/// Opens /dev/null in place of a closed stream, in the direction that the stream does not use.
 void occupy(int stream, int mode) {
     if (::fcntl(stream, F_GETFD) != -1 || errno != EBADF) {
         return;

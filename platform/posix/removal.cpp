@@ -21,7 +21,7 @@ struct Place {
     std::string name;
 };
 
-/// With a separator at its end the system would follow a link.
+/// The system would follow a link whose path ends in a separator.
 std::string without_trailing_separators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     return last == std::string::npos ? path : path.substr(0, last + 1);
@@ -37,17 +37,14 @@ Place place_of(FileHandle anchor, const std::string& path) {
 }
 
 SystemError unlink(const Place& place, int flags) {
-    const bool done = ::unlinkat(place.directory, place.name.c_str(), flags) == 0;
-    return done ? SystemError() : last_error();
+    return error_of(::unlinkat(place.directory, place.name.c_str(), flags));
 }
 
 } // namespace
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLinks) const {
     const Place place = place_of(directory_, without_trailing_separators(path));
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     const int flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (followLinks ? 0 : O_NOFOLLOW);
     const int directory =
         retry([&] { return ::openat(place.directory, place.name.c_str(), flags); });
@@ -58,9 +55,7 @@ Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool followLi
 }
 
 SystemError RemovalAnchor::remove_file(const std::string& path) const {
-    if (take_failure(Call::remove_file)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(remove_file);
     return unlink(place_of(directory_, path), 0);
 }
 
@@ -87,7 +82,7 @@ LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
         return {Step::remove_directory, seams().failure};
     }
     if (!S_ISLNK(status.st_mode)) {
-        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() says
+        return {Step::read, SystemError::posix(EINVAL)}; // as readlink() reports
     }
     return {Step::remove, unlink(place, 0)};
 }

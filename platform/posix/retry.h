@@ -4,8 +4,8 @@
 
 namespace platform {
 
-/// Calls a function of the system until no signal interrupts it, and returns its answer. Not for
-/// close(), which releases the descriptor even when it is interrupted.
+/// Calls a system function until no signal interrupts it and returns its result. Not for close(),
+/// which releases the descriptor even if it is interrupted.
 template <class Function>
 auto retry(const Function& function) {
     auto answer = function();

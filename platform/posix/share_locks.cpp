@@ -17,8 +17,8 @@
 namespace platform {
 namespace {
 
-// What an opener does and denies is a lock on one byte, at a place of its own in the range that
-// stands for it. The ranges lie beyond the end of any file.
+// Each thing that an opener does or denies is a lock on one byte, at a place of its own in a range
+// for that thing. The ranges are beyond the end of any file.
 constexpr off_t range_size = off_t{1} << 40;
 constexpr off_t first_range = off_t{1} << 60;
 constexpr off_t reads = first_range;
@@ -33,18 +33,18 @@ constexpr int attempts_to_find_a_free_byte = 100;
 
 struct Role {
     bool applies;
-    off_t range;          ///< where this opener says so
-    off_t excluded_range; ///< where another opener says that it excludes this
+    off_t range;          ///< of the locks of openers with this role
+    off_t excluded_range; ///< of the locks of openers that exclude it
 };
 
-/// EBADF: some network file systems want a writable descriptor for any flock().
+/// EBADF: some network file systems need a writable descriptor for any flock().
 bool has_no_locks(int error) {
     return error == ENOLCK || error == EOPNOTSUPP || error == ENOSYS || error == EINVAL ||
            error == EBADF;
 }
 
-/// Holds the file's flock() for the time of one test and set. A process that keeps it longer is a
-/// stranger, and counts as an opener that shares nothing.
+/// Holds the file's flock() during one test and set. A process that holds it longer does not use
+/// this library and counts as an opener that shares nothing.
 class Guard {
   public:
     explicit Guard(int descriptor)
@@ -89,21 +89,21 @@ int lock_call(int descriptor, int command, struct flock& lock) {
     return retry([&] { return ::fcntl(descriptor, command, &lock); }) == 0 ? 0 : errno;
 }
 
-/// EBUSY if another opener has a lock in the range, 0 if not, else the failure of the look.
+/// EBUSY if another opener has a lock in the range, 0 if none has, else the error of the query.
 int look_for_others(int descriptor, off_t range) {
     struct flock lock = lock_of(F_WRLCK, range, range_size);
     const int error = lock_call(descriptor, F_OFD_GETLK, lock);
     return error == 0 && lock.l_type != F_UNLCK ? EBUSY : error;
 }
 
-/// A place in a range that no other open is likely to have.
+/// A place in a range that no other open is likely to use.
 off_t next_place() {
     static std::atomic<std::uint64_t> count{std::random_device{}()};
     const auto seed = (static_cast<std::uint64_t>(::getpid()) << 32) + ++count;
     return static_cast<off_t>(seed * 0x9E3779B97F4A7C15U >> 24); // the 40 bits that vary most
 }
 
-/// Locks a free byte of the range; EBUSY if a stranger has locked it from end to end.
+/// Locks a free byte of the range. EBUSY if another program has locked the whole range.
 int take(int descriptor, short type, off_t range) {
     for (int attempt = 0; attempt < attempts_to_find_a_free_byte; ++attempt) {
         struct flock lock = lock_of(type, range + next_place(), 1);
@@ -129,7 +129,7 @@ int enter(int descriptor, FileAccess access, FileSharing sharing) {
             error = look_for_others(descriptor, role.excluded_range);
         }
     }
-    // A lock to read needs a readable descriptor, a lock to write a writable one.
+    // A read lock needs a readable descriptor, a write lock a writable one.
     const short type = access == FileAccess::read ? F_RDLCK : F_WRLCK;
     for (const Role& role : roles) {
         if (role.applies && error == 0) {

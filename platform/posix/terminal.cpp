@@ -16,7 +16,7 @@ namespace platform {
 namespace {
 
 constexpr std::array signals{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGCONT};
-constexpr std::size_t longest_line = 4096; ///< that a terminal gives
+constexpr std::size_t longest_line = 4096; ///< of a terminal
 
 volatile std::sig_atomic_t g_signal = 0;
 volatile std::sig_atomic_t g_waker = -1; ///< write end of the pipe that ends the wait for input
@@ -35,7 +35,7 @@ void write_all(int descriptor, std::string_view text) {
         const ssize_t written =
             retry([&] { return ::write(descriptor, text.data(), text.size()); });
         if (written < 0) {
-            return; // reading will show what is wrong with the terminal
+            return; // the read will fail, too
         }
         text.remove_prefix(static_cast<std::size_t>(written));
     }
@@ -87,14 +87,14 @@ struct SecretPrompt::State {
         }
     }
 
-    /// Drops what was typed while there was an echo.
+    /// Discards what was typed with echo.
     bool silence() const {
         termios silent = before;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
         return ::tcsetattr(descriptor, TCSAFLUSH, &silent) == 0;
     }
 
-    /// As the signal does by itself, which is nothing where no shell could continue the process.
+    /// Takes the signal's default action, a no-op if no shell could continue the process.
     void suspend() const {
         ::tcsetattr(descriptor, TCSAFLUSH, &before);
         struct sigaction own = {};
@@ -105,10 +105,10 @@ struct SecretPrompt::State {
         ::sigaction(SIGTSTP, &own, nullptr);
     }
 
-    /// Deals with a signal that was noted. False when it is an ending one.
+    /// Handles a signal that was noted. Returns false if it ends the process.
     bool resume(const std::string& prompt) const {
         const int number = g_signal;
-        if (number == 0) { // dealt with before
+        if (number == 0) { // handled before
             return true;
         }
         if (number != SIGTSTP && number != SIGCONT) {
@@ -126,7 +126,7 @@ struct SecretPrompt::State {
         return true;
     }
 
-    /// Waits for input. False when an ending signal came, whenever that was and in whatever thread.
+    /// Waits for input. Returns false after an ending signal, at whatever time and in any thread.
     bool wait(const std::string& prompt) const {
         for (;;) {
             std::array<pollfd, 2> sources{{{descriptor, POLLIN, 0}, {wake[0], POLLIN, 0}}};
@@ -165,7 +165,7 @@ SecretPrompt::~SecretPrompt() = default;
 
 std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
     std::optional<std::string> secret(std::in_place);
-    secret->reserve(longest_line); // so growth leaves nothing in freed memory
+    secret->reserve(longest_line); // growth would leave the text in freed memory
     write_all(state_->descriptor, prompt);
     for (;;) {
         char character = 0;
@@ -173,7 +173,7 @@ std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
             !state_->wait(prompt) ||
             retry([&] { return ::read(state_->descriptor, &character, 1); }) != 1;
         if (has_ended || character == '\n') {
-            write_all(state_->descriptor, "\n"); // which was not echoed either
+            write_all(state_->descriptor, "\n"); // the typed one was not echoed
         }
         if (has_ended) {
             secure_zero(secret->data(), secret->size());

@@ -6,7 +6,7 @@
 
 #include "platform/seams.h"
 
-// For tests only: gives the platform layer of this process another machine.
+// For tests only: replaces the machine that the platform layer of this process uses.
 namespace platform::testing {
 
 /// Replaces the place of the machine's setting: by another file on Linux, by a key of the current

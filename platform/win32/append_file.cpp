@@ -10,11 +10,7 @@ namespace {
 
 constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-HANDLE handle_of(FileHandle file) {
-    return reinterpret_cast<HANDLE>(file);
-}
-
-/// A byte far beyond any end of file: what is locked on Windows cannot be written.
+/// A byte far beyond any end of file, since locked bytes cannot be written on Windows.
 OVERLAPPED byte_beyond_the_end(DWORD number) {
     OVERLAPPED place = {};
     place.Offset = number;
@@ -45,7 +41,7 @@ Result<AppendFile> AppendFile::open(const std::string& name) {
 
 std::size_t AppendFile::append(std::string_view text) noexcept {
     // Finding the end and writing there is one step on a local disk of Windows, but not under Wine
-    // or on every share. Where nothing can be locked the text is written all the same.
+    // or on every share. If the lock fails, the text is written without it.
     OVERLAPPED place = byte_beyond_the_end(byte_of_appends);
     const bool locked =
         ::LockFileEx(handle_of(file_), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &place) != 0;

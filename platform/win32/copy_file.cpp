@@ -7,12 +7,9 @@
 namespace platform {
 
 SystemError copy_file(const std::string& source, const std::string& target, bool failIfExists) {
-    if (take_failure(Call::copy)) {
-        return seams().failure;
-    }
-    return ::CopyFileW(wide(source).c_str(), wide(target).c_str(), failIfExists ? TRUE : FALSE)
-               ? SystemError()
-               : last_error();
+    PLATFORM_SEAM(copy);
+    return error_of(
+        ::CopyFileW(wide(source).c_str(), wide(target).c_str(), failIfExists ? TRUE : FALSE));
 }
 
 } // namespace platform

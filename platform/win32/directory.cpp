@@ -12,13 +12,13 @@ std::uint64_t join(DWORD high, DWORD low) {
     return std::uint64_t{high} << 32 | low;
 }
 
-/// Ticks of 100 ns since 1601 to nanoseconds since 1970; a time too far away wraps around.
+/// Converts ticks of 100 ns since 1601 to nanoseconds since 1970. Times out of range wrap around.
 std::int64_t nanoseconds(const FILETIME& time) {
     constexpr std::uint64_t epoch = 11'644'473'600'000'000'000U;
     return static_cast<std::int64_t>(join(time.dwHighDateTime, time.dwLowDateTime) * 100 - epoch);
 }
 
-/// The two forms in which the system tells about a file have these fields in common.
+/// The system's two structures for the status of a file have these fields in common.
 template <class Data>
 FileStatus status_of(const Data& data) {
     const auto has = [&](DWORD bit) { return (data.dwFileAttributes & bit) != 0; };
@@ -59,9 +59,7 @@ DirectoryReader::~DirectoryReader() {
 }
 
 Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReader* /*parent*/) {
-    if (take_failure(Call::open_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open_directory);
     auto state = std::make_unique<State>();
     state->handle = ::FindFirstFileW(wide(path + "*").c_str(), &state->data);
     if (state->handle == INVALID_HANDLE_VALUE) {
@@ -73,9 +71,7 @@ Result<bool> DirectoryReader::open(const std::string& path, const DirectoryReade
 }
 
 Result<bool> DirectoryReader::next() {
-    if (take_failure(Call::read_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read_directory);
     if (::FindNextFileW(state_->handle, &state_->data) == 0) {
         const DWORD error = ::GetLastError();
         if (error == ERROR_NO_MORE_FILES || error == ERROR_SUCCESS) {
@@ -89,10 +85,9 @@ Result<bool> DirectoryReader::next() {
 
 SystemError DirectoryReader::close() {
     const bool fails = take_failure(Call::close_directory);
-    const bool closed = ::FindClose(state_->handle) != 0;
-    const SystemError error = fails ? seams().failure : closed ? SystemError() : last_error();
+    const SystemError error = error_of(::FindClose(state_->handle));
     state_.reset();
-    return error;
+    return fails ? seams().failure : error;
 }
 
 const void* DirectoryReader::handle() const noexcept {

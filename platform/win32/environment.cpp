@@ -31,7 +31,7 @@ std::optional<std::string> environment_text(const char* name) {
 }
 
 void set_environment_variable(const char* name, const std::string& value) {
-    // Sets the variable of the process as well as the two copies of the C runtime.
+    // Sets the variable of the process and both copies of the C runtime.
     ::_wputenv_s(wide(name).c_str(), wide(value).c_str());
 }
 

@@ -1,16 +1,13 @@
 #include "platform/file.h"
 
 #include "platform/seams.h"
+#include "platform/win32/handle.h"
 #include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
 namespace platform {
 namespace {
-
-HANDLE handle_of(FileHandle file) {
-    return reinterpret_cast<HANDLE>(file);
-}
 
 DWORD access_of(FileAccess access) {
     switch (access) {
@@ -24,7 +21,7 @@ DWORD access_of(FileAccess access) {
     return GENERIC_READ | GENERIC_WRITE;
 }
 
-/// Required: deleting is shared by every value.
+/// Required: every value shares deleting.
 DWORD share_mode_of(FileSharing sharing) {
     switch (sharing) {
     case FileSharing::read_write:
@@ -77,17 +74,15 @@ Result<T> result_of(BOOL done, T value) {
     return done ? Result<T>(value) : Result<T>(last_error());
 }
 
+} // namespace
+
 Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shareMode,
                                DWORD disposition, DWORD flags) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(open);
     const HANDLE handle =
         ::CreateFileW(wide(name).c_str(), access, shareMode, nullptr, disposition, flags, nullptr);
     return result_of(handle != INVALID_HANDLE_VALUE, reinterpret_cast<FileHandle>(handle));
 }
-
-} // namespace
 
 Result<FileHandle> open_file(const std::string& name, FileAccess access,
                              FileDisposition disposition, FileSharing sharing, FileHints hints) {
@@ -96,8 +91,7 @@ Result<FileHandle> open_file(const std::string& name, FileAccess access,
 }
 
 Result<FileHandle> open_input(const std::string& name) {
-    return open_handle(name, GENERIC_READ, share_mode_of(FileSharing::read_write), OPEN_EXISTING,
-                       FILE_ATTRIBUTE_NORMAL);
+    return open_handle(name, GENERIC_READ, share_mode_of(FileSharing::read_write), OPEN_EXISTING);
 }
 
 void close_file(FileHandle file) noexcept {
@@ -107,9 +101,7 @@ void close_file(FileHandle file) noexcept {
 }
 
 Result<std::uint32_t> read_file(FileHandle file, void* buffer, std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     DWORD done = 0;
     const BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, nullptr);
     return result_of<std::uint32_t>(success, done);
@@ -129,15 +121,14 @@ Result<std::uint32_t> write_file(FileHandle file, const void* buffer, std::uint3
 
 Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void* buffer,
                                    std::uint32_t count) {
-    if (take_failure(Call::read)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(read);
     OVERLAPPED place = {};
     place.Offset = static_cast<DWORD>(position);
     place.OffsetHigh = static_cast<DWORD>(position >> 32);
     DWORD done = 0;
     BOOL success = ::ReadFile(handle_of(file), buffer, count, &done, &place);
-    // On an overlapped handle the transfer may go on; it must not outlive `place` and the buffer.
+    // On an overlapped handle the transfer may be pending; it must not outlive `place` and
+    // `buffer`.
     while (!success && is_pending(::GetLastError())) {
         success = ::GetOverlappedResult(handle_of(file), &place, &done, TRUE);
     }
@@ -145,9 +136,7 @@ Result<std::uint32_t> read_file_at(FileHandle file, std::uint64_t position, void
 }
 
 Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod method) {
-    if (take_failure(Call::seek)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(seek);
     const DWORD from = method == SeekMethod::begin     ? FILE_BEGIN
                        : method == SeekMethod::current ? FILE_CURRENT
                                                        : FILE_END;
@@ -157,26 +146,20 @@ Result<std::uint64_t> seek_file(FileHandle file, std::int64_t offset, SeekMethod
 }
 
 Result<std::uint64_t> file_size(FileHandle file) {
-    if (take_failure(Call::size)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(size);
     LARGE_INTEGER size = {};
     const BOOL success = ::GetFileSizeEx(handle_of(file), &size);
     return result_of(success, static_cast<std::uint64_t>(size.QuadPart));
 }
 
 SystemError set_end_of_file(FileHandle file) {
-    if (take_failure(Call::set_end)) {
-        return seams().failure;
-    }
-    return ::SetEndOfFile(handle_of(file)) ? SystemError() : last_error();
+    PLATFORM_SEAM(set_end);
+    return error_of(::SetEndOfFile(handle_of(file)));
 }
 
 SystemError flush_file(FileHandle file) {
-    if (take_failure(Call::flush)) {
-        return seams().failure;
-    }
-    return ::FlushFileBuffers(handle_of(file)) ? SystemError() : last_error();
+    PLATFORM_SEAM(flush);
+    return error_of(::FlushFileBuffers(handle_of(file)));
 }
 
 } // namespace platform

@@ -1,6 +1,5 @@
 #include "platform/file_backup.h"
 
-#include <algorithm>
 #include <memory>
 
 #include "platform/win32/handle.h"
@@ -13,13 +12,9 @@
 namespace platform {
 namespace {
 
-/// Protected from what the directory would give: owner, system and administrators alone.
+/// Inherits nothing from the directory: only the owner, the system and administrators.
 constexpr const wchar_t* owner_only = L"D:P(A;;FA;;;OW)(A;;FA;;;SY)(A;;FA;;;BA)";
 constexpr DWORD longest_path = 32768;
-
-SystemError result_of(BOOL answer) {
-    return answer ? SystemError() : last_error();
-}
 
 /// Gives `target` the access list of `source`.
 SystemError copy_access(const std::wstring& source, const std::wstring& target) {
@@ -30,17 +25,17 @@ SystemError copy_access(const std::wstring& source, const std::wstring& target) 
                             &size)) {
         return last_error();
     }
-    return result_of(
+    return error_of(
         ::SetFileSecurityW(target.c_str(), DACL_SECURITY_INFORMATION, descriptor.get()));
 }
 
 SystemError flush(const std::wstring& path) {
     const Handle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file ? result_of(::FlushFileBuffers(file.get())) : last_error();
+    return file ? error_of(::FlushFileBuffers(file.get())) : last_error();
 }
 
-/// Makes the file anew, for its owner alone, and writes it through.
+/// Replaces the file by one that only its owner may open, and writes it through.
 SystemError write_private(const std::wstring& path, std::string_view content) {
     PSECURITY_DESCRIPTOR descriptor = nullptr;
     if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(owner_only, SDDL_REVISION_1,
@@ -50,18 +45,12 @@ SystemError write_private(const std::wstring& path, std::string_view content) {
     SECURITY_ATTRIBUTES attributes = {sizeof attributes, descriptor, FALSE};
     const Handle file(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, &attributes, CREATE_ALWAYS,
                                     FILE_FLAG_WRITE_THROUGH, nullptr));
-    SystemError error = file ? SystemError() : last_error();
+    const SystemError error = file ? SystemError() : last_error();
     ::LocalFree(descriptor);
-    while (!error && !content.empty()) {
-        DWORD written = 0;
-        const auto part = static_cast<DWORD>(std::min(content.size(), std::size_t{1} << 20));
-        error = result_of(::WriteFile(file.get(), content.data(), part, &written, nullptr));
-        content.remove_prefix(written);
-    }
-    return error;
+    return error ? error : write_all(reinterpret_cast<FileHandle>(file.get()), content);
 }
 
-/// Renames what was made under a name of its own, or removes it after an error.
+/// Renames a complete file to its target, or removes it after an error.
 SystemError finish(SystemError error, const std::string& made, const std::string& target) {
     error = error ? error : rename_over(made, target);
     if (error) {
@@ -83,7 +72,7 @@ Result<std::string> real_path(const std::string& path) {
         return last_error();
     }
     std::string real = narrow({name.get(), length});
-    if (real.starts_with(R"(\\?\)") && real.find(':') == 5) { // as everybody writes a drive's path
+    if (real.starts_with(R"(\\?\)") && real.find(':') == 5) { // the usual form of a drive's path
         real.erase(0, 4);
     }
     return real;
@@ -91,7 +80,7 @@ Result<std::string> real_path(const std::string& path) {
 
 SystemError copy_whole(const std::string& source, const std::string& target) {
     const std::string made = target + ".new";
-    SystemError error = result_of(::CopyFileW(wide(source).c_str(), wide(made).c_str(), FALSE));
+    SystemError error = error_of(::CopyFileW(wide(source).c_str(), wide(made).c_str(), FALSE));
     error = error ? error : copy_access(wide(source), wide(made));
     error = error ? error : flush(wide(made));
     return finish(error, made, target);
@@ -103,8 +92,8 @@ SystemError write_whole(const std::string& target, std::string_view content) {
 }
 
 SystemError rename_over(const std::string& source, const std::string& target) {
-    return result_of(::MoveFileExW(wide(source).c_str(), wide(target).c_str(),
-                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    return error_of(::MoveFileExW(wide(source).c_str(), wide(target).c_str(),
+                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
 }
 
 } // namespace platform

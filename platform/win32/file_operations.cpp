@@ -1,7 +1,6 @@
 #include "platform/file_operations.h"
 
 #include <array>
-#include <cerrno>
 #include <cwchar>
 #include <sys/stat.h>
 
@@ -44,8 +43,8 @@ FILETIME file_time(std::int64_t nanoseconds) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-/// The path of a file as the system itself names its volume, such as
-/// `\Device\HarddiskVolume1\dir\file`, from a view of the file. Required: empty when that fails, as
+/// The path of a file with the system's name of its volume, such as
+/// `\Device\HarddiskVolume1\dir\file`, from a view of the file. Required: empty if that fails, as
 /// it does for an empty file.
 std::wstring device_path(HANDLE file, std::size_t capacity) {
     DWORD high = 0;
@@ -67,7 +66,7 @@ std::wstring device_path(HANDLE file, std::size_t capacity) {
     return path;
 }
 
-/// The path with a drive letter; empty if none stands for its volume.
+/// The path with a drive letter; empty if its volume has none.
 std::wstring with_drive_letter(const std::wstring& path) {
     std::array<wchar_t, 1024> drives{};
     if (::GetLogicalDriveStringsW(static_cast<DWORD>(drives.size() - 1), drives.data()) == 0) {
@@ -107,31 +106,24 @@ TimesChange set_file_times(const std::string& path, const std::int64_t* accessed
                        modified != nullptr ? &change : nullptr)) {
         return {true, last_error()};
     }
-    return {true, file.close() ? SystemError() : last_error()};
+    return {true, error_of(file.close())};
 }
 
 Result<std::uint64_t> file_size_by_name(const std::string& path) {
     struct _stat64 status = {};
-    if (::_wstat64(wide(path).c_str(), &status) != 0) {
-        return SystemError::posix(errno);
-    }
-    return static_cast<std::uint64_t>(status.st_size);
+    const SystemError error = runtime_error_of(::_wstat64(wide(path).c_str(), &status));
+    return error ? Result<std::uint64_t>(error) : static_cast<std::uint64_t>(status.st_size);
 }
 
 Result<FileHandle> open_link_target(const std::string& path) {
-    const HANDLE handle = ::CreateFileW(wide(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
-    return reinterpret_cast<FileHandle>(handle);
+    return open_handle(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
 }
 
 FilePath path_of_file(FileHandle file, std::size_t capacity) {
     if (take_failure(Call::path_of_file)) {
         return {{}, capacity, seams().failure};
     }
-    const std::wstring device = device_path(reinterpret_cast<HANDLE>(file), capacity);
+    const std::wstring device = device_path(handle_of(file), capacity);
     const std::wstring on_drive = with_drive_letter(device);
     const std::wstring& path = on_drive.empty() ? device : on_drive;
     if (path.size() >= capacity) {

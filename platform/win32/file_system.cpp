@@ -1,6 +1,5 @@
 #include "platform/file_system.h"
 
-#include <cerrno>
 #include <io.h>
 
 #include "platform/seams.h"
@@ -15,17 +14,11 @@ namespace {
 constexpr int existence = 0;
 constexpr int reading_and_writing = 6;
 
-SystemError result_of(int answer) {
-    return answer == 0 ? SystemError() : SystemError::posix(errno);
-}
-
 } // namespace
 
 SystemError create_directory(const std::string& path) {
-    if (take_failure(Call::create_directory)) {
-        return seams().failure;
-    }
-    return ::CreateDirectoryW(wide(path).c_str(), nullptr) ? SystemError() : last_error();
+    PLATFORM_SEAM(create_directory);
+    return error_of(::CreateDirectoryW(wide(path).c_str(), nullptr));
 }
 
 bool is_directory(const std::string& path) {
@@ -37,17 +30,13 @@ bool is_directory(const std::string& path) {
 }
 
 SystemError check_existence(const std::string& path) {
-    if (take_failure(Call::existence)) {
-        return seams().failure;
-    }
-    return result_of(::_waccess(wide(path).c_str(), existence));
+    PLATFORM_SEAM(existence);
+    return runtime_error_of(::_waccess(wide(path).c_str(), existence));
 }
 
 SystemError check_read_write_access(const std::string& path) {
-    if (take_failure(Call::access)) {
-        return seams().failure;
-    }
-    return result_of(::_waccess(wide(path).c_str(), reading_and_writing));
+    PLATFORM_SEAM(access);
+    return runtime_error_of(::_waccess(wide(path).c_str(), reading_and_writing));
 }
 
 SystemError create_for_group(const std::string& /*path*/) {
@@ -55,17 +44,14 @@ SystemError create_for_group(const std::string& /*path*/) {
 }
 
 SystemError probe_write_access(const std::string& path) {
-    if (take_failure(Call::open)) {
-        return seams().failure;
-    }
-    const Handle file(::CreateFileW(wide(path).c_str(), GENERIC_WRITE,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
-    return file ? SystemError() : last_error();
+    const auto file =
+        open_handle(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_ALWAYS);
+    close_file(file ? *file : invalid_file);
+    return file.error();
 }
 
 void remove_file(const char* path) noexcept {
-    // No allocation: this runs in a handler of signals.
+    // Does not allocate, since it may run in a signal handler.
     wchar_t name[4096];
     if (::MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, name, 4096) != 0) {
         ::DeleteFileW(name);

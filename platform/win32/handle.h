@@ -2,11 +2,20 @@
 
 #include <utility>
 
+#include "platform/file.h"
 #include "platform/win32/windows.h"
 
 namespace platform {
 
-/// Owns a HANDLE for a scope; both of the system's failure values count as no handle.
+inline HANDLE handle_of(FileHandle file) noexcept {
+    return reinterpret_cast<HANDLE>(file);
+}
+
+/// CreateFileW() without security attributes and template; counts as Call::open.
+Result<FileHandle> open_handle(const std::string& name, DWORD access, DWORD shareMode,
+                               DWORD disposition, DWORD flags = FILE_ATTRIBUTE_NORMAL);
+
+/// Owns a HANDLE for a scope. Both of the system's failure values count as no handle.
 class Handle {
   public:
     explicit Handle(HANDLE handle) noexcept
@@ -17,9 +26,9 @@ class Handle {
 
     explicit operator bool() const noexcept { return handle_ != nullptr; }
     HANDLE get() const noexcept { return handle_; }
-    /// Gives up ownership without closing the handle.
+    /// Releases ownership without closing the handle.
     HANDLE release() noexcept { return std::exchange(handle_, nullptr); }
-    /// Closes the handle now; false when the system reports a failure.
+    /// Closes the handle now. Returns false if the system reports a failure.
     bool close() noexcept {
         const HANDLE handle = release();
         return handle == nullptr || ::CloseHandle(handle) != 0;

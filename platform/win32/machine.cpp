@@ -25,7 +25,7 @@ class RegistryKey {
         }
     }
 
-    /// The value's bytes as UTF-16, whatever its type; `size` is their number.
+    /// The bytes of a value of any type as UTF-16. `size` receives their number.
     Result<std::wstring> value(const wchar_t* name, DWORD& size) const {
         LSTATUS error = error_ == ERROR_SUCCESS ? query(name, nullptr, size) : error_;
         std::wstring text;
@@ -50,9 +50,7 @@ class RegistryKey {
 } // namespace
 
 Result<std::string> computer_name() {
-    if (take_failure(Call::computer_name)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(computer_name);
     if (!seams().computer_name.empty()) {
         return seams().computer_name;
     }
@@ -67,10 +65,8 @@ std::string machine_setting_source() {
 }
 
 Result<std::optional<std::string>> machine_root_directory() {
-    if (take_failure(Call::machine_setting)) {
-        return seams().failure;
-    }
-    // A test's machine lies among the settings of its account, which anybody may write.
+    PLATFORM_SEAM(machine_setting);
+    // The machine of a test is below the current user, where every account may write.
     const RegistryKey key(seams().machine_setting.empty() ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
                           machine_setting_source());
     DWORD size = 0;
@@ -81,7 +77,7 @@ Result<std::optional<std::string>> machine_root_directory() {
     if (!value) {
         return value.error();
     }
-    // Required: the last unit goes as the closing zero, also when the value holds none.
+    // Required: the last unit is removed as the terminator, also if it is none.
     const std::size_t units = size / sizeof(wchar_t);
     value->resize(units == 0 ? 0 : units - 1);
     return std::optional<std::string>(narrow(value->c_str()));

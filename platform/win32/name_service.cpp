@@ -5,7 +5,7 @@
 #include "platform/seams.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
-// behind windows.h
+// after windows.h
 #include <ws2tcpip.h>
 
 namespace platform {
@@ -14,7 +14,7 @@ namespace {
 constexpr WORD winsock_version = 0x202;
 constexpr INT address_size = 128;
 
-/// The number of the failed call; never 0 when `result` is a failure.
+/// The error number of a failed call, never 0; 0 if `result` is success.
 int number_of(int result) noexcept {
     if (result == 0) {
         return 0;

@@ -24,9 +24,7 @@ ACE_mutex_t& mutex_of(void* state) {
 } // namespace
 
 SystemError NamedMutex::create(const std::string& name) {
-    if (take_failure(Call::create_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(create_mutex);
     auto mutex = std::make_unique<ACE_mutex_t>();
     const std::string own_name = name + seams().mutex_name_suffix;
     if (ACE_OS::mutex_init(mutex.get(), USYNC_PROCESS, own_name.c_str(), nullptr, nullptr, 0) !=
@@ -38,7 +36,7 @@ SystemError NamedMutex::create(const std::string& name) {
 }
 
 SystemError NamedMutex::open_limited(const std::string& name) {
-    // ACE always asks for all rights, so its object is put together here.
+    // ACE always requests all rights, so its object is composed here.
     Handle handle(::OpenMutexW(SYNCHRONIZE, FALSE, wide(name + seams().mutex_name_suffix).c_str()));
     if (!handle) {
         return last_error();
@@ -51,9 +49,7 @@ SystemError NamedMutex::open_limited(const std::string& name) {
 }
 
 SystemError NamedMutex::lock() {
-    if (take_failure(Call::lock_mutex)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(lock_mutex);
     return ACE_OS::mutex_lock(&mutex_of(state_)) == 0 ? SystemError() : ace_error();
 }
 

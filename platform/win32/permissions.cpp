@@ -1,8 +1,8 @@
 #include "platform/permissions.h"
 
-#include <cerrno>
 #include <io.h>
 
+#include "platform/win32/last_error.h"
 #include "platform/win32/wide.h"
 
 namespace platform {
@@ -13,7 +13,7 @@ constexpr int reading = 4;
 } // namespace
 
 SystemError check_read_access(const std::string& path) {
-    return ::_waccess(wide(path).c_str(), reading) == 0 ? SystemError() : SystemError::posix(errno);
+    return runtime_error_of(::_waccess(wide(path).c_str(), reading));
 }
 
 bool is_writable_for_all(const std::string&) {

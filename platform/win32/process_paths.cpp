@@ -18,19 +18,17 @@ constexpr DWORD largest_name_size = 33268;
 } // namespace
 
 SystemError set_current_directory(const std::string& path) {
-    return ::SetCurrentDirectoryW(wide(path).c_str()) ? SystemError() : last_error();
+    return error_of(::SetCurrentDirectoryW(wide(path).c_str()));
 }
 
 Result<std::string> current_directory(std::size_t& bufferSize) {
     bufferSize = MAX_PATH;
-    if (take_failure(Call::current_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(current_directory);
     std::array<wchar_t, MAX_PATH> first{};
     std::wstring longer;
     wchar_t* buffer = first.data();
     DWORD length = ::GetCurrentDirectoryW(MAX_PATH, buffer);
-    while (length != 0 && length >= bufferSize) { // it may change to a longer one meanwhile
+    while (length != 0 && length >= bufferSize) { // the directory may change meanwhile
         bufferSize = length;
         longer.assign(bufferSize, L'\0');
         buffer = longer.data();
@@ -43,9 +41,7 @@ Result<std::string> current_directory(std::size_t& bufferSize) {
 }
 
 Result<std::string> runtime_current_directory() {
-    if (take_failure(Call::current_directory)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(current_directory);
     std::array<wchar_t, ordinary_size> buffer{};
     if (::_wgetcwd(buffer.data(), static_cast<int>(buffer.size())) == nullptr) {
         return SystemError::posix(errno);
@@ -54,9 +50,7 @@ Result<std::string> runtime_current_directory() {
 }
 
 Result<std::string> application_path() {
-    if (take_failure(Call::application_path)) {
-        return seams().failure;
-    }
+    PLATFORM_SEAM(application_path);
     std::array<wchar_t, ordinary_size> first{};
     DWORD length = ::GetModuleFileNameW(nullptr, first.data(), first.size());
     if (length == 0) {

@@ -15,17 +15,17 @@ namespace {
 
 using Step = LinkRemoval::Step;
 
-/// The layout of reparse points is Microsoft's REPARSE_GUID_DATA_BUFFER.
+// The layout of Microsoft's REPARSE_GUID_DATA_BUFFER.
 constexpr DWORD header_size = 24;
 constexpr std::size_t guid_offset = 8;
 
-void tell_hook(const std::string& path) {
+void call_hook(const std::string& path) {
     if (seams().before_removal) {
         seams().before_removal(path);
     }
 }
 
-/// Makes the directory that the handle is of an ordinary one.
+/// Turns the directory of the handle into an ordinary one.
 LinkRemoval remove_reparse_point(HANDLE handle) {
     if (take_failure(Call::remove_link)) {
         return {Step::remove, seams().failure};
@@ -42,35 +42,30 @@ LinkRemoval remove_reparse_point(HANDLE handle) {
     REPARSE_GUID_DATA_BUFFER request = {};
     request.ReparseTag = IO_REPARSE_TAG_MOUNT_POINT; // required, whatever the point really is
     std::memcpy(&request.ReparseGuid, data.data() + guid_offset, sizeof(request.ReparseGuid));
-    if (!::DeviceIoControl(handle, FSCTL_DELETE_REPARSE_POINT, &request, header_size, nullptr, 0,
-                           &returned, nullptr)) {
-        return {Step::remove, last_error()};
-    }
-    return {Step::remove, {}};
+    return {Step::remove, error_of(::DeviceIoControl(handle, FSCTL_DELETE_REPARSE_POINT, &request,
+                                                     header_size, nullptr, 0, &returned, nullptr))};
 }
 
 } // namespace
 
 Result<RemovalAnchor> RemovalAnchor::open(const std::string& path, bool /*followLinks*/) const {
-    tell_hook(path);
+    call_hook(path);
     return RemovalAnchor();
 }
 
 SystemError RemovalAnchor::remove_file(const std::string& path) const {
-    if (take_failure(Call::remove_file)) {
-        return seams().failure;
-    }
-    tell_hook(path);
-    return ::DeleteFileW(wide(path).c_str()) ? SystemError() : last_error();
+    PLATFORM_SEAM(remove_file);
+    call_hook(path);
+    return error_of(::DeleteFileW(wide(path).c_str()));
 }
 
 SystemError RemovalAnchor::remove_directory(const std::string& path) const {
-    tell_hook(path);
-    return ::RemoveDirectoryW(wide(path).c_str()) ? SystemError() : last_error();
+    call_hook(path);
+    return error_of(::RemoveDirectoryW(wide(path).c_str()));
 }
 
 LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
-    tell_hook(path);
+    call_hook(path);
     const std::wstring name = wide(path);
     Handle link(::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                               FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
@@ -82,8 +77,7 @@ LinkRemoval RemovalAnchor::remove_link(const std::string& path) const {
     if (removal.error) {
         return removal;
     }
-    return {Step::remove_directory,
-            ::RemoveDirectoryW(name.c_str()) ? SystemError() : last_error()};
+    return {Step::remove_directory, error_of(::RemoveDirectoryW(name.c_str()))};
 }
 
 } // namespace platform

@@ -2,15 +2,13 @@
 
 #include <array>
 #include <string_view>
-#include <system_error>
 
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
 namespace platform {
-namespace {
 
-std::string message_of(unsigned long number) {
+std::string describe_windows_error(unsigned long number) {
     std::array<wchar_t, 512> text{};
     const DWORD length = ::FormatMessageW(
         FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
@@ -21,22 +19,8 @@ std::string message_of(unsigned long number) {
     return message.empty() ? "Windows error " + std::to_string(number) : narrow(message);
 }
 
-} // namespace
-
 SystemError sharing_violation() noexcept {
     return SystemError::windows(ERROR_SHARING_VIOLATION);
-}
-
-std::string describe(SystemError error) {
-    switch (error.domain()) {
-    case SystemError::Domain::posix:
-        return std::generic_category().message(static_cast<int>(error.number()));
-    case SystemError::Domain::windows:
-        return message_of(error.number());
-    case SystemError::Domain::none:
-        break;
-    }
-    return "Success";
 }
 
 } // namespace platform

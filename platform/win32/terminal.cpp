@@ -29,7 +29,7 @@ void write(const Handle& output, std::wstring_view text) {
     ::WriteConsoleW(output.get(), text.data(), static_cast<DWORD>(text.size()), &done, nullptr);
 }
 
-/// The UTF-8 of what was typed, in memory that does not move.
+/// The typed text in UTF-8, in memory that does not move.
 std::string narrow_secret(std::wstring_view typed) {
     std::string text;
     text.reserve(longest_line * 3);
@@ -51,7 +51,7 @@ bool error_is_terminal() {
     return is_console(STD_ERROR_HANDLE);
 }
 
-/// Ctrl+C ends the read, and then the process.
+/// Ctrl+C ends the read and then the process.
 struct SecretPrompt::State {
     State()
         : usable(::GetConsoleMode(input.get(), &before) &&
@@ -89,7 +89,7 @@ std::optional<std::string> SecretPrompt::ask(const std::string& prompt) {
     const std::wstring_view typed(line.data(), length);
     const std::size_t end = typed.find_first_of(L"\r\n");
     std::optional<std::string> secret;
-    if (read && end != std::wstring_view::npos) { // else the input ended, or the line was cut
+    if (read && end != std::wstring_view::npos) { // else the input ended or the line was cut
         secret.emplace(narrow_secret(typed.substr(0, end)));
     }
     secure_zero(line.data(), sizeof line);

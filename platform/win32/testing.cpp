@@ -7,7 +7,7 @@
 namespace platform::testing {
 
 void remove_named_mutex(const std::string&) {
-    // The system drops a mutex with its last handle.
+    // The system removes a mutex with its last handle.
 }
 
 void store_machine_root(const std::optional<std::string>& root) {

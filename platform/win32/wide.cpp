@@ -8,7 +8,7 @@
 namespace platform {
 namespace {
 
-/// The system takes lengths of 31 bits.
+/// The system's lengths have 31 bits.
 int checked_length(std::size_t length) {
     if (length > INT_MAX) {
         throw std::length_error("A text is too long for the system");

@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// Converts UTF-8 to UTF-16. Invalid UTF-8 gives the empty text, a name that the system never
-/// finds. Throws std::length_error for texts of 2 GiB or more, as narrow() does.
+/// Converts UTF-8 to UTF-16. Invalid UTF-8 yields the empty text, a name that never exists. Throws
+/// std::length_error for texts of 2 GiB or more, as narrow() does.
 std::wstring wide(std::string_view text);
 
 /// Converts UTF-16 to UTF-8; a lone surrogate becomes U+FFFD.

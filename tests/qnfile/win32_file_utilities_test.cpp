@@ -1,6 +1,8 @@
 #include "qnfile/directory.h"
 #include "qnfile/file_utilities.h"
 #include "tests/qnfile/file_fixture.h"
+#include "tests/support/command.h"
+#include "tests/support/win32/wine.h"
 
 // File names, times and links as Windows has them.
 namespace qnfile {
@@ -46,6 +48,25 @@ TEST_F(WindowsFiles, TheLargestTimeIsMoreThanItsNanoseconds) {
         get_file_timestamp(file_, nullptr, &modified, nullptr);
         EXPECT_EQ(modified == last_tick, time == last_tick) << modified;
     }
+}
+
+// Wine shows a link of the host as a reparse point without data, at which the removal stops.
+TEST_F(WindowsFiles, ARemovalKeepsWhatALinkLeadsTo) {
+    make({"outside/", "outside/kept", "tree/"});
+    const std::string before = get_current_directory(nullptr);
+    set_current_directory(base_, nullptr);
+    support::run(support::is_wine()
+                     ? support::Command{"Z:\\bin\\ln", {"-s", "../outside", "tree/link"}}
+                     : support::Command{"cmd", {"/c", "mklink", "/J", "tree\\link", "outside"}});
+    EXPECT_TRUE(DirectoryEntry::create_from_full_path(path("tree/link")).is_link());
+    const auto error = error_of([&] { remove_directory(path("tree"), remove_recursive, nullptr); });
+    EXPECT_EQ(static_cast<bool>(error), support::is_wine());
+    EXPECT_EQ(fs::exists(path("tree")), support::is_wine());
+    EXPECT_TRUE(fs::exists(path("outside/kept")));
+    if (support::is_wine()) {
+        support::run({"Z:\\bin\\rm", {"tree/link"}});
+    }
+    set_current_directory(before, nullptr);
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 namespace tool {
 
-// The work of each command. They throw UsageError, Failure and what the library throws.
+// The functions that run the commands. They throw UsageError, Failure and what the library throws.
 
 ExitStatus run_set(const Arguments& arguments);
 ExitStatus run_update(const Arguments& arguments);

@@ -9,9 +9,9 @@
 
 namespace tool {
 
-/// How a file was read, and what of it is no entry.
+/// The result of reading a file: faults, and content other than entries.
 struct Reading {
-    /// True when a change that writes the entries again loses nothing.
+    /// True if a change that rewrites the entries loses nothing.
     bool is_whole() const {
         return fault.empty() && root_is_right && ignored.empty() && unreadable_passwords.empty();
     }
@@ -20,20 +20,19 @@ struct Reading {
     bool file_is_empty = false;
     bool root_is_right = true;  ///< or there is no document
     std::string root;           ///< the name of the document's first element
-    std::string fault;          ///< what ended the reading; empty when it came to the end
+    std::string fault;          ///< what ended the reading; empty if it reached the end
     std::string last_entry;     ///< the title of the last entry before that
-    std::string password_fault; ///< what was wrong with the first unreadable password
+    std::string password_fault; ///< the fault of the first unreadable password
     std::vector<std::string> unreadable_passwords; ///< titles of their entries
-    std::vector<std::string> ignored;              ///< elements that have no meaning
+    std::vector<std::string> ignored;              ///< elements without a meaning
 };
 
 using EntryVisitor = std::function<void(Entry&&)>;
 
-/// Reads a configuration file once, by the rules of the library, and hands over each entry when it
-/// is whole. Unlike the library it reads on after a password that `cipher` cannot decipher;
-/// without a cipher it skips passwords. A terminal at standard error sees the progress of a long
-/// reading. The caller holds the machine-wide lock. Throws Failure when the file exists and cannot
-/// be opened.
+/// Reads a configuration file once, by the rules of the library, and passes on each complete entry.
+/// Unlike the library it continues after a password that `cipher` cannot decipher; without a cipher
+/// it skips passwords. Shows the progress of a long reading if standard error is a terminal. The
+/// caller must hold the machine-wide lock. Throws Failure if the file exists and cannot be opened.
 Reading read_document(const std::string& path, vdcertificates::PasswordCipher* cipher,
                       const EntryVisitor& visit);
 

@@ -8,7 +8,7 @@
 
 namespace tool {
 
-/// One entry of the file, and its place there. The password is wiped when the entry is destroyed.
+/// One entry of the file and its place there. The destructor wipes the password.
 struct Entry {
     Entry() = default;
     Entry(Entry&&) = default;
@@ -17,15 +17,15 @@ struct Entry {
     Entry& operator=(const Entry&) = delete;
     ~Entry() { wipe(node.password); }
 
-    /// The role that the entry belongs to, or null.
+    /// The role of the entry, or null.
     const Role* role() const { return find_role_by_element(node.name); }
-    /// The role's name on the command line, or the element name when no role has it.
+    /// The role's name on the command line, or the element name if there is no such role.
     std::string role_name() const;
     /// "ROLE of the server 'NAME'".
     std::string title() const;
 
-    const std::string* section = nullptr; ///< the name of the section that it is in
-    bool by_server = false;               ///< it belongs to a server name
+    const std::string* section = nullptr; ///< the name of its section
+    bool by_server = false;               ///< it is under a server name
     bool password_is_readable = true;     ///< else the password is empty
     std::string server;
     vdcertificates::CertificateNode node;

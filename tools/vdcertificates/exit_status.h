@@ -5,23 +5,23 @@
 
 namespace tool {
 
-/// What the program ends with.
+/// The exit status of the program.
 enum ExitStatus {
     status_done = 0,
-    status_failed = 1,   ///< it could not be done, or `check` found a problem
+    status_failed = 1,   ///< the command failed, or `check` found a problem
     status_usage = 2,    ///< the command line is wrong
     status_no_entry = 3, ///< the file has no such entry
 };
 
-/// A wrong use of the program: what() is the one line that says what is wrong.
+/// Wrong usage of the program: what() is one line that says what is wrong.
 struct UsageError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-/// The work could not be done: what() says why and what to do.
+/// A command failed: what() says why and what to do.
 class Failure : public std::runtime_error {
   public:
-    /// `code` is what `check` reports the failure under, `path` the file that it is about.
+    /// `code` is the code under which `check` reports the failure, `path` the file concerned.
     explicit Failure(const std::string& message, const char* code = "failed", std::string path = {})
         : runtime_error(message)
         , code_(code)
@@ -35,7 +35,7 @@ class Failure : public std::runtime_error {
     std::string path_;
 };
 
-/// What an exception says, with the whole chain of its causes.
+/// The text of an exception with the whole chain of its causes.
 std::string cause_of(const std::exception& exception);
 
 } // namespace tool

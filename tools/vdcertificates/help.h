@@ -6,7 +6,7 @@
 
 namespace tool {
 
-/// What --help prints.
+/// Returns the text that --help prints.
 std::string program_help();
 std::string command_help(const Command& command);
 

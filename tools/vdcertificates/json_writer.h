@@ -7,8 +7,8 @@
 
 namespace tool {
 
-/// Writes JSON (RFC 8259), indented by two blanks a level, into a text that is wiped. What is not
-/// UTF-8 becomes U+FFFD, what a terminal would not show an escape.
+/// Writes JSON (RFC 8259), indented by two blanks per level, into a text that is wiped. Invalid
+/// UTF-8 becomes U+FFFD, and characters that a terminal does not show become escapes.
 class JsonWriter {
   public:
     explicit JsonWriter(Secret& text)
@@ -17,13 +17,13 @@ class JsonWriter {
     /// Opens with `[` or `{`.
     void begin(char bracket);
     void end();
-    /// The name of the member that comes next in an object.
+    /// Writes the name of the next member of an object.
     void key(std::string_view name);
     void value(std::string_view text);
     void value(bool truth);
     void null();
 
-    /// All fields of an entry, the password in clear or null.
+    /// Writes all fields of an entry, with the password in clear or null.
     void entry(const Entry& entry, bool password);
 
   private:

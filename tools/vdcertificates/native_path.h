@@ -5,7 +5,7 @@
 
 namespace tool {
 
-/// A path of ours (UTF-8 on Windows, bytes on Linux) as the standard library takes it.
+/// Converts a path (UTF-8 on Windows, bytes on Linux) to one of the standard library.
 inline std::filesystem::path native_path(const std::string& path) {
     return {std::u8string(path.begin(), path.end())};
 }

@@ -26,7 +26,7 @@ using CertificateHandle = std::unique_ptr<X509, OpensslFree<X509_free>>;
 using StoreHandle = std::unique_ptr<X509_STORE, OpensslFree<X509_STORE_free>>;
 using StoreContextHandle = std::unique_ptr<X509_STORE_CTX, OpensslFree<X509_STORE_CTX_free>>;
 
-/// What OpenSSL said last, whose queue is empty afterwards.
+/// Returns OpenSSL's last error and empties its queue.
 std::string openssl_reason();
 
 } // namespace tool

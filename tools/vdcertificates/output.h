@@ -17,8 +17,8 @@ struct OutputStyle {
     bool passwords = false; ///< in clear
 };
 
-/// One field of an entry as all output shows it. The value refers to the entry; nothing when the
-/// role has no such field, or a password cannot be read.
+/// One field of an entry as all output shows it. The value refers to the entry; nullopt if the role
+/// has no such field or a password cannot be read.
 struct Field {
     std::string_view key;
     std::string_view heading;
@@ -38,12 +38,12 @@ class Output {
         text_.append(piece);
         return *this;
     }
-    /// Appends on one line, without what a terminal would not show.
+    /// Appends a text on one line, with hidden characters escaped.
     void append_printable(std::string_view text);
-    /// The same in a column of that many characters.
+    /// Does the same in a column of that many characters.
     void append_column(std::string_view text, std::size_t width);
 
-    /// Writes what has gathered when that is much; flush() always. Throws Failure.
+    /// Writes the buffered text if it is large; flush() always does. Throw Failure.
     void flush_when_full();
     void flush();
 
@@ -51,17 +51,17 @@ class Output {
     Secret text_;
 };
 
-/// `name: value` and a line end; a terminal gets the values in one column, `width` wide with what
-/// is in front of it.
+/// Writes `name: value` and a line end. On a terminal the values are in one column, after `width`
+/// characters.
 void append_line(Output& output, std::string_view name, std::string_view value, std::size_t width);
 
-/// One entry: lines of the fields that its role has, or one JSON object with all keys.
+/// Writes one entry: lines of the fields of its role, or one JSON object with all keys.
 void append_entry(Output& output, const Entry& entry, const OutputStyle& style);
 
-/// Writes a whole text to standard output. Throws Failure when it cannot be written.
+/// Writes a whole text to standard output. Throws Failure if it cannot be written.
 void print(std::string_view text);
 
-/// One line on standard error, which begins with the program's name. Allocates nothing.
+/// Writes one line, which begins with the program's name, to standard error. Does not allocate.
 void print_error(std::string_view message) noexcept;
 
 } // namespace tool

@@ -8,14 +8,14 @@
 
 namespace tool {
 
-/// Overwrites all that the text's memory held and empties it.
+/// Overwrites the text's whole memory and empties it.
 inline void wipe(std::string& text) noexcept {
     text.resize(text.capacity());
     platform::secure_zero(text.data(), text.size());
     text.clear();
 }
 
-/// A text that is wiped when it is destroyed, and wherever it was before it moved or grew.
+/// A text that is wiped on destruction, and in its old memory when it moves or grows.
 class Secret {
   public:
     Secret() = default;
@@ -53,7 +53,7 @@ class Secret {
         reserve(text_.size() + more.size());
         text_.append(more);
     }
-    /// Grows with zero bytes, or cuts.
+    /// Appends zero bytes, or truncates.
     void resize(std::size_t size) {
         reserve(size);
         text_.resize(size);

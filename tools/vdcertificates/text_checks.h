@@ -7,13 +7,13 @@
 
 namespace tool {
 
-/// These throw UsageError, `subject` being what the user knows the text by.
+/// These throw UsageError; `subject` names the text in the message.
 ///
-/// The file holds server names and paths as they are, in UTF-8 and without escapes, but for the
-/// trusted path. So a text is refused that would break the file or read back as another one: a
-/// control character, and `<` and `&`; in a server name also `"`, which ends it there, and a
-/// blank at either end, with which nobody would find it. Characters that change what a terminal
-/// shows (is_hidden()) are refused everywhere.
+/// The file holds server names and paths in UTF-8 without escapes, except the trusted path. So
+/// texts that would break the file or be read differently are refused: control characters, `<` and
+/// `&`; in a server name also `"`, which ends it there, and a blank at either end, with which
+/// nobody would find it. Characters that change what a terminal shows (is_hidden()) are refused
+/// everywhere.
 void check_server_name(const std::string& subject, std::string_view name);
 void check_path(const std::string& subject, std::string_view path);
 void check_trusted_path(const std::string& subject, std::string_view path);
@@ -23,21 +23,21 @@ void check_trusted_path(const std::string& subject, std::string_view path);
 void check_password(const std::string& subject, std::string_view password);
 inline constexpr std::size_t longest_password = 245;
 
-/// A name that is only looked for: not empty, and UTF-8.
+/// Checks a name to search for: not empty, and UTF-8.
 void check_searched_name(const std::string& subject, std::string_view name);
 
-/// True for what a terminal does not show as itself: control characters (C0, C1), line and
+/// True for characters that a terminal does not show as such: control characters (C0, C1), line and
 /// paragraph separators, and the marks and overrides of direction (Unicode, UAX #9).
 bool is_hidden(unsigned int codePoint) noexcept;
 
-/// Calls `put` with the pieces of a text on one line, in which what is hidden or not UTF-8 becomes
-/// `\x1b` or `\u202e`. Allocates nothing.
+/// Calls `put` with the pieces of a text on one line, in which hidden characters and invalid UTF-8
+/// become `\x1b` or `\u202e`. Does not allocate.
 template <class Put>
 void for_each_printable(std::string_view text, const Put& put);
 
 std::string printable(std::string_view text);
 
-/// How many characters the printable text has.
+/// The number of characters of the printable text.
 std::size_t printable_width(std::string_view text) noexcept;
 
 /// `\xNN` for a byte, `\uNNNN` for a larger code point.

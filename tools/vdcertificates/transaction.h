@@ -10,7 +10,7 @@
 
 namespace tool {
 
-/// The entries of the whole file. All passwords are wiped when the object is destroyed.
+/// The entries of the whole file. The destructor wipes all passwords.
 class Contents {
   public:
     using Section = vdcertificates::ConfigurationFileNodes;
@@ -29,13 +29,13 @@ class Contents {
     /// The entry that a search finds, or null. `server` becomes the stored spelling.
     const Node* find(const Role& role, std::string& server);
 
-    /// Stores an entry in place of all that a search might find (Entry::section says where).
+    /// Replaces all entries that a search might find by this one (Entry::section says where).
     void place(Entry&& entry);
 
-    /// Removes every entry of that role under every spelling of the server; returns how many.
+    /// Removes every entry of that role under every spelling of the server. Returns their number.
     std::size_t remove(const Role& role, const std::string& server);
 
-    /// Calls back for each entry, in the order of the file.
+    /// Calls the function for each entry, in the order of the file.
     using Visitor =
         std::function<void(const std::string& section, const std::string* server, const Node&)>;
     void for_each(const Visitor& visit) const;
@@ -44,12 +44,12 @@ class Contents {
     std::array<Section, 3> sections_; ///< in the order of the file
 };
 
-/// One change of the file. Reads it under the lock and refuses to go on when the change would drop
-/// something that it cannot read. commit() keeps the former content beside the file, writes, reads
-/// again, and puts the former content back when anything is missing. No signal cuts it short.
+/// One change of the file. Reads it under the lock and refuses the change if it would drop content
+/// that cannot be read. commit() keeps the former content beside the file, writes, reads again, and
+/// restores the former content if anything is missing. Signals do not interrupt it.
 class Transaction {
   public:
-    /// Throws Failure. With `discardUnreadable` what cannot be read is dropped.
+    /// Throws Failure. With `discardUnreadable` drops what cannot be read.
     explicit Transaction(bool discardUnreadable);
 
     Contents& contents() noexcept { return contents_; }
@@ -68,12 +68,12 @@ class Transaction {
     Contents contents_;
     std::string real_path_;             ///< of the file, which may be a link
     std::filesystem::path native_path_; ///< the same
-    std::string previous_;              ///< where the former content is kept
-    bool is_kept_ = false;              ///< the former content is beside it
+    std::string previous_;              ///< the path of the former content
+    bool is_kept_ = false;              ///< the former content is at that path
     bool was_missing_ = false;
 };
 
-/// Puts `.previous` in place of the file, and the file's content in place of `.previous`.
+/// Exchanges `.previous` and the file.
 void restore_previous(bool discardUnreadable);
 
 } // namespace tool
