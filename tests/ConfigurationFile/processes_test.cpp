@@ -3,7 +3,6 @@
 
 #include "ConfigurationFile/configuration_file_access.h"
 #include "tests/ConfigurationFile/store_fixture.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 
 namespace store_test {

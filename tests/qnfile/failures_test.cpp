@@ -239,6 +239,12 @@ TEST_F(FailuresTest, OfDirectories) {
              remove_directory(dir_, remove_recursive, e);
          },
          "directory|remove_directory()|Failed to delete file (path={base}dir/sub/file)", "errno 5"},
+        {[&](auto* e) {
+             fail_next(Call::open_directory);
+             remove_directory(dir_, remove_recursive, e);
+         },
+         "directory.notFound|impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()",
+         "errno 5"},
         {[&](auto* e) { remove_directory(missing_, remove_recursive, e); },
          "directory.notFound|impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()",
          "system"},
@@ -353,16 +359,16 @@ TEST_F(FailuresTest, OfFileUtilities) {
 
 TEST_F(FailuresTest, OfTheSystemAlone) {
     fs::create_directory(dir_);
-    const auto while_failing = [](Call call, const auto& action) {
-        return [call, action] {
-            fail_next(call);
-            action();
-        };
-    };
     support::check_failures({
-        {while_failing(Call::current_directory, get_current_directory_as_uri),
+        {[] {
+             fail_next(Call::current_directory);
+             get_current_directory_as_uri();
+         },
          "error.qncore.errno|qnfile::get_current_directory_as_uri()"},
-        {while_failing(Call::application_path, get_application_filepath_as_uri),
+        {[] {
+             fail_next(Call::application_path);
+             get_application_filepath_as_uri();
+         },
          "error.qncore.errno|qnfile::get_application_filepath_as_uri()"},
     });
     for (const std::string& path : {missing_, dir_}) {

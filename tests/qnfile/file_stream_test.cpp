@@ -1,9 +1,14 @@
 #include "qnfile/file_stream.h"
 
+#include <array>
+#include <future>
 #include <type_traits>
+#include <vector>
 
+#include "qncore/interface_ptr.h"
 #include "qnfile/file_impl.h"
 #include "qnfile/file_stream_impl.h"
+#include "qnfile/read_stream_view.h"
 #include "tests/qnfile/file_fixture.h"
 
 namespace qnfile {
@@ -63,76 +68,57 @@ TEST_F(FileStreamTest, WhatIsWrittenIsRead) {
 }
 
 TEST_F(FileStreamTest, SkipStopsAtTheEndButGoesOnBeyondIt) {
-    struct Case {
-        std::uint64_t from;
-        std::uint64_t count;
-        std::uint64_t skipped;
-    };
-    const Case cases[] = {
+    // from, count, skipped
+    const std::array<std::uint64_t, 3> cases[] = {
         {0, 4, 4},  {0, 10, 10}, {4, 100, 6}, {10, 3, 0}, {0, ~std::uint64_t{0}, 10},
         {12, 3, 3}, {12, 0, 0},
     };
     const auto stream = both();
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.from << " + " << c.count);
-        EXPECT_EQ(stream->seek(static_cast<std::int64_t>(c.from), seek_begin), c.from);
-        EXPECT_EQ(stream->skip(c.count), c.skipped);
-        EXPECT_EQ(stream->seek(0, seek_current), c.from + c.skipped);
-        EXPECT_EQ(stream->available(), 10 - c.from - c.skipped) << "wraps beyond the end";
+    for (const auto& [from, count, skipped] : cases) {
+        SCOPED_TRACE(::testing::Message() << from << " + " << count);
+        EXPECT_EQ(stream->seek(static_cast<std::int64_t>(from) - 10, seek_end), from);
+        EXPECT_EQ(stream->skip(count), skipped);
+        EXPECT_EQ(stream->seek(0, seek_current), from + skipped);
+        EXPECT_EQ(stream->available(), 10 - from - skipped) << "wraps beyond the end";
     }
 }
 
-TEST_F(FileStreamTest, Seek) {
-    const auto stream = both();
-    EXPECT_EQ(stream->seek(3, seek_begin), 3U);
-    EXPECT_EQ(stream->seek(-2, seek_current), 1U);
-    EXPECT_EQ(stream->seek(-1, seek_end), 9U);
-    EXPECT_EQ(stream->seek(5, seek_end), 15U);
-    EXPECT_EQ(stream->write("x", 1), 1U);
-    EXPECT_EQ(support::read_file(name_), std::string("0123456789\0\0\0\0\0x", 16));
-}
-
 TEST_F(FileStreamTest, ResizeKeepsAPositionInsideTheNewEnd) {
-    struct Case {
-        std::uint64_t position;
-        std::uint64_t bytes;
-        std::uint64_t position_after;
-    };
-    const Case cases[] = {{2, 5, 2},    {7, 5, 5},    {5, 5, 5}, {3, 20, 3},
-                          {15, 12, 12}, {15, 20, 15}, {0, 0, 0}, {10, 10, 10}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.position << " -> " << c.bytes);
+    // position, new size, position after
+    const std::array<std::uint64_t, 3> cases[] = {{2, 5, 2},  {7, 5, 5},    {5, 5, 5},
+                                                  {3, 20, 3}, {15, 12, 12}, {15, 20, 15},
+                                                  {0, 0, 0},  {10, 10, 10}};
+    for (const auto& [position, bytes, position_after] : cases) {
+        SCOPED_TRACE(::testing::Message() << position << " -> " << bytes);
         support::write_file(name_, "0123456789");
         const auto stream = both();
-        stream->seek(static_cast<std::int64_t>(c.position), seek_begin);
-        stream->resize(c.bytes);
-        EXPECT_EQ(stream->seek(0, seek_current), c.position_after);
-        EXPECT_EQ(stream->size(), c.bytes);
+        stream->seek(static_cast<std::int64_t>(position), seek_begin);
+        stream->resize(bytes);
+        EXPECT_EQ(stream->seek(0, seek_current), position_after);
+        EXPECT_EQ(stream->size(), bytes);
         std::string expected = "0123456789";
-        expected.resize(c.bytes);
+        expected.resize(bytes);
         EXPECT_EQ(support::read_file(name_), expected);
     }
 }
 
 TEST_F(FileStreamTest, DispositionsAndShareModesAreTheSystems) {
-    struct Case {
-        FileCreationDisposition disposition;
-        const char* of_existing; ///< the content after it; null: refused
-        const char* of_missing;
-    };
-    const Case cases[] = {{create_new, nullptr, ""},
-                          {create_always, "", ""},
-                          {open_always, "0123456789", ""},
-                          {open_existing, "0123456789", nullptr},
-                          {truncate_existing, "", nullptr}};
-    for (const Case& c : cases) {
-        for (const char* content : {c.of_existing, c.of_missing}) {
-            SCOPED_TRACE(::testing::Message() << c.disposition << (content == c.of_missing));
+    // The content after the open of a file that is there and of one that is not; null: refused.
+    const std::tuple<FileCreationDisposition, const char*, const char*> cases[] = {
+        {create_new, nullptr, ""},
+        {create_always, "", ""},
+        {open_always, "0123456789", ""},
+        {open_existing, "0123456789", nullptr},
+        {truncate_existing, "", nullptr}};
+    for (const auto& [disposition, of_existing, of_missing] : cases) {
+        for (const auto& [name, content] :
+             {std::pair(name_, of_existing), {missing_, of_missing}}) {
+            SCOPED_TRACE(::testing::Message() << disposition << name);
             fs::remove(missing_);
-            const std::string& name = content == c.of_missing ? missing_ : name_;
             support::write_file(name_, "0123456789");
-            const auto code = code_of(
-                [&] { FileWriteStream::create(name, c.disposition, share_none, flag_none); });
+            const auto code = code_of([&, file = name, how = disposition] {
+                FileWriteStream::create(file, how, share_none, flag_none);
+            });
             EXPECT_EQ(code, content != nullptr ? "" : "error.qnfile.io.open");
             EXPECT_EQ(content != nullptr ? support::read_file(name) : "",
                       content != nullptr ? content : "");
@@ -175,6 +161,129 @@ TEST_F(FileStreamTest, AFileStaysUsableAfterAFailure) {
     impl::FileImpl writer(name_, impl::access_write, open_existing, share_read_write, flag_none);
     EXPECT_EQ(code_of([&] { writer.read(&byte, 0xFFFFFFFF); }), "error.qnfile.io.read")
         << "the largest count is passed on";
+}
+
+using View = qncore::ISeekableReadStreamView;
+using ViewPtr = qncore::RefCountPtr<View>;
+
+constexpr std::uint64_t largest = ~std::uint64_t{0};
+
+class ReadStreamViewTest : public FileFixture {
+  protected:
+    ReadStreamViewTest() { support::write_file(file_, "0123456789"); }
+
+    ViewPtr root() const { return FileReadStreamView::create(file_, share_read_write, flag_none); }
+    static std::string rest_of(View& view) {
+        std::string text(64, '\0');
+        text.resize(view.read(text.data(), text.size()));
+        return text;
+    }
+};
+
+TEST_F(ReadStreamViewTest, ATreeOfViewsLivesAsLongAsItsLastView) {
+    ViewPtr leaf;
+    {
+        const auto root = FileReadStreamView::create(file_, share_none, flag_none);
+        EXPECT_EQ(root->filename(), file_);
+        EXPECT_FALSE(root->parent());
+        EXPECT_EQ(root->root().get(), root.get());
+        EXPECT_EQ(root->offset_in_file() + root->offset_in_parent(), 0U);
+        const ViewPtr child = root->create_view(2, 7);
+        leaf = child->create_view(3);
+        EXPECT_EQ(leaf->parent(), child);
+        EXPECT_EQ(child->parent()->parent(), nullptr);
+    }
+    EXPECT_EQ(leaf->offset_in_parent(), 3U);
+    EXPECT_EQ(leaf->offset_in_file(), 5U);
+    EXPECT_EQ(leaf->size(), 4U);
+    EXPECT_EQ(rest_of(*leaf), "5678") << "stops at its own end";
+    EXPECT_EQ(leaf->available(), 0U);
+    EXPECT_EQ(rest_of(*leaf), "");
+    EXPECT_EQ(rest_of(*leaf->parent()), "2345678") << "has a position of its own";
+    EXPECT_EQ(rest_of(*leaf->root()), "0123456789");
+    const auto& base = dynamic_cast<const FileStreamBase&>(*leaf);
+    EXPECT_EQ(base.filename(), file_);
+    EXPECT_NE(base.handle(), platform::invalid_file);
+
+    using Stream = qncore::InterfacePtr<qncore::IReadStream, qncore::AtomicHolder>;
+    const Stream stream(leaf.get(), qncore::AtomicHolder(&leaf->counted()));
+    EXPECT_NE(code_of([&] { FileReadStream::create(file_, share_none, flag_none); }), "");
+    leaf.reset();
+    EXPECT_EQ(stream->skip(1), 0U) << "the stream keeps the view";
+}
+
+TEST_F(ReadStreamViewTest, MovesAreClampedAndWrapBelowTheFile) {
+    using Case = std::tuple<std::int64_t, qncore::SeekOrigin, std::uint64_t, std::uint64_t>;
+    // A view of the bytes 3 to 7 that stands on its second byte: the move, the position after it,
+    // how many of 2 bytes can be skipped then.
+    const Case cases[] = {
+        {0, seek_begin, 0, 2},         {3, seek_begin, 3, 2},    {5, seek_begin, 5, 0},
+        {9, seek_begin, 5, 0},         {-2, seek_begin, 0, 2},   {-3, seek_begin, 0, 2},
+        {-4, seek_begin, 5, 0},        {2, seek_current, 3, 2},  {-1, seek_current, 0, 2},
+        {-4, seek_current, 0, 2},      {-5, seek_current, 5, 0}, {-1, seek_end, 4, 1},
+        {-8, seek_end, 0, 2},          {-9, seek_end, 5, 0},     {1, seek_end, 5, 0},
+        {INT64_MIN, seek_begin, 5, 0},
+    };
+    const ViewPtr view = root()->create_view(3, 5);
+    for (const auto& [offset, origin, position, skipped] : cases) {
+        SCOPED_TRACE(::testing::Message() << offset << " from " << origin);
+        EXPECT_EQ(view->seek(1, seek_begin), 1U);
+        EXPECT_EQ(view->seek(offset, origin), position);
+        EXPECT_EQ(view->available(), 5 - position);
+        EXPECT_EQ(view->skip(2), skipped);
+        EXPECT_EQ(view->seek(0, seek_current), position + skipped);
+    }
+    view->seek(0, seek_begin);
+    EXPECT_EQ(view->skip(largest), 5U);
+}
+
+TEST_F(ReadStreamViewTest, RangesUpToTheEndFit) {
+    const ViewPtr root = this->root();
+    const ViewPtr child = root->create_view(2, 6);
+    EXPECT_EQ(root->create_view(10, 0)->size() + child->create_view(6, 0)->size(), 0U);
+    // The sum wraps around to one that fits: required.
+    EXPECT_EQ(root->create_view(1, largest)->size(), largest);
+    EXPECT_EQ(child->create_view(2, largest - 1)->size(), largest - 1);
+}
+
+TEST_F(ReadStreamViewTest, ARootReadsWhatItSawButGivesViewsOfWhatIsThere) {
+    support::write_file(file_, "");
+    const ViewPtr empty = root();
+    support::write_file(file_, "grown");
+    EXPECT_EQ(empty->size(), 5U);
+    EXPECT_EQ(empty->available(), 0U);
+    EXPECT_EQ(rest_of(*empty), "");
+    EXPECT_EQ(rest_of(*empty->create_view(1)), "rown");
+}
+
+TEST_F(ReadStreamViewTest, ALongChainIsReleased) {
+    ViewPtr leaf = root();
+    for (int i = 0; i < 300'000; ++i) {
+        leaf = leaf->create_view(0);
+    }
+    const ViewPtr middle = leaf->parent()->parent();
+    leaf.reset();
+    EXPECT_EQ(rest_of(*middle), "0123456789");
+}
+
+TEST_F(ReadStreamViewTest, ViewsOfOneFileReadFromManyThreads) {
+    std::string bytes(1 << 16, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>(i * 31 + i / 251);
+    }
+    support::write_file(file_, bytes);
+    const ViewPtr root = this->root();
+    std::vector<std::future<void>> readers;
+    for (std::size_t reader = 0; reader < 8; ++reader) {
+        readers.push_back(std::async(std::launch::async, [&, start = reader * 4099] {
+            const ViewPtr view = root->create_view(start);
+            std::string read;
+            for (std::string piece(1021, '\0'); view->available() != 0;) {
+                read.append(piece.data(), view->read(piece.data(), piece.size()));
+            }
+            EXPECT_EQ(read, bytes.substr(start)) << start;
+        }));
+    }
 }
 
 } // namespace

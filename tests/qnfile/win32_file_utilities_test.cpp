@@ -1,8 +1,7 @@
 #include "qnfile/directory.h"
 #include "qnfile/file_utilities.h"
 #include "tests/qnfile/file_fixture.h"
-#include "tests/support/command.h"
-#include "tests/support/win32/wine.h"
+#include "tests/support/child_process.h"
 
 // File names, times and links as Windows has them.
 namespace qnfile {
