@@ -8,8 +8,6 @@
 namespace store_test {
 
 using vdcertificates::CertificateNode;
-using vdcertificates::ConfigurationFileAccess;
-using vdcertificates::ConfigurationFileMutex;
 using vdcertificates::ConfigurationFileNodes;
 
 Machine::Machine()
@@ -22,7 +20,8 @@ Machine::Machine()
 
 Machine::~Machine() {
     platform::testing::store_machine_root(std::nullopt);
-    platform::testing::remove_named_mutex(ConfigurationFileMutex::sm_configurationFileMutexName);
+    platform::testing::remove_named_mutex(
+        vdcertificates::ConfigurationFileMutex::sm_configurationFileMutexName);
 }
 
 void Machine::enter(const std::string& directory) {
@@ -38,10 +37,6 @@ std::string Machine::root() const {
 
 std::string Machine::in_root(const std::string& name) const {
     return (std::filesystem::path(root()) / name).make_preferred().string();
-}
-
-void Machine::set_machine_root(const std::string& path) {
-    platform::testing::store_machine_root(path);
 }
 
 void StoreTest::write_configuration(const std::string& text) {
@@ -82,13 +77,12 @@ std::string document(const std::string& notifiers, const std::string& devices,
            "</MediaRetrieval></ORVACertificates>";
 }
 
-std::string entry_text(const std::string& name, const std::string& fields) {
-    return "<" + name + ">" +
-           (fields.empty() ? "<PublicKeyPath></PublicKeyPath><PrivateKeyPath></PrivateKeyPath>"
-                             "<CertificatePath></CertificatePath><Password></Password>"
-                             "<TrustedCertificatePath></TrustedCertificatePath>"
-                           : fields) +
-           "</" + name + ">";
+std::string entry_text(const std::string& name) {
+    return "<" + name +
+           "><PublicKeyPath></PublicKeyPath><PrivateKeyPath></PrivateKeyPath><CertificatePath>"
+           "</CertificatePath><Password></Password><TrustedCertificatePath>"
+           "</TrustedCertificatePath></" +
+           name + ">";
 }
 
 } // namespace store_test

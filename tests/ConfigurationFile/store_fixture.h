@@ -30,9 +30,6 @@ class Machine {
     /// A path in the test's directory.
     std::string file(const std::string& name) const { return directory_.file(name); }
 
-    /// What the machine's own setting says from now on.
-    void set_machine_root(const std::string& path);
-
     /// Makes this process live on the machine that lies in the directory.
     static void enter(const std::string& directory);
 
@@ -64,7 +61,7 @@ std::string show(const vdcertificates::ConfigurationFileNodes& nodes);
 std::string document(const std::string& notifiers, const std::string& devices = "",
                      const std::string& mediaRetrieval = "");
 
-/// The text of an entry as the file holds it.
-std::string entry_text(const std::string& name, const std::string& fields = "");
+/// The text of an entry without values as the file has it.
+std::string entry_text(const std::string& name);
 
 } // namespace store_test
