@@ -68,16 +68,15 @@ TEST_F(LifecycleTest, AFreshMachineGetsOnePairThatObjectsAndTheirCopiesShare) {
 }
 
 TEST_F(LifecycleTest, AMissingKeyFileIsReplacedSilentlyAndACorruptPairWithAnError) {
-    construct();
-    const std::string other_public = public_key();
-    support::remove_all(machine.root());
     replaces_keys();
+    std::string other_public;
     for (const std::string& lost : {machine.public_key_file(), machine.private_key_file()}) {
+        other_public = public_key();
         support::remove_all(lost);
         EXPECT_TRUE(replaces_keys());
     }
     EXPECT_EQ(trace_.text(), "");
-    for (const std::string& broken : {std::string("junk"), other_public}) {
+    for (const std::string& broken : {other_public, std::string("junk")}) {
         support::remove_all(machine.public_key_file());
         support::write_file(machine.public_key_file(), broken);
         EXPECT_TRUE(replaces_keys());
