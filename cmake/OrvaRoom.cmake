@@ -1,6 +1,7 @@
 # One CMake target per room. orva_room(name SOURCES ... PUBLIC ... PRIVATE ...) makes the static
 # library `name` with the alias orva::name; PUBLIC are the targets that its headers show, PRIVATE
-# those that only its sources use. orva_test(name ...) makes the room's test program.
+# those that only its sources use. orva_test(name ...) makes the room's test program, which ctest
+# starts once, or once a shard: SHARDS is for tests that wait more than they compute.
 
 add_library(orva_options INTERFACE)
 target_compile_features(orva_options INTERFACE cxx_std_20)
@@ -22,10 +23,18 @@ function(orva_room name)
 endfunction()
 
 function(orva_test name)
-  cmake_parse_arguments(test "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(test "" "SHARDS" "SOURCES;LINK" ${ARGN})
   add_executable(test_${name} ${test_SOURCES})
   target_link_libraries(test_${name}
     PRIVATE ${test_LINK} orva_test_support)
-  gtest_discover_tests(test_${name}
-    TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+  set(shards 1)
+  if(test_SHARDS)
+    set(shards ${test_SHARDS})
+  endif()
+  foreach(number RANGE 1 ${shards})
+    math(EXPR index "${number} - 1")
+    add_test(NAME ${name}.${number} COMMAND test_${name} --gtest_brief=1)
+    set_tests_properties(${name}.${number} PROPERTIES
+      TIMEOUT 300 ENVIRONMENT "GTEST_TOTAL_SHARDS=${shards};GTEST_SHARD_INDEX=${index}")
+  endforeach()
 endfunction()

@@ -21,8 +21,18 @@ DirectoryEntryImplWin32::DirectoryEntryImplWin32(std::string name, DirectorySequ
 
 DirectoryEntryPtr DirectoryEntryImplWin32::begin(const DirectorySequencePtr& walk,
                                                  ErrorInfoPtr* error) {
-    const auto& start = walk->first_child() ? walk->first_child() : walk;
+    auto start = walk->first_child() ? walk->first_child() : walk;
     auto iterator = start->first_iterator(error);
+    // A second walk opens the directory anew, perhaps at one in which the first walk found nothing.
+    while (iterator && start->must_enter(*iterator)) {
+        if (auto child = start->enter(iterator, 0, error)) {
+            start = std::move(child);
+            iterator = start->first_iterator(error);
+        } else if (!iterator->advance(start->options(), error)) {
+            start->release_first(iterator);
+            iterator.reset();
+        }
+    }
     if (!iterator) {
         return {};
     }

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include "VDCertificatesFileUtilities/file_utilities.h"
+#include "platform/file_system.h"
+#include "platform/key_file.h"
 #include "tests/platform/openers.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_directory.h"
@@ -17,40 +20,9 @@ class FileTest : public ::testing::Test {
     std::string content() const { return support::read_file(name_); }
 
     support::TemporaryDirectory directory_;
+    std::string missing_ = directory_.file("missing");
     std::string name_ = directory_.file("f \xC3\xA4\xE2\x82\xAC.bin");
 };
-
-TEST_F(FileTest, Dispositions) {
-    struct Case {
-        FileDisposition disposition;
-        bool opens_missing;
-        bool opens_existing;
-        const char* content_after;
-    };
-    const Case cases[] = {
-        {FileDisposition::create_new, true, false, "content"},
-        {FileDisposition::create_always, true, true, ""},
-        {FileDisposition::open_always, true, true, "content"},
-        {FileDisposition::open_existing, false, true, "content"},
-        {FileDisposition::truncate_existing, false, true, ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(static_cast<int>(c.disposition));
-        const std::string missing =
-            directory_.file(std::to_string(static_cast<int>(c.disposition)));
-        const OpenFile made = writer.open(missing, c.disposition);
-        EXPECT_EQ(static_cast<bool>(made), c.opens_missing);
-        EXPECT_EQ(made.error().is_not_found(), !c.opens_missing);
-        EXPECT_EQ(std::filesystem::exists(missing), c.opens_missing);
-
-        support::write_file(name_, "content");
-        const OpenFile opened = writer.open(name_, c.disposition);
-        EXPECT_EQ(static_cast<bool>(opened), c.opens_existing);
-        EXPECT_EQ(opened.error().is_already_exists(), !c.opens_existing);
-        EXPECT_EQ(content(), c.content_after);
-        EXPECT_FALSE(writer.open(directory_.str(), c.disposition)) << "a directory";
-    }
-}
 
 CHILD_PROCESS(hold_file) {
     const Opener opener{static_cast<FileAccess>(std::stoi(arguments.at(1))),
@@ -99,6 +71,45 @@ TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
         }
         EXPECT_EQ(content(), "content");
     }
+}
+
+TEST_F(FileTest, WhatIsThereAndWhatIsMade) {
+    const std::string root = std::filesystem::path(directory_.str()).root_name().string();
+    const struct {
+        std::string path;
+        bool is_found;
+        bool is_directory;
+        bool is_one_afterwards; ///< after FileUtilities::create_directory()
+    } cases[] = {
+        {name_, true, false, false},         {directory_.str(), true, true, true},
+        {missing_, false, false, true},      {directory_.file("no/such"), false, false, false},
+        {"", false, false, false},           {root.empty() ? "/" : root, true, true, true},
+        {name_ + "/x", false, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        EXPECT_EQ(FileUtilities::located_file(c.path), c.is_found);
+        EXPECT_EQ(check_existence(c.path).is_not_found(), !c.is_found);
+        EXPECT_EQ(check_read_write_access(c.path).is_not_found(), !c.is_found);
+        EXPECT_EQ(is_directory(c.path), c.is_directory);
+        EXPECT_EQ(FileUtilities::create_directory(c.path), c.is_one_afterwards);
+        EXPECT_EQ(is_directory(c.path), c.is_one_afterwards);
+    }
+}
+
+TEST_F(FileTest, KeyFilesKeepTheirContentAndAreHeldAlone) {
+    {
+        const OpenFile made(open_key_file(missing_));
+        ASSERT_TRUE(made) << describe(made.error());
+        EXPECT_EQ(*write_file(made.get(), "key", 3), 3U);
+        EXPECT_TRUE(OpenFile(open_key_file(missing_)).error().is_sharing_violation());
+        EXPECT_TRUE((Opener{FileAccess::read, FileSharing::read_write}).open(missing_));
+        EXPECT_FALSE((Opener{FileAccess::write, FileSharing::read_write}).open(missing_));
+    }
+    const OpenFile again(open_key_file(missing_));
+    EXPECT_EQ(*file_size(again.get()), 3U);
+    EXPECT_FALSE(OpenFile(open_key_file(directory_.str())));
+    EXPECT_FALSE(OpenFile(open_key_file(directory_.file("no/such"))));
 }
 
 } // namespace

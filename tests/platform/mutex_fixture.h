@@ -7,17 +7,21 @@
 #include "platform/testing/testing.h"
 #include "tests/support/temporary_directory.h"
 
+namespace platform {
+
+inline constexpr const char* name = "Global\\{orva-test}";
+
 /// Gives the mutex of each test a name of its own, and removes it.
 class MutexTest : public ::testing::Test {
   protected:
-    static constexpr const char* mutex_name = "Global\\{orva-test}";
-
-    MutexTest() { platform::testing::set_mutex_name_suffix(suffix_); }
+    MutexTest() { testing::set_mutex_name_suffix(suffix_); }
     void TearDown() override {
-        platform::testing::remove_named_mutex(mutex_name);
-        platform::testing::set_mutex_name_suffix("");
+        testing::remove_named_mutex(name);
+        testing::set_mutex_name_suffix("");
     }
 
     support::TemporaryDirectory directory_;
     std::string suffix_ = directory_.path().filename().string();
 };
+
+} // namespace platform

@@ -7,41 +7,31 @@
 namespace platform {
 namespace {
 
-constexpr const char* name = "Global\\{orva-test}";
-
 template <class Function>
 SystemError in_another_thread(const Function& function) {
     return std::async(std::launch::async, function).get();
 }
 
-TEST_F(MutexTest, OneThreadMayTakeItAgain) {
+TEST_F(MutexTest, ItsThreadMayTakeItAgainAndOnlyThatReleasesIt) {
     NamedMutex one;
     NamedMutex two;
     ASSERT_FALSE(one.create(name));
     ASSERT_FALSE(two.create(name));
-    EXPECT_FALSE(one.lock());
-    EXPECT_FALSE(two.lock());
-    EXPECT_FALSE(one.lock());
-    EXPECT_FALSE(two.unlock());
-    EXPECT_FALSE(two.unlock());
-    EXPECT_FALSE(one.unlock());
+    EXPECT_TRUE(one.unlock()) << "not held";
+    for (NamedMutex* const mutex : {&one, &two, &one}) {
+        EXPECT_FALSE(mutex->lock());
+    }
+    EXPECT_TRUE(in_another_thread([&] { return one.unlock(); }));
+    for (NamedMutex* const mutex : {&two, &two, &one}) {
+        EXPECT_FALSE(mutex->unlock());
+    }
     EXPECT_TRUE(one.unlock()) << "once too often";
+    EXPECT_FALSE(in_another_thread([&] {
+        const SystemError error = one.lock();
+        return error ? error : two.unlock();
+    }));
     EXPECT_FALSE(one.close());
     EXPECT_FALSE(two.close());
-}
-
-TEST_F(MutexTest, OnlyTheHolderReleases) {
-    NamedMutex mutex;
-    ASSERT_FALSE(mutex.create(name));
-    EXPECT_TRUE(mutex.unlock());
-    ASSERT_FALSE(mutex.lock());
-    EXPECT_TRUE(in_another_thread([&] { return mutex.unlock(); }));
-    EXPECT_FALSE(mutex.unlock());
-    EXPECT_FALSE(in_another_thread([&] {
-        const SystemError error = mutex.lock();
-        return error ? error : mutex.unlock();
-    }));
-    EXPECT_FALSE(mutex.close());
 }
 
 CHILD_PROCESS(hold_mutex) {

@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/name_service.h"
 #include "platform/testing/testing.h"
 #include "tests/support/temporary_directory.h"
 
@@ -13,11 +12,7 @@ namespace platform {
 namespace {
 
 TEST(PosixMachineTest, TheMachinesSetting) {
-    struct Case {
-        const char* content;
-        std::optional<std::string> path;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"", std::nullopt},
         {"Path=/srv/certificates\n", "/srv/certificates"},
         {"Path=/no/line/end", "/no/line/end"},
@@ -33,9 +28,9 @@ TEST(PosixMachineTest, TheMachinesSetting) {
     testing::set_machine_setting(name);
     EXPECT_EQ(machine_setting_source(), name);
     EXPECT_EQ(*machine_root_directory(), std::nullopt) << "no such file";
-    for (const Case& c : cases) {
-        support::write_file(name, c.content);
-        EXPECT_EQ(*machine_root_directory(), c.path) << c.content;
+    for (const auto& [content, path] : cases) {
+        support::write_file(name, content);
+        EXPECT_EQ(*machine_root_directory(), path) << content;
     }
     testing::set_machine_setting(name + "/below");
     EXPECT_EQ(*machine_root_directory(), std::nullopt) << "no such directory";
@@ -45,13 +40,6 @@ TEST(PosixMachineTest, TheMachinesSetting) {
     testing::set_machine_setting(directory.file("pipe"));
     EXPECT_EQ(machine_root_directory().error(), SystemError::posix(EINVAL));
     testing::set_machine_setting("");
-}
-
-TEST(PosixMachineTest, Addresses) {
-    EXPECT_TRUE(host_name_of_address("::1%1", AddressFamily::ipv6).is_address);
-    for (const char* text : {"127.1", "0x7f.0.0.1", "127.0.0.01", "2130706433"}) {
-        EXPECT_FALSE(host_name_of_address(text, AddressFamily::ipv4).is_address) << text;
-    }
 }
 
 } // namespace

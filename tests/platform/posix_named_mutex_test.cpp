@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* name = "Global\\{orva-test}";
 constexpr Opener alone{FileAccess::read_write, FileSharing::none};
 
 /// True if some process holds a flock() of the file.

@@ -21,37 +21,31 @@ void expect_sizes(const Key& key, std::size_t size, std::size_t capacity) {
     }
 }
 
-TEST(Key, CapacityIsTheSizeInStepsOfEight) {
+TEST(Key, KeepsItsContentInStepsOfEight) {
     const std::size_t cases[][2] = {{0, 0}, {1, 8}, {7, 8}, {8, 8}, {9, 16}, {256, 256}};
     for (const auto& [size, capacity] : cases) {
         SCOPED_TRACE(size);
-        const Key zeros(size);
-        expect_sizes(zeros, size, capacity);
-        EXPECT_EQ(bytes_of(zeros), Bytes(size, 0));
         const Bytes bytes = some_bytes(size);
-        const Key copy(bytes.data(), size);
-        expect_sizes(copy, size, capacity);
-        EXPECT_EQ(bytes_of(copy), bytes);
+        Key key(bytes.data(), size);
+        expect_sizes(key, size, capacity);
+        expect_sizes(Key(size), size, capacity);
+        EXPECT_EQ(bytes_of(Key(size)), Bytes(size, 0));
+        const unsigned char* const before = key.data();
+        for (const std::size_t room : {std::size_t{0}, capacity}) {
+            key.reserve(room);
+            EXPECT_EQ(key.data(), before);
+        }
+        key.reserve(capacity + 1);
+        expect_sizes(key, size, capacity + 8);
+        EXPECT_EQ(bytes_of(key), bytes);
+        key.resize(size / 2); // the cut bytes become zeros
+        expect_sizes(key, size / 2, capacity + 8);
+        key.resize(capacity + 9);
+        expect_sizes(key, capacity + 9, capacity + 16);
+        Bytes expected(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size / 2));
+        expected.resize(capacity + 9);
+        EXPECT_EQ(bytes_of(key), expected);
     }
-}
-
-TEST(Key, KeepsItsContentInAnyRoom) {
-    const Bytes bytes = some_bytes(20);
-    Key key(bytes.data(), 5);
-    const unsigned char* const before = key.data();
-    key.reserve(8);
-    EXPECT_EQ(key.data(), before);
-    key.reserve(9);
-    expect_sizes(key, 5, 16);
-    key.reserve(0);
-    expect_sizes(key, 5, 16);
-    key.resize(3); // the cut bytes become zeros
-    expect_sizes(key, 3, 16);
-    key.resize(20);
-    expect_sizes(key, 20, 24);
-    Bytes expected(bytes.begin(), bytes.begin() + 3);
-    expected.resize(20);
-    EXPECT_EQ(bytes_of(key), expected);
 }
 
 TEST(Key, TakesEvenItsOwnBytesAndAMoveLeavesNothing) {
@@ -72,11 +66,10 @@ TEST(Key, TakesEvenItsOwnBytesAndAMoveLeavesNothing) {
 }
 
 TEST(Key, SizesBeyondAllMemoryAreRefusedWithNothingChanged) {
+    constexpr std::size_t most = std::numeric_limits<std::size_t>::max();
     const Bytes bytes = some_bytes(4);
     Key key(bytes.data(), 4);
-    for (const std::size_t size :
-         {std::numeric_limits<std::size_t>::max(), std::numeric_limits<std::size_t>::max() - 8,
-          std::numeric_limits<std::size_t>::max() / 2}) {
+    for (const std::size_t size : {most, most - 8, most / 2}) {
         EXPECT_THROW(key.assign(bytes.data(), size), std::bad_alloc);
         EXPECT_THROW(key.resize(size), std::bad_alloc);
         EXPECT_THROW(key.reserve(size), std::bad_alloc);

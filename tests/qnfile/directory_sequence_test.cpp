@@ -49,21 +49,6 @@ TEST_F(DirectorySequenceTest, PatternsChooseWhatIsEnteredAndDelivered) {
     EXPECT_TRUE(sequence("", nullptr, "empty"));
 }
 
-TEST_F(DirectorySequenceTest, ADirectoryIsFollowedByItsContent) {
-    make({"a/", "a/b/", "a/b/x", "c/", "c/x"});
-    const DirectorySequence entries = sequence("**");
-    Names open;
-    for (const DirectoryEntry& entry : entries) {
-        while (!open.empty() && entry.directory() != open.back()) {
-            open.pop_back();
-        }
-        EXPECT_EQ(entry.directory(), open.empty() ? base_ : open.back());
-        if (entry.is_directory() && entry.name() != "." && entry.name() != "..") {
-            open.push_back(entry.full_path() + "/");
-        }
-    }
-}
-
 TEST_F(DirectorySequenceTest, PathsAndForms) {
     make({"sub/", "sub/File"});
     const auto previous = fs::current_path();

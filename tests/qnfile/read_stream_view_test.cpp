@@ -62,13 +62,9 @@ TEST_F(ReadStreamViewTest, ATreeOfViewsLivesAsLongAsItsLastView) {
 }
 
 TEST_F(ReadStreamViewTest, MovesAreClampedAndWrapBelowTheFile) {
-    struct Case {
-        std::int64_t offset;
-        qncore::SeekOrigin origin;
-        std::uint64_t position;
-        std::uint64_t skipped; ///< of 2
-    };
-    // A view of the bytes 3 to 7 that stands on its second byte.
+    using Case = std::tuple<std::int64_t, qncore::SeekOrigin, std::uint64_t, std::uint64_t>;
+    // A view of the bytes 3 to 7 that stands on its second byte: the move, the position after it,
+    // how many of 2 bytes can be skipped then.
     const Case cases[] = {
         {0, seek_begin, 0, 2},         {3, seek_begin, 3, 2},    {5, seek_begin, 5, 0},
         {9, seek_begin, 5, 0},         {-2, seek_begin, 0, 2},   {-3, seek_begin, 0, 2},
@@ -78,13 +74,13 @@ TEST_F(ReadStreamViewTest, MovesAreClampedAndWrapBelowTheFile) {
         {INT64_MIN, seek_begin, 5, 0},
     };
     const ViewPtr view = root()->create_view(3, 5);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.offset << " from " << c.origin);
+    for (const auto& [offset, origin, position, skipped] : cases) {
+        SCOPED_TRACE(::testing::Message() << offset << " from " << origin);
         EXPECT_EQ(view->seek(1, seek_begin), 1U);
-        EXPECT_EQ(view->seek(c.offset, c.origin), c.position);
-        EXPECT_EQ(view->available(), 5 - c.position);
-        EXPECT_EQ(view->skip(2), c.skipped);
-        EXPECT_EQ(view->seek(0, seek_current), c.position + c.skipped);
+        EXPECT_EQ(view->seek(offset, origin), position);
+        EXPECT_EQ(view->available(), 5 - position);
+        EXPECT_EQ(view->skip(2), skipped);
+        EXPECT_EQ(view->seek(0, seek_current), position + skipped);
     }
     view->seek(0, seek_begin);
     EXPECT_EQ(view->skip(largest), 5U);

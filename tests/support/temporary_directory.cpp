@@ -7,13 +7,22 @@
 #include <gtest/gtest.h>
 
 namespace support {
+namespace {
+
+/// In memory where there is such a place: on a disk the tests do little but wait for it.
+std::filesystem::path common_place() {
+    const std::filesystem::path memory = "/dev/shm";
+    return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+}
+
+} // namespace
 
 TemporaryDirectory::TemporaryDirectory() {
     std::random_device random;
     do {
         std::ostringstream name;
         name << "orva-test-" << std::hex << random() << random();
-        path_ = std::filesystem::temp_directory_path() / name.str();
+        path_ = common_place() / name.str();
     } while (!std::filesystem::create_directory(path_));
 }
 
