@@ -1,7 +1,7 @@
 // Makes each platform call and each allocation of first use, of a getter and of setters fail once,
 // and looks at what the caller, the key files and the configuration file see of it.
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <new>
 
@@ -14,32 +14,24 @@
 
 namespace {
 
-// OpenSSL takes its memory by `new`, so that its allocations count, too; a block begins with its
-// size. This comes before its first allocation: later it takes no other functions.
-constexpr std::size_t header = 16;
+// OpenSSL asks `new` before it takes memory, so that its allocations count, too. This comes before
+// its first allocation: later it accepts no other functions.
+bool may_take() {
+    void* const block = ::operator new(1, std::nothrow);
+    ::operator delete(block);
+    return block != nullptr;
+}
 
 void* take(std::size_t size, const char* /*file*/, int /*line*/) {
-    void* const block = ::operator new(size + header, std::nothrow);
-    if (block == nullptr) {
-        return nullptr;
-    }
-    std::memcpy(block, &size, sizeof size);
-    return static_cast<char*>(block) + header;
+    return may_take() ? std::malloc(size) : nullptr;
+}
+
+void* take_anew(void* bytes, std::size_t size, const char* /*file*/, int /*line*/) {
+    return may_take() ? std::realloc(bytes, size) : nullptr;
 }
 
 void give_back(void* bytes, const char* /*file*/, int /*line*/) {
-    ::operator delete(bytes != nullptr ? static_cast<char*>(bytes) - header : nullptr);
-}
-
-void* take_anew(void* bytes, std::size_t size, const char* file, int line) {
-    void* const other = take(size, file, line);
-    if (bytes != nullptr && other != nullptr) {
-        std::size_t old_size = 0;
-        std::memcpy(&old_size, static_cast<char*>(bytes) - header, sizeof old_size);
-        std::memcpy(other, bytes, std::min(size, old_size));
-        give_back(bytes, file, line);
-    }
-    return other;
+    std::free(bytes);
 }
 
 const int openssl_counts = CRYPTO_set_mem_functions(take, take_anew, give_back);

@@ -1,19 +1,16 @@
-// The lock, and several processes and accounts on one machine.
-#include <filesystem>
+// The lock, and several processes on one machine.
 #include <future>
 #include <memory>
 #include <optional>
 
 #include "platform/testing/testing.h"
 #include "tests/ConfigurationFile/store_fixture.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 #include "tests/support/failure.h"
 
 namespace store_test {
 namespace {
 
-namespace fs = std::filesystem;
 using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
 using support::ChildProcess;
 using support::failure_of;
@@ -80,24 +77,9 @@ class ProcessesTest : public StoreTest {
     std::unique_ptr<ChildProcess> start(const char* function, const std::string& argument) {
         return std::make_unique<ChildProcess>(function, std::vector{machine.directory(), argument});
     }
-
-    /// Contents and rights of the key files that are there.
-    std::string key_files() const {
-        std::string state;
-        for (const std::string& file : {machine.public_key_file(), machine.private_key_file()}) {
-            if (fs::exists(file)) {
-                state += support::read_file(file) +
-                         std::to_string(static_cast<int>(fs::status(file).permissions()));
-            }
-        }
-        return state;
-    }
 };
 
 CHILD_PROCESS(construct) {
-    if (arguments[1] == "as nobody" && !support::become_nobody()) {
-        return 1;
-    }
     Machine::enter(arguments[0]);
     support::say("ready");
     support::wait_to_be_told();
@@ -116,9 +98,9 @@ TEST_F(ProcessesTest, TwoOnAFreshMachineMakeOnePair) {
         EXPECT_EQ(child->next_line(), "");
         EXPECT_EQ(child->wait(), 0);
     }
-    const std::string made = key_files();
-    { const ConfigurationFile loads_them; }
-    EXPECT_EQ(key_files(), made);
+    const std::string made = support::read_file(machine.private_key_file());
+    { const ConfigurationFile loads_the_keys; }
+    EXPECT_EQ(support::read_file(machine.private_key_file()), made);
 }
 
 CHILD_PROCESS(write_entries) {
@@ -156,30 +138,6 @@ TEST_F(ProcessesTest, ManyWritersDisturbNoReader) {
     for (const auto& [server, entries] : nodes.notifiers) {
         ASSERT_EQ(entries.size(), 1U) << server;
         EXPECT_EQ(show(entries[0]), "SIPDevice(p,k,c,,t)") << server;
-    }
-}
-
-TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can become another account";
-    }
-    { const ConfigurationFile makes_the_keys; }
-    // That account may create and remove files beside them.
-    for (fs::path path = machine.root(); path != machine.directory(); path = path.parent_path()) {
-        fs::permissions(path, fs::perms::all);
-    }
-    fs::permissions(machine.directory(), fs::perms::all);
-    for (const bool public_lost : {false, true}) {
-        if (public_lost) {
-            fs::remove(machine.public_key_file());
-        }
-        const std::string state = key_files();
-        const auto child = start("construct", "as nobody");
-        child->wait_for("ready");
-        child->tell();
-        EXPECT_THAT(child->next_line(), testing::HasSubstr("Caught exception when loading keys"));
-        EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(key_files(), state);
     }
 }
 

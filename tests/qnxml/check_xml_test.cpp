@@ -56,11 +56,9 @@ TEST(CheckXml, TellsXmlAndItsEncoding) {
         {"", "-? untouched"},
         {std::string(31, '<'), "-? untouched"},
         {std::string(32, '<'), "+ UTF-8"},
-        {utf8(" <root/>"), "- UTF-8"},
         // The mark and the zero bytes, both and the latter alone.
         {block(2, 0, "\xFF\xFE", "<root/>"), "+ UTF-16"},
         {block(2, 1, "", "<root/>"), "+ UTF-16BE"},
-        {block(2, 1, "", "hello"), "- UTF-16BE"},
         {block(4, 3, "", "<root/>"), "+ UCS-4BE"},
         // Two units tell UTF-16, four UCS-4; less than that tells nothing.
         {"<\0a\0"s + std::string(28, 'x'), "+ UTF-16"},
@@ -73,7 +71,6 @@ TEST(CheckXml, TellsXmlAndItsEncoding) {
         {block(2, 0, "\xEF\xBB\xBF", "<root/>"), "- untouched"},
         {block(4, 0, "\xFF\xFE\0\0"s, "<root/>"), "- UTF-16"},
         // What is a declaration.
-        {utf8("<?xml ?>"), "+? UTF-8"},
         {utf8("<?xml-stylesheet encoding='x'?>"), "+ UTF-8"},
         {utf8("<?xml\tencoding\r\n =\t'x' ?>"), "+? x"},
         {utf8("<?xml\rencoding=\"it's\"?>"), "+? it's"},
@@ -82,13 +79,11 @@ TEST(CheckXml, TellsXmlAndItsEncoding) {
         {utf8("<?xml version='1.0'?><a encoding='x'/>"), "+? UTF-8"},
         {utf8("<?xml a='encoding' encoding='x'?>"), "+? UTF-8"},
         {utf8("<?xml a=' encoding=\"y\" ' encoding='x'?>"), "+? y"},
-        {utf8("<?xml encoding=x?>"), "+? UTF-8"},
         {utf8("<?xml encoding='x\"?>'"), "+? UTF-8"},
         {utf8("<?xml version='1.0' encoding"), "+? UTF-8"},
         {utf8("<?xml version='1.0' encoding='x'"), "+? x"}, // no end: up to the last byte
         // Nothing recognised: any name, unchanged.
         {utf8(declaration("UTF-16")), "+? UTF-16"},
-        {utf8(declaration("")), "+? "},
         {utf8(declaration("utf\0008"s)), "+? utf\0008"s},
         {block(1, 0, "\xEF\xBB\xBF", declaration("utf\0008"s)), "! error.qncore.embeddedNul"},
         {block(1, 0, "\xEF\xBB\xBF", declaration("")), mismatch("UTF-8", "")},

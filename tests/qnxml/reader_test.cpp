@@ -21,19 +21,14 @@ using Cases = std::vector<std::pair<std::string, std::string>>;
 
 TEST(Reader, TurnsDocumentsIntoNodes) {
     const Cases cases = {
-        {"", ""},
         {" \n\t", ""},
-        {bom, ""},
         {"<!-- a --> <!--b-->", "Comment( a ); Comment(b)"},
-        {"<a/>", "Element a"},
         {"<a/><b/>", "Element a; Element b"},
-        {"<a> <b/> </a>", "Element a; Element b; EndElement a"},
         {"<a xml:space='preserve'> <b> </b><c xml:space='default'> </c></a>",
          "Element a xml:space{http://www.w3.org/XML/1998/namespace}=preserve; Text( ); "
          "Element b; Text( ); EndElement b; "
          "Element c xml:space{http://www.w3.org/XML/1998/namespace}=default; EndElement c; "
          "EndElement a"},
-        {"<a> x</a>", "Element a; Text( x); EndElement a"},
         {"<a> &amp; </a>", "Element a; Text( & ); EndElement a"},
         {"<a> &#65;<b/>&lt; &gt;</a>", "Element a; Text( A); Element b; Text(< >); EndElement a"},
         {"<a>x<![CDATA[y&]]>z<!-- --><![CDATA[]]></a>",
@@ -41,7 +36,6 @@ TEST(Reader, TurnsDocumentsIntoNodes) {
         {"<?xml version='1.0' encoding='utf8' standalone='no'?>\n<?t:p d ?><a/>",
          "XmlDeclaration version=1.0 encoding=utf8 standalone=no; PI t:p( d ); Element a"},
         {bom + std::string("<?xml version='1.0'?><a/>"), "XmlDeclaration version=1.0; Element a"},
-        {bom + std::string("\n <a/>"), "Element a"},
         {"<!DOCTYPE a [<!ENTITY b 'c'>]><a/><!DOCTYPE b>", "Element a"},
         {"<?p d?><a><?p?>x</a>", "PI p( d); Element a; PI p; Text(x); EndElement a"},
         {"<a> <!--c--></a>", "Element a; Comment(c); EndElement a"},
@@ -51,7 +45,6 @@ TEST(Reader, TurnsDocumentsIntoNodes) {
         {"<a b='x&#10;y\nz\r\n\t&apos;&quot;'/>", "Element a b=x\ny z  '\""},
         {"<a>\xE4\xB8\x80&#x4E00;&#128512;</a>",
          "Element a; Text(\xE4\xB8\x80\xE4\xB8\x80\xF0\x9F\x98\x80); EndElement a"},
-        {"<a>&#1;</a>", "Element a; Text(\1); EndElement a"},
     };
     for (const auto& [text, expected] : cases) {
         Document document(text);
