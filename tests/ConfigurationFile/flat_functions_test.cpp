@@ -129,25 +129,23 @@ TEST_F(FlatFunctionsTest, CopyOrMeasureByTheFlags) {
     }
 }
 
-TEST_F(FlatFunctionsTest, GiveEmptyTextsForWhatIsNotFoundOrCannotBeRead) {
+TEST_F(FlatFunctionsTest, GiveEmptyTextsOrThrowForWhatIsNotThere) {
+    Outputs outputs;
+    const auto get = [&](const wchar_t* server) {
+        outputs = {};
+        return without_trusted(L"", ::get_subsystems_certificate_information, server)
+            .call(outputs, 0);
+    };
     for (const wchar_t* server : {L"unknown", L"", static_cast<const wchar_t*>(nullptr)}) {
-        Outputs outputs;
-        EXPECT_EQ(
-            without_trusted(L"", ::get_subsystems_certificate_information, server).call(outputs, 0),
-            1);
+        EXPECT_EQ(get(server), 1);
         EXPECT_EQ(show(outputs), L"000000 000000 000000 000000 ~~~~~~ ");
     }
+    outputs = {};
     write_configuration("<ORVACertificates>");
-    Outputs outputs;
     EXPECT_EQ(functions[2].call(outputs, 2), 0);
     EXPECT_EQ(show(outputs), L"~~~~~~1 ~~~~~~1 ~~~~~~1 ~~~~~~1 ~~~~~~1 ");
-}
-
-TEST_F(FlatFunctionsTest, ThrowForFailuresOfKeysAndConversions) {
-    Outputs outputs;
     const std::wstring beyond = {static_cast<wchar_t>(0xD800), 0};
-    EXPECT_ANY_THROW(without_trusted(L"", ::get_subsystems_certificate_information, beyond.c_str())
-                         .call(outputs, 0));
+    EXPECT_ANY_THROW(get(beyond.c_str()));
     support::remove_all(machine.root());
     support::write_file(machine.root(), "a file where the directory of the keys should be");
     EXPECT_ANY_THROW(functions[0].call(outputs, 0));
