@@ -41,9 +41,9 @@ bool call(const Accessor& accessor, S server, Node& n) {
 
 /// A call of an accessor with the arguments that it takes.
 #define ACCESSOR(name)                                                                             \
-    [](C& file, S server, Node& node) {                                                            \
-        const auto accessor = [&file](auto&... all) -> decltype(file.name(all...)) {               \
-            return file.name(all...);                                                              \
+    [](C& store, S server, Node& node) {                                                           \
+        const auto accessor = [&store](auto&... all) -> decltype(store.name(all...)) {             \
+            return store.name(all...);                                                             \
         };                                                                                         \
         return call(accessor, server, node);                                                       \
     }
