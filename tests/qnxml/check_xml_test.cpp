@@ -1,7 +1,10 @@
-// Telling XML and its encoding from the first bytes.
+// Telling XML and its encoding from the first bytes, and the names of encodings.
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "qnxml/check_xml.h"
+#include "qnxml/encoding_names.h"
 #include "qnxml/errors.h"
 #include "tests/qnxml/documents.h"
 #include "tests/support/exact_buffer.h"
@@ -114,6 +117,34 @@ TEST(CheckXml, ComparesADeclaredNameWithTheEncodingRecognised) {
                       name != names.back())
                 << name;
         }
+    }
+}
+
+TEST(EncodingNames, AreComparedLoosely) {
+    const std::pair<const char*, const char*> equal[] = {
+        {"", ""},
+        {"UTF-8", "utf8"},
+        {"utf-0008", "UTF_8"},
+        {"iso-8859-1", "ISO-8859-01"},
+        {"x-100", "x_1-00"},
+        {"utf-80", "utf-8"}, // the same "8" passes on the short cut
+        {"utf10", "utf1"},
+    };
+    const std::pair<const char*, const char*> different[] = {
+        {"", "a"},
+        {"utf-8", "utf-16"},
+        {"x-20", "x.2a"},
+        {"utf_10", "utf-1"},           // the different bytes before it do not pass
+        {"iso-8859-1", "ISO_8859-01"}, // nor does the same "-" end a number
+    };
+    const auto are_equal = [](const char* left, const char* right) {
+        return qnxml::encoding_names_equal(left, std::strlen(left), right, std::strlen(right));
+    };
+    for (const auto& [left, right] : equal) {
+        EXPECT_TRUE(are_equal(left, right) && are_equal(right, left)) << left << ' ' << right;
+    }
+    for (const auto& [left, right] : different) {
+        EXPECT_FALSE(are_equal(left, right) || are_equal(right, left)) << left << ' ' << right;
     }
 }
 

@@ -38,6 +38,24 @@ qncore::ErrorInfoPtr failure_of(Tokenizer& tokenizer) {
     return tokenizer.last_error();
 }
 
+TEST(XmlLocation, EntersAMessage) {
+    qnxml::XmlLocation location{{}, 2, 5, 9};
+    EXPECT_EQ(qnxml::format_location(location, "Expecting '='"), "[line 2, pos 5]: Expecting '='");
+    EXPECT_EQ(qnxml::location_message({}, "x", nullptr), "[line {@line}, pos {@linePos}]: x");
+    location.uri = qnuri::UriReference(qnuri::parse_uri_reference("file:a", false));
+    EXPECT_EQ(qnxml::format_location(location, "x"), "[line 2, pos 5, uri <file:a>]: x");
+
+    qncore::ErrorParams params;
+    EXPECT_EQ(qnxml::location_message(location, "Of {@name}", &params),
+              "[line {@line}, pos {@linePos}, uri <{@uri}>]: Of {@name}");
+    std::string all;
+    for (const auto& [name, value] : params) {
+        all += std::string(name.view()) + "=" + value + " ";
+    }
+    EXPECT_EQ(all, "line=2 linePos=5 sourcePos=9 uri=file:a ");
+    EXPECT_EQ(*qnxml::location_params(location).find("sourcePos"), "9");
+}
+
 TEST(StreamTokenizer, KeepsThePosition) {
     EXPECT_EQ(positions(memory_stream("<a>\r\n\xC3\xA9\rb\n</a>"), 4096),
               " StartTagStart(a)@1,3,3 StartTagEnd()@1,3,3 CharData(\n\xC3\xA9\nb\n)@4,1,11"

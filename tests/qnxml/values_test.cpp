@@ -1,6 +1,7 @@
-// The ways to read a value, references, entity resolvers.
+// The ways to read a value, references, entity resolvers, escaping for writers.
 #include <gmock/gmock.h>
 
+#include "qnxml/escape.h"
 #include "tests/qnxml/documents.h"
 
 namespace {
@@ -176,6 +177,27 @@ TEST(References, AskTheResolverOrFail) {
     const auto error = qnxml_test::error_of([&] { refused.reader.value(); });
     // Required: the parameter's name lacks a letter.
     EXPECT_EQ(*error->params().find("charReferece"), "x00");
+}
+
+TEST(Escape, WritesReferencesForWhatNeedsThem) {
+    const std::array<std::string, 3> cases[] = {
+        // The text, as an attribute's value, as text.
+        {"", "", ""},
+        {"a<b>&", "a&lt;b>&amp;", "a&lt;b&gt;&amp;"},
+        {"\"'", "&quot;'", "\"'"},
+        {"\xC3\xA9<\n", "\xC3\xA9&lt;\n", "\xC3\xA9&lt;\n"},
+    };
+    for (const auto& [text, as_attribute, as_text] : cases) {
+        EXPECT_EQ(qnxml::escape_attribute_value(text), as_attribute);
+        EXPECT_EQ(qnxml::escape_text(text), as_text);
+        support::MemoryWriteStream stream;
+        qnxml::write_attribute(stream, "p:n", text);
+        qnxml::write_escaped_text(stream, text);
+        EXPECT_EQ(stream.text, " p:n=\"" + as_attribute + "\"" + as_text);
+    }
+    support::MemoryWriteStream runs;
+    qnxml::write_escaped_text(runs, "abc<def");
+    EXPECT_THAT(runs.writes, testing::ElementsAre(3, 4, 3));
 }
 
 } // namespace
