@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include "tests/ConfigurationFile/store_fixture.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 
 namespace store_test {

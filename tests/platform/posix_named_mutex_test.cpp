@@ -12,7 +12,6 @@
 #include "platform/posix/lock_file.h"
 #include "tests/platform/mutex_fixture.h"
 #include "tests/platform/openers.h"
-#include "tests/support/account.h"
 #include "tests/support/child_process.h"
 
 namespace platform {
@@ -157,13 +156,13 @@ CHILD_PROCESS(hold_mutex_and_fork) {
     if (mutex.create(name) || mutex.lock()) {
         return 1;
     }
-    if (::fork() == 0) {
+    const pid_t child = ::fork();
+    if (child == 0) {
         support::say("forked");
         support::wait_to_be_told(); // until the test has ended
         ::_exit(0);
     }
-    ::pause();
-    return 0;
+    return child < 0 ? 2 : ::pause();
 }
 
 TEST_F(MutexTest, AForkedChildHoldsNothingAndKeepsNothingLocked) {

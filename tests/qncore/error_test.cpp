@@ -53,18 +53,14 @@ TEST(Errors, ParametersBecomeText) {
     EXPECT_EQ(info->params().find("missing"), nullptr);
 }
 
-TEST(Errors, MatchingStopsAtSegments) {
+TEST(Errors, AnExceptionMatchesWholeSegmentsAndRethrowsItsRecord) {
     const ErrorException exception(ErrorComposer("x").create(leaf, {}));
     EXPECT_TRUE(exception.matches(leaf));
     EXPECT_TRUE(exception.matches(branch));
     EXPECT_TRUE(exception.matches(error::error));
     EXPECT_FALSE(exception.matches(sibling));
     EXPECT_FALSE(exception.matches(error::qncore));
-}
-
-TEST(Errors, RethrowRaisesTheSameRecord) {
-    const auto info = ErrorComposer("x").create(leaf, {});
-    EXPECT_EQ(error_of([&] { ErrorException(info).rethrow(); }), info);
+    EXPECT_EQ(error_of([&] { exception.rethrow(); }), exception.info());
 }
 
 TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {

@@ -1,5 +1,5 @@
 #include <atomic>
-#include <thread>
+#include <future>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -53,31 +53,24 @@ TEST(Ownership, ACountedObjectGoesWithItsLastReference) {
 
 TEST(Ownership, ConcurrentOwnersFreeOnce) {
     struct Counted {
-        explicit Counted(std::atomic<int>& counter)
-            : deaths(counter) {}
         ~Counted() { ++deaths; }
         std::atomic<int>& deaths;
     };
     std::atomic<int> deaths{0};
-    {
-        StrongPtr<Counted> owner(new Counted(deaths));
-        std::vector<std::thread> threads;
-        threads.reserve(4);
-        for (int i = 0; i < 4; ++i) {
-            threads.emplace_back([owner] {
-                for (int turn = 0; turn < 1000; ++turn) {
-                    StrongPtr<Counted> mine = owner;
-                    EXPECT_EQ(mine->deaths, 0);
-                    mine = StrongPtr<Counted>();
-                }
-            });
-        }
-        owner = StrongPtr<Counted>();
-        EXPECT_FALSE(owner);
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+    StrongPtr<Counted> owner(new Counted{deaths});
+    std::vector<std::future<void>> users;
+    for (int i = 0; i < 4; ++i) {
+        users.push_back(std::async(std::launch::async, [owner] {
+            for (int turn = 0; turn < 1000; ++turn) {
+                StrongPtr<Counted> mine = owner;
+                EXPECT_EQ(mine->deaths, 0);
+                mine = StrongPtr<Counted>();
+            }
+        }));
     }
+    owner = StrongPtr<Counted>();
+    EXPECT_FALSE(owner);
+    users.clear(); // waits for them
     EXPECT_EQ(deaths, 1);
 }
 

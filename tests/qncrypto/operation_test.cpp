@@ -165,6 +165,7 @@ TEST_F(Operations, DecryptionTestsGoOnWithASlotAndTheLastFailureStays) {
         {{[&] { validate_rsa_decrypt_params(public_context, RsaPadding::pss, 0, 0, &slot); },
           codes + "padding.unsupported|qncrypto::validate_rsa_decrypt_params()"}});
     EXPECT_FALSE(slot) << "required: thrown in spite of it";
+    EXPECT_EQ(RsaContext::padding_size(unknown_padding, &slot), 0U);
     Bytes bytes(modulus);
     EXPECT_LT(public_context.decrypt(bytes.data(), modulus, bytes.data(), modulus, unknown_padding,
                                      &slot),

@@ -21,21 +21,10 @@ class DirectoryTest : public FileFixture {
 };
 
 TEST_F(DirectoryTest, CreatesWhatIsMissingAbove) {
-    const struct {
-        const char* path;
-        bool recursive;
-        const char* code; ///< empty when it succeeds
-    } steps[] = {
-        {"a", false, ""},
-        {"a", true, "error.qnfile.directory.alreadyExists"},
-        {"a/b/c", false, "error.qnfile.directory"},
-        {"a/b/c/", true, ""},
-        {"a/b/c/d//e", true, ""},
-    };
-    for (const auto& step : steps) {
-        ErrorInfoPtr error;
-        create_directory(path(step.path), mode, &error, step.recursive);
-        EXPECT_EQ(error ? error->code().path() : "", step.code) << step.path;
+    for (const char* name : {"a", "a/b/c/", "a/b/c/d//e"}) {
+        create_directory(path(name), mode, nullptr, true);
+        EXPECT_EQ(code_of([&] { create_directory(path(name), mode, nullptr, true); }),
+                  "error.qnfile.directory.alreadyExists");
     }
     EXPECT_TRUE(fs::is_directory(directory_.path() / "a/b/c/d/e"));
 }

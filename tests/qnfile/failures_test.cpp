@@ -359,16 +359,16 @@ TEST_F(FailuresTest, OfFileUtilities) {
 
 TEST_F(FailuresTest, OfTheSystemAlone) {
     fs::create_directory(dir_);
-    const auto while_failing = [](Call call, const auto& action) {
-        return [call, action] {
-            fail_next(call);
-            action();
-        };
-    };
     support::check_failures({
-        {while_failing(Call::current_directory, get_current_directory_as_uri),
+        {[] {
+             fail_next(Call::current_directory);
+             get_current_directory_as_uri();
+         },
          "error.qncore.errno|qnfile::get_current_directory_as_uri()"},
-        {while_failing(Call::application_path, get_application_filepath_as_uri),
+        {[] {
+             fail_next(Call::application_path);
+             get_application_filepath_as_uri();
+         },
          "error.qncore.errno|qnfile::get_application_filepath_as_uri()"},
     });
     for (const std::string& path : {missing_, dir_}) {

@@ -79,13 +79,8 @@ TEST_F(FileUtilitiesTest, CopiesWholeFilesOrNone) {
     const std::string target = directory_.file("target");
     for (const std::string& content : {std::string(), std::string("x"), bytes, std::string("y")}) {
         support::write_file(file_, content);
-        const std::int64_t time = 1'234'567'890'123'456'700;
-        set_file_timestamp(file_, nullptr, &time, nullptr);
         copy_file(file_, target, false, nullptr);
         EXPECT_EQ(support::read_file(target), content);
-        std::int64_t copied = 0;
-        get_file_timestamp(target, nullptr, &copied, nullptr);
-        EXPECT_EQ(copied, time);
     }
     ErrorInfoPtr error;
     copy_file(uri_, uri_, false, &error);

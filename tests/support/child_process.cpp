@@ -1,9 +1,14 @@
 #include "tests/support/child_process.h"
 
+#include <algorithm>
 #include <iostream>
-#include <map>
+#include <memory>
 
 #include <gtest/gtest.h>
+
+#include "platform/process_paths.h"
+#include "tests/support/environment_guard.h"
+#include "tests/support/temporary_directory.h"
 
 namespace support {
 namespace {
@@ -11,6 +16,13 @@ namespace {
 std::map<std::string, ChildFunction>& functions() {
     static std::map<std::string, ChildFunction> registered;
     return registered;
+}
+
+FileHandle open_stream(const std::string& name, platform::FileAccess access) {
+    const auto file = platform::open_file(name, access, platform::FileDisposition::open_always,
+                                          platform::FileSharing::read_write, {});
+    EXPECT_TRUE(file) << name << ": " << platform::describe(file.error());
+    return file ? *file : platform::invalid_file;
 }
 
 } // namespace
@@ -31,7 +43,7 @@ void wait_to_be_told() {
 ChildProcess::ChildProcess(const std::string& function, const std::vector<std::string>& arguments) {
     const Pipe to_child = make_pipe();
     const Pipe from_child = make_pipe();
-    std::vector<std::string> words{own_program(), child_argument, function};
+    std::vector<std::string> words{*platform::application_path(), child_argument, function};
     words.insert(words.end(), arguments.begin(), arguments.end());
     process_ = start(words, {to_child.reader, from_child.writer, own_error_stream()});
     platform::close_file(to_child.reader);
@@ -59,16 +71,19 @@ void ChildProcess::wait_for(const std::string& line) {
 
 std::string ChildProcess::next_line() {
     std::string line;
-    for (char byte = 0; read_byte(output_, byte) && byte != '\n';) {
-        if (byte != '\r') { // the end of a line on Windows has one
-            line += byte;
+    for (char byte = 0; byte != '\n';) {
+        const auto count = platform::read_file(output_, &byte, 1);
+        if (!count || *count == 0) {
+            break;
         }
+        line += byte;
     }
+    line.erase(std::min(line.find_first_of("\r\n"), line.size())); // Windows ends it by both
     return line;
 }
 
 void ChildProcess::tell() {
-    EXPECT_TRUE(write_byte(input_, '\n'));
+    EXPECT_TRUE(platform::write_file(input_, "\n", 1));
 }
 
 void ChildProcess::kill() {
@@ -77,6 +92,27 @@ void ChildProcess::kill() {
 
 int ChildProcess::wait() {
     return wait_for_process(std::exchange(process_, platform::invalid_file));
+}
+
+CommandResult run(const Command& command) {
+    const TemporaryDirectory directory; // files, so that neither side ever waits for the other
+    write_file(directory.file("in"), command.input);
+    // The child takes its variables from this process.
+    std::vector<std::unique_ptr<EnvironmentGuard>> variables;
+    for (const auto& [name, value] : command.environment) {
+        variables.push_back(std::make_unique<EnvironmentGuard>(name, value));
+    }
+    std::vector<std::string> words{command.program};
+    words.insert(words.end(), command.arguments.begin(), command.arguments.end());
+    const Streams streams{open_stream(directory.file("in"), platform::FileAccess::read),
+                          open_stream(directory.file("out"), platform::FileAccess::write),
+                          open_stream(directory.file("err"), platform::FileAccess::write)};
+    const FileHandle process = start(words, streams);
+    for (const FileHandle stream : {streams.input, streams.output, streams.error}) {
+        platform::close_file(stream);
+    }
+    const int status = wait_for_process(process);
+    return {status, read_file(directory.file("out")), read_file(directory.file("err"))};
 }
 
 int run_child(const std::string& function, const std::vector<std::string>& arguments) {

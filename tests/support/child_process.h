@@ -1,6 +1,7 @@
 #pragma once
 
-#include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,24 @@ class ChildProcess {
     FileHandle input_ = platform::invalid_file;  ///< writes to the child's standard input
     FileHandle output_ = platform::invalid_file; ///< reads the child's standard output
 };
+
+/// Another program to run to its end.
+struct Command {
+    std::string program;
+    std::vector<std::string> arguments = {};
+    /// Variables that differ from those of this process; nothing removes one.
+    std::map<std::string, std::optional<std::string>> environment = {};
+    std::string input = {}; ///< its standard input, which ends there
+};
+
+struct CommandResult {
+    int status = -1; ///< -1 when a signal ended it
+    std::string output;
+    std::string errors;
+};
+
+/// Runs it to its end, and fails the test when it cannot start.
+CommandResult run(const Command& command);
 
 /// First argument of a test program that is to run a child function, named by the second one.
 inline constexpr const char* child_argument = "--run-child";

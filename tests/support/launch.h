@@ -5,7 +5,7 @@
 
 #include "platform/file.h"
 
-// How support starts programs: what each system answers.
+// What each system answers about processes.
 namespace support {
 
 using platform::FileHandle;
@@ -35,11 +35,15 @@ struct Pipe {
 };
 Pipe make_pipe();
 
-/// One byte through a pipe; false at its end.
-bool read_byte(FileHandle pipe, char& byte);
-bool write_byte(FileHandle pipe, char byte);
-
 FileHandle own_error_stream();
-std::string own_program();
+
+/// True under Wine, which does not show all that Windows does.
+bool is_wine();
+
+/// True when this process can turn into another account.
+bool may_change_account();
+
+/// Turns this process into an account that owns nothing, for good.
+bool become_nobody();
 
 } // namespace support

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,13 +16,28 @@ class MemoryReadStream final : public qncore::RefCounted<qncore::AtomicRefCount>
   public:
     using Source = std::function<std::uint64_t(void* buffer, std::uint64_t count)>;
 
-    explicit MemoryReadStream(std::string text, std::uint64_t largest_read = ~std::uint64_t{0});
+    explicit MemoryReadStream(std::string text, std::uint64_t largest_read = ~std::uint64_t{0})
+        : text_(std::move(text))
+        , largest_read_(largest_read) {}
     explicit MemoryReadStream(Source source)
         : source_(std::move(source)) {}
 
-    std::uint64_t read(void* buffer, std::uint64_t count) override;
-    std::uint64_t skip(std::uint64_t count) override;
-    std::uint64_t available() override;
+    std::uint64_t read(void* buffer, std::uint64_t count) override {
+        ++reads_;
+        if (source_) {
+            return source_(buffer, count);
+        }
+        const char* const bytes = text_.data() + position_;
+        const std::uint64_t step = skip(std::min(count, largest_read_));
+        std::copy_n(bytes, step, static_cast<char*>(buffer));
+        return step;
+    }
+    std::uint64_t skip(std::uint64_t count) override {
+        const std::uint64_t step = std::min(count, available());
+        position_ += step;
+        return step;
+    }
+    std::uint64_t available() override { return text_.size() - position_; }
 
     std::uint64_t reads() const noexcept { return reads_; }
 
@@ -36,7 +52,11 @@ class MemoryReadStream final : public qncore::RefCounted<qncore::AtomicRefCount>
 /// A write stream that keeps each write apart.
 class MemoryWriteStream final : public qncore::IWriteStream {
   public:
-    std::uint64_t write(const void* buffer, std::uint64_t count) override;
+    std::uint64_t write(const void* buffer, std::uint64_t count) override {
+        text.append(static_cast<const char*>(buffer), count);
+        writes.push_back(count);
+        return count;
+    }
 
     std::string text;
     std::vector<std::size_t> writes; ///< sizes

@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -60,20 +62,22 @@ Pipe make_pipe() {
     return {ends[0], ends[1]};
 }
 
-bool read_byte(FileHandle pipe, char& byte) {
-    return ::read(descriptor(pipe), &byte, 1) == 1;
-}
-
-bool write_byte(FileHandle pipe, char byte) {
-    return ::write(descriptor(pipe), &byte, 1) == 1;
-}
-
 FileHandle own_error_stream() {
     return STDERR_FILENO;
 }
 
-std::string own_program() {
-    return "/proc/self/exe";
+bool is_wine() {
+    return false;
+}
+
+bool may_change_account() {
+    return ::geteuid() == 0 && ::getpwnam("nobody") != nullptr;
+}
+
+bool become_nobody() {
+    const passwd* account = ::getpwnam("nobody");
+    return account != nullptr && ::setgroups(0, nullptr) == 0 && ::setgid(account->pw_gid) == 0 &&
+           ::setuid(account->pw_uid) == 0;
 }
 
 void set_variable(const std::string& name, const std::optional<std::string>& value) {

@@ -1,7 +1,5 @@
 #include "tests/support/launch.h"
 
-#include <array>
-
 #include <gtest/gtest.h>
 
 #include "platform/win32/wide.h"
@@ -86,24 +84,20 @@ Pipe make_pipe() {
     return {file_of(reader), file_of(writer)};
 }
 
-bool read_byte(FileHandle pipe, char& byte) {
-    DWORD done = 0;
-    return ::ReadFile(handle_of(pipe), &byte, 1, &done, nullptr) && done == 1;
-}
-
-bool write_byte(FileHandle pipe, char byte) {
-    DWORD done = 0;
-    return ::WriteFile(handle_of(pipe), &byte, 1, &done, nullptr) && done == 1;
-}
-
 FileHandle own_error_stream() {
     return file_of(::GetStdHandle(STD_ERROR_HANDLE));
 }
 
-std::string own_program() {
-    std::array<wchar_t, 4096> name{};
-    const DWORD length = ::GetModuleFileNameW(nullptr, name.data(), name.size());
-    return platform::narrow({name.data(), length});
+bool is_wine() {
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+bool may_change_account() {
+    return false;
+}
+
+bool become_nobody() {
+    return false;
 }
 
 void set_variable(const std::string& name, const std::optional<std::string>& value) {
