@@ -1,4 +1,4 @@
-/* Asks for the password of a subsystems server: first for the lengths, then for the text.
+/* Asks for the password of a subsystems server: first for its length, then for the text.
    Usage: ask_password SERVER */
 #include <locale.h>
 #include <stdio.h>
@@ -7,7 +7,7 @@
 
 #include <ConfigurationFile/flat_functions.h>
 
-/* Writes zeros that the compiler may not leave out, as it may a memset before free. */
+/* Writes zeros that the compiler must not omit, as it may omit a memset before free. */
 static void wipe(wchar_t* text, unsigned int length) {
     volatile wchar_t* place = text;
     while (length-- > 0) {
@@ -31,7 +31,7 @@ int main(int count, char** words) {
         fprintf(stderr, "the file cannot be read; QNTRACE=11 in the environment says why\n");
         return 1;
     }
-    wchar_t* text = calloc(password, sizeof *text); /* the closing zero is counted */
+    wchar_t* text = calloc(password, sizeof *text); /* includes the terminating zero */
     if (text == NULL) {
         return 1;
     }
@@ -39,7 +39,7 @@ int main(int count, char** words) {
         server, NULL, &public_key, NULL, &private_key, NULL, &certificate, text, &password, NULL,
         &trusted, copies);
     if (result == 1) {
-        /* Here a program would open its private key. This one says how long the password is. */
+        /* A real program opens its private key here. This one prints the length of the password. */
         printf("%u characters\n", (unsigned int)wcsnlen(text, password));
     } else {
         fprintf(stderr, "the file cannot be read, or a longer password was stored meanwhile\n");

@@ -1,5 +1,5 @@
-// Prints what the file says of a server in each of the nine roles, without the passwords.
-// Usage: read_all_roles [SERVER]    (this machine unless given)
+// Prints the entries of a server in all nine roles, without the passwords.
+// Usage: read_all_roles [SERVER]    (default: this machine)
 #include <array>
 #include <exception>
 #include <iostream>
@@ -15,8 +15,7 @@ struct Entry {
 
 using File = vdcertificates::ConfigurationFile;
 
-/// One row for each role: its name, and the call that asks for it. Three roles have no trusted
-/// certificate.
+/// One row per role: its name, and the call that reads it. Three roles have no trusted certificate.
 struct Role {
     const char* name;
     bool (*get)(File&, const std::string& server, Entry&);
@@ -84,7 +83,7 @@ int main(int count, char** words) {
         const std::string server = count > 1 ? words[1] : vdcertificates::get_local_machine_name();
         File file;
         for (const Role& role : roles) {
-            Entry entry; // what is not in the file stays empty
+            Entry entry; // stays empty if the file has none
             if (!role.get(file, server, entry)) {
                 std::cerr << "the file cannot be read; QNTRACE=11 in the environment says why\n";
                 return 1;

@@ -1,6 +1,5 @@
-// A service that uses a server's certificate and takes up a new one without being restarted: it
-// waits by inotify until the file changes, reads its entry again, and goes on with that. Linux.
-// Usage: reload_service SERVER
+// A service that loads a server's new certificate without a restart: it waits with inotify until
+// the file changes, and reads its entry again. Linux. Usage: reload_service SERVER
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -25,7 +24,7 @@ struct Entry {
     bool operator==(const Entry&) const = default;
 };
 
-/// The file that the library uses, by the same rule.
+/// The file that the library uses, found by the same rules.
 std::filesystem::path configuration_file() {
     const auto& variable = ConfigurationFile::sm_configurationFilePathEnvironmentVariable;
     if (const char* path = std::getenv(variable.c_str()); path != nullptr && *path != '\0') {
@@ -37,13 +36,13 @@ std::filesystem::path configuration_file() {
             ConfigurationFile::sm_configurationFileName);
 }
 
-/// Watches the file's directory, so that a file which is made later or exchanged is seen as well.
+/// Watches the file's directory, and so also notices a file that is created later or replaced.
 class Watch {
   public:
     explicit Watch(const std::filesystem::path& file)
         : name_(file.filename())
         , descriptor_(inotify_init1(IN_CLOEXEC)) {
-        // Not IN_CLOSE_WRITE: every reader opens the file for writing once, to see whether it may.
+        // Not IN_CLOSE_WRITE: every reader opens the file for writing once, to test its permission.
         if (inotify_add_watch(descriptor_, file.parent_path().c_str(),
                               IN_MODIFY | IN_MOVED_TO | IN_CREATE) < 0) {
             throw std::runtime_error("cannot watch " + file.parent_path().string() + ": " +
@@ -54,8 +53,8 @@ class Watch {
     Watch& operator=(const Watch&) = delete;
     ~Watch() { close(descriptor_); }
 
-    /// Returns when the file has changed and then stood still for a moment: a change empties the
-    /// file and writes it, which are two events.
+    /// Returns after the file has changed and then stayed the same for a moment: a change truncates
+    /// the file and writes it, which are two events.
     void wait() const {
         constexpr int forever = -1;
         constexpr int moment = 100; // milliseconds
@@ -66,7 +65,7 @@ class Watch {
     }
 
   private:
-    /// Takes the events that have come within the time, and says whether one was about the file.
+    /// Reads the events that arrive within the time. Returns true if one of them names the file.
     bool events_name_file(int milliseconds) const {
         pollfd waiting{descriptor_, POLLIN, 0};
         if (poll(&waiting, 1, milliseconds) <= 0) {
@@ -87,7 +86,7 @@ class Watch {
     int descriptor_;
 };
 
-/// False when the file cannot be read just now; the service then keeps what it has.
+/// Returns false if the file cannot be read now; the service then keeps its entry.
 bool read_entry(ConfigurationFile& file, const std::string& server, Entry& entry) {
     Entry read;
     if (!file.get_subsystems_server_certificate_information(server, read.publicKey, read.privateKey,
@@ -100,13 +99,13 @@ bool read_entry(ConfigurationFile& file, const std::string& server, Entry& entry
 }
 
 void serve(const std::string& server) {
-    const Watch watch(configuration_file()); // before the first look, so that no change is missed
+    const Watch watch(configuration_file()); // before the first read, so that no change is missed
     ConfigurationFile file;
     Entry used;
     for (;; watch.wait()) {
         Entry entry;
         if (!read_entry(file, server, entry)) {
-            std::cerr << "the file cannot be read; going on with what was read before\n";
+            std::cerr << "the file cannot be read; the former entry stays in use\n";
         } else if (entry != used) {
             used = entry;
             std::cout << "using " << used.certificate << std::endl; // load the certificate here
