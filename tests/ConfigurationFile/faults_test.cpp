@@ -1,7 +1,7 @@
 // Makes each platform call and each allocation of first use, of a getter and of setters fail once,
 // and looks at what the caller, the key files and the configuration file see of it.
 #include <cerrno>
-#include <cstring>
+#include <cstdlib>
 #include <filesystem>
 #include <new>
 
@@ -14,32 +14,24 @@
 
 namespace {
 
-// OpenSSL takes its memory by `new`, so that its allocations count, too; a block begins with its
-// size. This comes before its first allocation: later it takes no other functions.
-constexpr std::size_t header = 16;
+// OpenSSL asks `new` before it takes memory, so that its allocations count, too. This comes before
+// its first allocation: later it accepts no other functions.
+bool may_take() {
+    void* const block = ::operator new(1, std::nothrow);
+    ::operator delete(block);
+    return block != nullptr;
+}
 
 void* take(std::size_t size, const char* /*file*/, int /*line*/) {
-    void* const block = ::operator new(size + header, std::nothrow);
-    if (block == nullptr) {
-        return nullptr;
-    }
-    std::memcpy(block, &size, sizeof size);
-    return static_cast<char*>(block) + header;
+    return may_take() ? std::malloc(size) : nullptr;
+}
+
+void* take_anew(void* bytes, std::size_t size, const char* /*file*/, int /*line*/) {
+    return may_take() ? std::realloc(bytes, size) : nullptr;
 }
 
 void give_back(void* bytes, const char* /*file*/, int /*line*/) {
-    ::operator delete(bytes != nullptr ? static_cast<char*>(bytes) - header : nullptr);
-}
-
-void* take_anew(void* bytes, std::size_t size, const char* file, int line) {
-    void* const other = take(size, file, line);
-    if (bytes != nullptr && other != nullptr) {
-        std::size_t old_size = 0;
-        std::memcpy(&old_size, static_cast<char*>(bytes) - header, sizeof old_size);
-        std::memcpy(other, bytes, std::min(size, old_size));
-        give_back(bytes, file, line);
-    }
-    return other;
+    std::free(bytes);
 }
 
 const int openssl_counts = CRYPTO_set_mem_functions(take, take_anew, give_back);
@@ -54,17 +46,19 @@ using vdcertificates::ConfigurationFile;
 using vdcertificates::ConfigurationFileNodes;
 using Access = vdcertificates::ConfigurationFileAccess;
 
+bool set(ConfigurationFile& file, const std::string& password) {
+    return file.set_webconfig_certificate_information("NEW", "p", "k", "c", password);
+}
+
+bool set_without_password(ConfigurationFile& file) {
+    return set(file, "");
+}
+
 bool get(ConfigurationFile& file) {
     std::string password;
     std::string other;
     return file.get_cluster_certificate_information(other, other, other, password) &&
            password == "secret";
-}
-
-template <char Password>
-bool set(ConfigurationFile& file) {
-    return file.set_webconfig_certificate_information(
-        "NEW", "p", "k", "c", Password != 0 ? std::string(1, Password) : "");
 }
 
 struct Scene {
@@ -74,15 +68,10 @@ struct Scene {
 };
 
 const Scene scenes[] = {
-    {"first use", true, set<'\0'>},
+    {"first use", true, set_without_password},
     {"get", false, get},
-    {"set", false, set<'\0'>},
-    {"set with a password", false, set<'n'>},
-};
-
-/// The files of a machine.
-struct Files {
-    std::string public_key, private_key, configuration;
+    {"set", false, set_without_password},
+    {"set with a password", false, [](ConfigurationFile& file) { return set(file, "n"); }},
 };
 
 enum class Answer { yes, no, thrown };
@@ -90,7 +79,6 @@ enum class Answer { yes, no, thrown };
 class FaultsTest : public StoreTest {
   protected:
     FaultsTest() {
-        ConfigurationFile file;
         ConfigurationFileNodes notifiers;
         ConfigurationFileNodes devices;
         notifiers.certificates = {entry("ServerGroupCertificate", "p", "k", "c", "secret")};
@@ -105,23 +93,14 @@ class FaultsTest : public StoreTest {
         }
         Access::replace(file, notifiers, devices, {});
         befores.push_back(configuration());
-        keys = files();
-    }
-
-    Files files() const {
-        const auto content = [](const std::string& name) {
-            return fs::exists(name) ? support::read_file(name) : "";
-        };
-        return {content(machine.public_key_file()), content(machine.private_key_file()),
-                content(machine.default_file())};
     }
 
     void prepare(const Scene& scene, const std::string& before) const {
         support::remove_all(machine.root());
         fs::create_directories(machine.root());
         if (!scene.first_use) {
-            support::write_file(machine.public_key_file(), keys.public_key);
-            support::write_file(machine.private_key_file(), keys.private_key);
+            support::write_file(machine.public_key_file(), public_key);
+            support::write_file(machine.private_key_file(), private_key);
             support::write_file(machine.default_file(), before);
         }
     }
@@ -150,80 +129,82 @@ class FaultsTest : public StoreTest {
     /// Looks at the files after a fault. `told` says that the trace has a word about it.
     void check(const Scene& scene, Answer answer, bool told,
                const std::vector<std::string>& allowed) const {
-        const Files after = files();
+        const std::string after =
+            fs::exists(machine.default_file()) ? configuration() : std::string();
         if (scene.first_use) {
-            EXPECT_TRUE(answer != Answer::yes || after.configuration == allowed.back());
+            EXPECT_TRUE(answer != Answer::yes || after == allowed.back());
         } else {
-            EXPECT_EQ(after.public_key, keys.public_key);
-            EXPECT_EQ(after.private_key, keys.private_key);
+            EXPECT_EQ(support::read_file(machine.public_key_file()), public_key);
+            EXPECT_EQ(support::read_file(machine.private_key_file()), private_key);
             // Required: a setter goes on with what could be read, and the trace says so.
             const auto fits = [&](const std::string& text) {
-                return answer == Answer::yes ? after.configuration == text
-                                             : text.starts_with(after.configuration);
+                return answer == Answer::yes ? after == text : text.starts_with(after);
             };
             EXPECT_TRUE(fits(allowed.back()) ||
-                        (answer != Answer::yes && after.configuration == befores.back()) ||
+                        (answer != Answer::yes && after == befores.back()) ||
                         (told && std::any_of(allowed.begin(), allowed.end(), fits)))
-                << after.configuration;
+                << after;
         }
         ConfigurationFile next;
-        EXPECT_TRUE(set<'x'>(next));
-        EXPECT_TRUE(file_has(next, "x"));
-    }
-
-    static bool file_has(ConfigurationFile& file, const std::string& expected) {
         std::string password;
         std::string other;
-        return file.get_webconfig_certificate_information("NEW", other, other, other, password) &&
-               password == expected;
+        EXPECT_TRUE(set(next, "x") && next.get_webconfig_certificate_information(
+                                          "NEW", other, other, other, password));
+        EXPECT_EQ(password, "x");
     }
 
+    /// Runs the scenes with each number from 1 on in steps of `stride`, as long as `fails` says
+    /// that the action had so many calls that one failed.
+    void fail_each(
+        std::size_t stride, bool always_told,
+        const std::function<bool(std::size_t number, const std::function<void()>& action)>& fails) {
+        for (const Scene& scene : scenes) {
+            const std::vector<std::string> allowed = outcomes(scene);
+            bool failed = true;
+            for (std::size_t number = 1; failed; number += stride) {
+                SCOPED_TRACE(std::string(scene.name) + ", number " + std::to_string(number));
+                prepare(scene, befores.back());
+                std::optional<support::TraceCapture> capture;
+                if (!always_told) {
+                    capture.emplace("11");
+                }
+                Answer answer{};
+                failed = fails(number, [&] { answer = run(scene); });
+                check(scene, answer, !capture || !capture->text().empty(), allowed);
+            }
+        }
+    }
+
+    ConfigurationFile file; ///< makes the keys
     std::vector<std::string> befores;
-    Files keys;
+    const std::string public_key = support::read_file(machine.public_key_file());
+    const std::string private_key = support::read_file(machine.private_key_file());
 };
 
 TEST_F(FaultsTest, EachPlatformCall) {
-    const platform::SystemError errors[] = {platform::SystemError::posix(EIO),
-                                            platform::SystemError::posix(EACCES),
-                                            platform::sharing_violation()};
-    for (const Scene& scene : scenes) {
-        const std::vector<std::string> allowed = outcomes(scene);
-        for (const platform::SystemError error : errors) {
-            int number = 0;
-            int made = 0;
-            do {
-                ++number;
-                SCOPED_TRACE(std::string(scene.name) + ", call " + std::to_string(number) + ", " +
-                             platform::describe(error));
-                prepare(scene, befores.back());
-                const support::TraceCapture capture("11");
-                platform::testing::fail_call(number, error);
-                const Answer answer = run(scene);
-                made = platform::testing::calls_made();
-                platform::testing::fail_call(0, {});
-                check(scene, answer, !capture.text().empty(), allowed);
-            } while (made >= number);
-        }
+    for (const platform::SystemError error :
+         {platform::SystemError::posix(EIO), platform::SystemError::posix(EACCES),
+          platform::sharing_violation()}) {
+        SCOPED_TRACE(platform::describe(error));
+        fail_each(1, false, [error](std::size_t number, const std::function<void()>& action) {
+            platform::testing::fail_call(static_cast<int>(number), error);
+            action();
+            const bool failed = platform::testing::calls_made() >= static_cast<int>(number);
+            platform::testing::fail_call(0, {});
+            return failed;
+        });
     }
 }
 
 TEST_F(FaultsTest, EachAllocation) {
     ASSERT_EQ(openssl_counts, 1);
-    for (const Scene& scene : scenes) {
-        const std::vector<std::string> allowed = outcomes(scene);
-        for (const auto& [which, stride] : {std::pair(support::Failing::once, 1U),
-                                            std::pair(support::Failing::from_there_on, 3U)}) {
-            bool failed = true;
-            for (std::size_t number = 1; failed; number += stride) {
-                SCOPED_TRACE(std::string(scene.name) + ", allocation " + std::to_string(number) +
-                             (which == support::Failing::once ? "" : " and all later ones"));
-                prepare(scene, befores.back());
-                Answer answer{};
-                failed =
-                    support::with_failing_allocation(number, which, [&] { answer = run(scene); });
-                check(scene, answer, true, allowed);
-            }
-        }
+    using support::Failing;
+    for (const auto& [which, stride] :
+         {std::pair(Failing::once, 1U), std::pair(Failing::from_there_on, 3U)}) {
+        SCOPED_TRACE(stride == 1 ? "one allocation" : "all allocations from there on");
+        fail_each(stride, true, [which](std::size_t number, const std::function<void()>& action) {
+            return support::with_failing_allocation(number, which, action);
+        });
     }
 }
 

@@ -3,13 +3,11 @@
 #include <functional>
 #include <future>
 
-#include "ConfigurationFile/errors.h"
 #include "ConfigurationFile/location.h"
 #include "platform/file.h"
 #include "platform/machine.h"
 #include "platform/path.h"
 #include "platform/testing/testing.h"
-#include "qncertificates/errors.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/failure.h"
 #include "tests/support/trace_capture.h"
@@ -21,91 +19,73 @@ namespace fs = std::filesystem;
 using support::EnvironmentGuard;
 using support::failure_of;
 using support::TraceCapture;
+using testing::ElementsAre;
 using testing::HasSubstr;
-using vdcertificates::ConfigurationFile;
-using vdcertificates::ConfigurationFileAccess;
 using vdcertificates::create_and_get_default_root_configuration_directory;
 
-using LocationTest = StoreTest;
+const std::string path_function =
+    "vdcertificates::ConfigurationFile::get_configuration_file_path() ";
+const std::string root_function =
+    "vdcertificates::create_and_get_default_root_configuration_directory() ";
+const std::string mkdir_failure = "error.qncertificates.filesystem.mkdir ";
 
-const char* const topic = "VDCertificatesConfigurationFile=41";
-const std::string mkdir_code(qncertificates::error::qncertificates_filesystem_mkdir.path());
-const char* const path_function =
-    " vdcertificates::ConfigurationFile::get_configuration_file_path() ";
+class LocationTest : public StoreTest {
+  protected:
+    /// The path of the configuration file if the variable has the value.
+    std::string path_with(const std::string& value) {
+        const EnvironmentGuard variable("ORVA_Certificates", value);
+        return vdcertificates::ConfigurationFileAccess::path(file);
+    }
+
+    vdcertificates::ConfigurationFile file;
+};
 
 TEST_F(LocationTest, TheVariableNamesTheWholePath) {
-    struct Case {
-        std::string value;
-        std::string path;
-        bool probed; ///< an empty file exists afterwards
-    };
-    const Case cases[] = {
+    const std::string at_root = std::string(1, platform::preferred_separator) + "x.xml";
+    // The variable, the path, and whether an empty file exists afterwards.
+    const std::tuple<std::string, std::string, bool> cases[] = {
         {machine.file("x.xml"), machine.file("x.xml"), true},
         {machine.file("new/x.xml"), machine.file("new/x.xml"), true},
         {machine.file("new//y.xml"), machine.file("new//y.xml"), true},
         {"", machine.default_file(), false},
+        // With nothing before the separator the value is taken untested.
+        {at_root, at_root, false},
+        // A plain name is made as a directory, which then cannot be written as a file.
+        {"plain.xml", machine.default_file(), false},
     };
-    ConfigurationFile file;
-    for (const Case& test : cases) {
-        const EnvironmentGuard variable("ORVA_Certificates", test.value);
-        const TraceCapture capture(topic);
-        EXPECT_EQ(ConfigurationFileAccess::path(file), test.path);
-        EXPECT_EQ(fs::exists(test.path), test.probed) << test.path;
-        EXPECT_THAT(capture.text(), HasSubstr(" 41 VDCertificatesConfigurationFile vdcertificates::"
-                                              "ConfigurationFile::get_configuration_file_path() "
-                                              "configurationFilePath: " +
-                                              test.path + "\n"));
-    }
-    // With nothing before the separator the value is taken untested.
-    const std::string at_root = std::string(1, platform::preferred_separator) + "x.xml";
-    const EnvironmentGuard variable("ORVA_Certificates", at_root);
-    EXPECT_EQ(ConfigurationFileAccess::path(file), at_root);
-    EXPECT_FALSE(fs::exists(at_root));
-}
-
-TEST_F(LocationTest, APlainNameStandsForADirectoryAndAFileAtOnce) {
-    ConfigurationFile file;
-    const EnvironmentGuard variable("ORVA_Certificates", "plain.xml");
     const fs::path before = fs::current_path();
     fs::current_path(machine.directory());
-    const std::string path = ConfigurationFileAccess::path(file);
+    for (const auto& [value, path, probed] : cases) {
+        const TraceCapture capture("VDCertificatesConfigurationFile=41");
+        EXPECT_EQ(path_with(value), path);
+        EXPECT_EQ(fs::exists(path), probed) << path;
+        EXPECT_THAT(capture.text(),
+                    HasSubstr(path_function + "configurationFilePath: " + path + "\n"));
+    }
     fs::current_path(before);
-    // The directory of that name is made, and then cannot be written as a file.
-    EXPECT_EQ(path, machine.default_file());
     EXPECT_TRUE(fs::is_directory(machine.file("plain.xml")));
 }
 
-TEST_F(LocationTest, ADirectoryThatCannotBeMadeIsAnError) {
-    ConfigurationFile file;
-    const EnvironmentGuard variable("ORVA_Certificates", machine.file("a/b/x.xml"));
-    const TraceCapture capture("VDCertificatesConfigurationFile=11");
-    const std::string message = "Failed to create the directory: " + machine.file("a/b") + ".";
-    EXPECT_EQ(failure_of([&] { ConfigurationFileAccess::path(file); }),
-              mkdir_code + path_function + message);
-    EXPECT_THAT(capture.text(), HasSubstr("Error Message: " + message));
-}
-
-TEST_F(LocationTest, AFileThatMayNotBeWrittenFallsBackWithAWarning) {
-    ConfigurationFile file;
-    fs::create_directory(machine.file("x.xml"));
-    const EnvironmentGuard variable("ORVA_Certificates", machine.file("x.xml"));
+TEST_F(LocationTest, AVariableThatIsOfNoUseIsAnErrorOrAWarning) {
     const TraceCapture capture("VDCertificatesConfigurationFile=21");
-    EXPECT_EQ(ConfigurationFileAccess::path(file), machine.default_file());
+    const std::string message = "Failed to create the directory: " + machine.file("a/b") + ".";
+    EXPECT_EQ(failure_of([&] { path_with(machine.file("a/b/x.xml")); }),
+              mkdir_failure + path_function + message);
+    fs::create_directory(machine.file("x.xml"));
+    EXPECT_EQ(path_with(machine.file("x.xml")), machine.default_file());
     EXPECT_THAT(capture.lines(),
-                testing::ElementsAre(HasSubstr(
-                    " 21 VDCertificatesConfigurationFile vdcertificates::ConfigurationFile::"
-                    "get_configuration_file_path() Current user has NO access to: " +
-                    machine.file("x.xml") +
-                    ", as specified by the environment variable: ORVA_Certificates.")));
+                ElementsAre(HasSubstr("Error Message: " + message),
+                            HasSubstr(" 21 VDCertificatesConfigurationFile " + path_function +
+                                      "Current user has NO access to: " + machine.file("x.xml") +
+                                      ", as specified by the environment variable: "
+                                      "ORVA_Certificates.")));
 }
 
 TEST_F(LocationTest, AnExclusiveOpenerIsWaitedForAndThenReported) {
     const std::string path = machine.file("x.xml");
-    ConfigurationFile file;
-    const EnvironmentGuard variable("ORVA_Certificates", path);
     const TraceCapture capture("VDCertificatesConfigurationFile=11");
     platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 2);
-    EXPECT_EQ(ConfigurationFileAccess::path(file), path); // the third attempt succeeds
+    EXPECT_EQ(path_with(path), path); // the third attempt succeeds
     EXPECT_EQ(capture.text(), "");
 
     const auto holder = platform::open_file(path, platform::FileAccess::write,
@@ -113,61 +93,44 @@ TEST_F(LocationTest, AnExclusiveOpenerIsWaitedForAndThenReported) {
                                             platform::FileSharing::none, {});
     ASSERT_TRUE(holder);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(failure_of([&] { ConfigurationFileAccess::path(file); }),
-              std::string(vdcertificates::error::sharing_violation.path()) + path_function +
+    EXPECT_EQ(failure_of([&] { path_with(path); }),
+              "error.qncertificates.filesystem.open.sharing_violation " + path_function +
                   "File: " + path + " has already been opened with EXCLUSIVE access!");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(60));
     EXPECT_THAT(capture.lines(),
-                testing::ElementsAre(HasSubstr(
+                ElementsAre(HasSubstr(
                     " vdcertificates::file_has_write_access() Error Message: The file: " + path +
                     " has been opened with EXCLUSIVE access by an EXTERNAL process!")));
     platform::close_file(*holder);
-    EXPECT_EQ(ConfigurationFileAccess::path(file), path);
+    EXPECT_EQ(path_with(path), path);
 }
 
 TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
-    struct Case {
-        const char* what;
-        std::string setting;
-        std::string root;
-    };
     fs::create_directory(machine.file("set"));
-    const Case cases[] = {
-        {"as it stands", machine.file("set"), machine.file("set")},
-        {"one separator is cut", machine.file("set/"), machine.file("set")},
-        {"only one", machine.file("set//"), machine.file("set/")},
-        {"no access", machine.file("absent"), machine.root()},
+    const std::tuple<std::string, std::string, int> cases[] = {
+        // The setting, the root, and how many attempts to write there meet another opener.
+        {machine.file("set"), machine.file("set"), 0},
+        {machine.file("set/"), machine.file("set"), 2},
+        {machine.file("set//"), machine.file("set/"), 0}, // one separator is cut
+        {machine.file("absent"), machine.root(), 0},
+        {machine.file("set"), machine.root(), 3},
     };
-    for (const Case& test : cases) {
-        machine.set_machine_root(test.setting);
+    for (const auto& [setting, root, refusals] : cases) {
+        platform::testing::store_machine_root(setting);
+        platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), refusals);
         const TraceCapture capture("VDCertificatesConfigurationFile=21");
-        EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root) << test.what;
-        if (test.root == machine.root()) {
-            EXPECT_THAT(capture.lines(),
-                        testing::ElementsAre(HasSubstr(
-                            " vdcertificates::create_and_get_default_root_configuration_directory"
-                            "() Current user has NO access to: " +
-                            test.setting + ", as specified under the HKEY_LOCAL_MACHINE\\" +
-                            platform::machine_setting_source() + " key.")));
-        } else {
-            EXPECT_EQ(capture.text(), "");
-            EXPECT_TRUE(fs::exists(test.root + "/TESTHOST_ORVA_Certificates.xml"));
-        }
+        EXPECT_EQ(create_and_get_default_root_configuration_directory(), root);
+        EXPECT_EQ(capture.text().find(" 21 VDCertificatesConfigurationFile " + root_function +
+                                      "Current user has NO access to: " + setting +
+                                      ", as specified under the HKEY_LOCAL_MACHINE\\" +
+                                      platform::machine_setting_source() + " key.") !=
+                      std::string::npos,
+                  root == machine.root())
+            << capture.text();
+        EXPECT_TRUE(root == machine.root() || fs::exists(root + "/TESTHOST_ORVA_Certificates.xml"));
     }
-}
-
-TEST_F(LocationTest, ASharingViolationUnderTheSettingIsOnlyAWarning) {
-    fs::create_directory(machine.file("set"));
-    machine.set_machine_root(machine.file("set"));
-    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
-    EXPECT_EQ(create_and_get_default_root_configuration_directory(), machine.root());
-    EXPECT_EQ(create_and_get_default_root_configuration_directory(), machine.file("set"));
-}
-
-TEST_F(LocationTest, ASettingThatCannotBeReadAndAMissingNameAreErrors) {
     for (const platform::Call call :
          {platform::Call::machine_setting, platform::Call::computer_name}) {
-        machine.set_machine_root(machine.directory());
         platform::testing::fail_next(call, platform::SystemError::posix(EIO));
         EXPECT_THAT(failure_of(create_and_get_default_root_configuration_directory),
                     HasSubstr("error.qncertificates.parameter.invalid"));
@@ -175,11 +138,9 @@ TEST_F(LocationTest, ASettingThatCannotBeReadAndAMissingNameAreErrors) {
 }
 
 TEST_F(LocationTest, EachProbeWaitsForTheLock) {
-    ConfigurationFile file;
-    const EnvironmentGuard variable("ORVA_Certificates", machine.file("x.xml"));
-    machine.set_machine_root(machine.directory());
+    platform::testing::store_machine_root(machine.directory());
     const std::function<std::string()> probes[] = {
-        [&] { return ConfigurationFileAccess::path(file); },
+        [&] { return path_with(machine.file("x.xml")); },
         create_and_get_default_root_configuration_directory,
     };
     for (const auto& probe : probes) {
@@ -193,31 +154,27 @@ TEST_F(LocationTest, EachProbeWaitsForTheLock) {
 }
 
 TEST_F(LocationTest, TheProfileIsTheLastResort) {
-    struct Case {
-        std::optional<std::string> profile;
-        std::optional<std::string> home;
-        std::string root;
-    };
-    const Case cases[] = {
-        {machine.file("p"), machine.file("h"), machine.file("p/Orvane Systems/Certificates")},
-        {machine.file("p/"), std::nullopt, machine.file("p/Orvane Systems/Certificates")},
-        {std::nullopt, machine.file("h"),
-         platform::paths_have_drives ? "" : machine.file("h/Orvane Systems/Certificates")},
-        {std::nullopt, std::nullopt, ""},
-    };
-    for (const Case& test : cases) {
-        const EnvironmentGuard profile("USERPROFILE", test.profile);
-        const EnvironmentGuard home("HOME", test.home);
-        EXPECT_EQ(create_and_get_default_root_configuration_directory(), test.root);
-        EXPECT_TRUE(test.root.empty() || fs::is_directory(test.root));
+    const std::string below = machine.file("p/Orvane Systems/Certificates");
+    const std::tuple<std::optional<std::string>, std::optional<std::string>, std::string> cases[] =
+        {
+            // USERPROFILE, HOME and the root.
+            {machine.file("p"), machine.file("h"), below},
+            {machine.file("p/"), std::nullopt, below},
+            {std::nullopt, machine.file("p"), platform::paths_have_drives ? "" : below},
+            {std::nullopt, std::nullopt, ""},
+        };
+    for (const auto& [profile_value, home_value, root] : cases) {
+        const EnvironmentGuard profile("USERPROFILE", profile_value);
+        const EnvironmentGuard home("HOME", home_value);
+        EXPECT_EQ(create_and_get_default_root_configuration_directory(), root);
+        EXPECT_TRUE(root.empty() || fs::is_directory(root));
+        support::remove_all(machine.file("p"));
     }
-    // Whatever cannot be made on the way only counts if the last directory does not exist then.
+    // What cannot be made on the way only counts if the last directory does not exist then.
     support::write_file(machine.file("file"), "");
     const EnvironmentGuard profile("USERPROFILE", machine.file("file"));
     EXPECT_EQ(failure_of(create_and_get_default_root_configuration_directory),
-              mkdir_code +
-                  " vdcertificates::create_and_get_default_root_configuration_directory() Failed "
-                  "to create the directory: " +
+              mkdir_failure + root_function + "Failed to create the directory: " +
                   machine.file("file/Orvane Systems/Certificates") + ".");
 }
 
@@ -228,9 +185,7 @@ TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {
         {"present", true},
         {"absent", true}, // and made
         {"absent/x.xml", false},
-        // A name that cannot be probed counts as writable.
-        {"none\0x"s, true},
-        {"present\0x"s, true},
+        {"none\0x"s, true}, // a name that cannot be probed counts as writable
     };
     for (const auto& [name, writable] : cases) {
         bool sharingViolation = true;
@@ -239,6 +194,9 @@ TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {
             << name;
         EXPECT_FALSE(sharingViolation);
     }
+    bool ignored = false;
+    platform::testing::fail_next(platform::Call::access, platform::SystemError::posix(EACCES));
+    EXPECT_FALSE(vdcertificates::file_has_write_access(machine.file("present\0x"s), &ignored));
     EXPECT_EQ(support::read_file(machine.file("present")), "content");
     EXPECT_FALSE(fs::exists(machine.file("none")));
 }

@@ -1,35 +1,81 @@
-#include <filesystem>
+// The lock, and several processes on one machine.
+#include <future>
 #include <memory>
+#include <optional>
 
-#include "ConfigurationFile/configuration_file_access.h"
+#include "platform/testing/testing.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/child_process.h"
+#include "tests/support/failure.h"
 
 namespace store_test {
 namespace {
 
-namespace fs = std::filesystem;
+using Lock = vdcertificates::ConfigurationFileExclusiveAccessLock;
 using support::ChildProcess;
+using support::failure_of;
 using vdcertificates::ConfigurationFile;
+using vdcertificates::ConfigurationFileMutex;
+
+using LockTest = StoreTest;
+
+TEST_F(LockTest, NamesTheErrorOfTheSystem) {
+    EXPECT_EQ(ConfigurationFileMutex::sm_configurationFileMutexName,
+              "Global\\{2780CEA8-95DE-41D1-955F-C2A000BD437A}");
+    const auto mutex = ConfigurationFileMutex::create();
+    const auto info = support::error_of([&] { mutex->release_lock(); }); // is not held
+    ASSERT_TRUE(info && info->nested());
+    EXPECT_EQ(*info->nested()->params().find("number"), *info->params().find("errorCode"));
+    EXPECT_EQ(failure_of([&] { mutex->release_lock(); }),
+              "error.qncertificates.parameter.invalid "
+              "vdcertificates::ConfigurationFileMutex::release_lock() Failed to unlock "
+              "configuration file mutex. ErrorCode: " +
+                  *info->params().find("errorCode"));
+}
+
+TEST_F(LockTest, OpensAMutexOfAnotherAccountWithFewerRights) {
+    const auto creation_fails = [](int number, const std::string& text) {
+        platform::testing::fail_next(platform::Call::create_mutex,
+                                     platform::SystemError::windows(number));
+        EXPECT_THAT(failure_of(ConfigurationFileMutex::create), testing::HasSubstr(text));
+    };
+    creation_fails(87, "Failed to initialized configuration file mutex. ErrorCode: 87");
+    creation_fails(5, "Failed to open existing configuration file mutex with limited permissions. "
+                      "ErrorCode: 2");
+    const auto owner = ConfigurationFileMutex::create();
+    owner->acquire_lock();
+    platform::testing::fail_next(platform::Call::create_mutex, platform::SystemError::windows(5));
+    const auto limited = ConfigurationFileMutex::create();
+    auto waiting = std::async(std::launch::async, [&] { const Lock lock(limited); });
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    owner->release_lock();
+    waiting.get();
+    EXPECT_THROW(limited->release_lock(), qncore::ErrorException);
+}
+
+// Required: a copy does not acquire, so that two of them release once too often.
+TEST_F(LockTest, IsReleasedByEachCopy) {
+    const auto mutex = ConfigurationFileMutex::create();
+    EXPECT_THROW(
+        {
+            const Lock lock(mutex);
+            const Lock copy(lock); // NOLINT(performance-unnecessary-copy-initialization)
+        },
+        qncore::ErrorException);
+
+    std::optional<Lock> first(mutex);
+    const auto otherMutex = ConfigurationFileMutex::create();
+    std::optional<Lock> second(otherMutex); // the same machine-wide mutex, taken once more
+    *first = *second;
+    first.reset();
+    second.reset();
+    EXPECT_THROW(mutex->release_lock(), qncore::ErrorException);
+}
 
 class ProcessesTest : public StoreTest {
   protected:
-    std::unique_ptr<ChildProcess> start(const char* function,
-                                        std::vector<std::string> arguments = {}) {
-        arguments.insert(arguments.begin(), machine.directory());
-        return std::make_unique<ChildProcess>(function, arguments);
-    }
-
-    /// Contents and rights of the key files that are there.
-    std::string key_files() const {
-        std::string state;
-        for (const std::string& file : {machine.public_key_file(), machine.private_key_file()}) {
-            if (fs::exists(file)) {
-                state += support::read_file(file) +
-                         std::to_string(static_cast<int>(fs::status(file).permissions()));
-            }
-        }
-        return state;
+    std::unique_ptr<ChildProcess> start(const char* function, const std::string& argument) {
+        return std::make_unique<ChildProcess>(function, std::vector{machine.directory(), argument});
     }
 };
 
@@ -37,125 +83,61 @@ CHILD_PROCESS(construct) {
     Machine::enter(arguments[0]);
     support::say("ready");
     support::wait_to_be_told();
-    const ConfigurationFile file;
+    support::say(failure_of([] { const ConfigurationFile file; }));
     return 0;
 }
 
 TEST_F(ProcessesTest, TwoOnAFreshMachineMakeOnePair) {
-    for (int round = 0; round < 3; ++round) {
-        support::remove_all(machine.root());
-        const auto first = start("construct");
-        const auto second = start("construct");
-        first->wait_for("ready");
-        second->wait_for("ready");
-        first->tell();
-        second->tell();
-        EXPECT_EQ(first->wait(), 0);
-        EXPECT_EQ(second->wait(), 0);
-        const std::string key = support::read_file(machine.private_key_file());
-        ConfigurationFile file;
-        EXPECT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
-        EXPECT_EQ(support::read_file(machine.private_key_file()), key);
+    const auto first = start("construct", "");
+    const auto second = start("construct", "");
+    for (const auto& child : {first.get(), second.get()}) {
+        child->wait_for("ready");
+        child->tell();
     }
+    for (const auto& child : {first.get(), second.get()}) {
+        EXPECT_EQ(child->next_line(), "");
+        EXPECT_EQ(child->wait(), 0);
+    }
+    const std::string made = support::read_file(machine.private_key_file());
+    { const ConfigurationFile loads_the_keys; }
+    EXPECT_EQ(support::read_file(machine.private_key_file()), made);
 }
-
-constexpr int writers = 8;
-constexpr int entries_each = 50;
 
 CHILD_PROCESS(write_entries) {
     Machine::enter(arguments[0]);
     ConfigurationFile file;
-    for (int i = 0; i < entries_each; ++i) {
+    for (int i = 0; i < 40; ++i) {
         const std::string server = "S" + arguments[1] + "-" + std::to_string(i);
-        if (!file.set_devices_certificate_information(server, "p", "k", "c", "", "t")) {
-            support::say("a set failed");
-            return 1;
-        }
         vdcertificates::ConfigurationFileNodes nodes;
-        // Whoever reads, at whatever moment, gets a well-formed file.
-        if (!file.get_additional_certificate_information(nodes)) {
-            support::say("a read failed");
+        if (!file.set_devices_certificate_information(server, "p", "k", "c", "", "t") ||
+            !file.get_additional_certificate_information(nodes)) { // at any moment
             return 1;
         }
     }
     return 0;
 }
 
-TEST_F(ProcessesTest, EightWritersAtOnceDisturbNoReader) {
+TEST_F(ProcessesTest, ManyWritersDisturbNoReader) {
     ConfigurationFile file;
     ASSERT_TRUE(file.set_cluster_certificate_information("p", "k", "c", "secret"));
     std::vector<std::unique_ptr<ChildProcess>> children;
-    children.reserve(writers);
-    for (int i = 0; i < writers; ++i) {
-        children.push_back(start("write_entries", {std::to_string(i)}));
+    for (const char* number : {"0", "1", "2", "3"}) {
+        children.push_back(start("write_entries", number));
     }
     for (const auto& child : children) {
         std::string password;
         std::string other;
         EXPECT_TRUE(file.get_cluster_certificate_information(other, other, other, password));
         EXPECT_EQ(password, "secret");
-        EXPECT_EQ(child->next_line(), "");
         EXPECT_EQ(child->wait(), 0);
     }
-    // A change is not atomic as a whole, so some entries may have been overwritten; the last
-    // writer's is there.
+    // A change is not atomic as a whole, so some entries may have been overwritten.
     const auto nodes = vdcertificates::ConfigurationFileAccess::read(
         file, vdcertificates::ConfigurationFileAccess::devices);
     EXPECT_FALSE(nodes.notifiers.empty());
     for (const auto& [server, entries] : nodes.notifiers) {
         ASSERT_EQ(entries.size(), 1U) << server;
         EXPECT_EQ(show(entries[0]), "SIPDevice(p,k,c,,t)") << server;
-    }
-}
-
-CHILD_PROCESS(construct_as_nobody) {
-    if (!support::become_nobody()) {
-        return 1;
-    }
-    Machine::enter(arguments[0]);
-    try {
-        const ConfigurationFile file;
-        support::say("constructed");
-    } catch (const std::exception& exception) {
-        support::say(exception.what());
-    }
-    return 0;
-}
-
-TEST_F(ProcessesTest, AnAccountThatMayNotReadTheKeysChangesNeitherFile) {
-    if (!support::may_change_account()) {
-        GTEST_SKIP() << "only root can become another account";
-    }
-    { const ConfigurationFile makes_the_keys; }
-    const std::string expected = "Caught exception when loading keys for configuration file "
-                                 "usage. machinePublicKey: " +
-                                 machine.public_key_file() +
-                                 ", machinePrivateKey: " + machine.private_key_file() + ".";
-    // Even where that account may create and remove files beside them.
-    for (fs::path path = machine.root(); path != machine.directory(); path = path.parent_path()) {
-        fs::permissions(path, fs::perms::all);
-    }
-    fs::permissions(machine.directory(), fs::perms::all);
-    const auto owner = fs::perms::owner_read;
-    const auto reading = owner | fs::perms::others_read;
-    const auto writing = reading | fs::perms::others_write;
-    const auto gone = fs::perms::none;
-    const std::pair<fs::perms, fs::perms> cases[] = {// modes of the public and the private key
-                                                     {owner, owner},   {owner, writing},
-                                                     {reading, owner}, {writing, owner},
-                                                     {gone, owner},    {gone, reading}};
-    for (const auto& [public_mode, private_mode] : cases) {
-        if (public_mode == gone) {
-            fs::remove(machine.public_key_file());
-        } else {
-            fs::permissions(machine.public_key_file(), public_mode);
-        }
-        fs::permissions(machine.private_key_file(), private_mode);
-        const std::string state = key_files();
-        const auto child = start("construct_as_nobody");
-        EXPECT_EQ(child->next_line(), expected);
-        EXPECT_EQ(child->wait(), 0);
-        EXPECT_EQ(key_files(), state);
     }
 }
 

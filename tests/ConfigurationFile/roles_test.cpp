@@ -1,11 +1,15 @@
-#include <functional>
+#include <cerrno>
 
+#include "ConfigurationFile/machine_name.h"
+#include "platform/testing/testing.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/trace_capture.h"
 
 namespace store_test {
 namespace {
 
+using support::TraceCapture;
+using testing::HasSubstr;
 using vdcertificates::CertificateNode;
 using vdcertificates::ConfigurationFile;
 using vdcertificates::ConfigurationFileNodes;
@@ -14,43 +18,39 @@ using S = const std::string&;
 using C = ConfigurationFile;
 using Node = CertificateNode;
 
-/// The pair of accessors of one role, made alike: server, then an entry's fields.
+/// The pair of accessors of one role, made alike: server, then an entry.
 struct Role {
     std::string member;
     bool trusted;
-    std::function<bool(C&, S, const Node&)> set;
-    std::function<bool(C&, S, Node&)> get;
+    bool (*set)(C&, S, Node&);
+    bool (*get)(C&, S, Node&);
 };
 
 /// Calls with the fields, and with the server and the trusted path where the accessor takes them.
-template <class Accessor, class NodeType>
-bool call(const Accessor& accessor, C& file, S server, NodeType& n) {
-    if constexpr (requires { accessor(file, "", n.name, n.name, n.name, n.name, n.name); }) {
-        return accessor(file, server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                        n.password, n.trustedCertificatePath);
-    } else if constexpr (requires { accessor(file, "", n.name, n.name, n.name, n.name); }) {
-        return accessor(file, server, n.publicKeyPath, n.privateKeyPath, n.certificatePath,
-                        n.password);
+template <class Accessor>
+bool call(const Accessor& accessor, S server, Node& n) {
+    if constexpr (requires { accessor(server, n.name, n.name, n.name, n.name, n.name); }) {
+        return accessor(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath, n.password,
+                        n.trustedCertificatePath);
+    } else if constexpr (requires { accessor(server, n.name, n.name, n.name, n.name); }) {
+        return accessor(server, n.publicKeyPath, n.privateKeyPath, n.certificatePath, n.password);
     } else {
-        return accessor(file, n.publicKeyPath, n.privateKeyPath, n.certificatePath, n.password);
+        return accessor(n.publicKeyPath, n.privateKeyPath, n.certificatePath, n.password);
     }
 }
 
-/// A call of an accessor that is one only with arguments that it takes; a lambda, since overloads
-/// have no address without a type.
+/// A call of an accessor with the arguments that it takes.
 #define ACCESSOR(name)                                                                             \
-    [](C& object, auto&... arguments) -> decltype(object.name(arguments...)) {                     \
-        return object.name(arguments...);                                                          \
+    [](C& store, S server, Node& node) {                                                           \
+        const auto accessor = [&store](auto&... all) -> decltype(store.name(all...)) {             \
+            return store.name(all...);                                                             \
+        };                                                                                         \
+        return call(accessor, server, node);                                                       \
     }
 #define ROLE(member, trusted)                                                                      \
     Role {                                                                                         \
-#member, trusted,                                                                          \
-            [](C& store, S server, const Node& n) {                                                \
-                return call(ACCESSOR(set_##member##_certificate_information), store, server, n);   \
-            },                                                                                     \
-            [](C& store, S server, Node& n) {                                                      \
-                return call(ACCESSOR(get_##member##_certificate_information), store, server, n);   \
-            }       \
+#member, trusted, ACCESSOR(set_##member##_certificate_information),                        \
+            ACCESSOR(get_##member##_certificate_information)                                       \
     }
 
 class RolesTest : public StoreTest {
@@ -82,94 +82,146 @@ TEST_F(RolesTest, AllRolesGiveExactlyThisFile) {
                      role.trusted ? "a&b.crt" : "");
     };
     for (const Role& role : roles) {
-        EXPECT_TRUE(role.set(file, "SRV", entry_of(role, secret))) << role.member;
+        CertificateNode node = entry_of(role, secret);
+        EXPECT_TRUE(role.set(file, "SRV", node)) << role.member;
     }
     for (const Role& role : roles) {
         CertificateNode got;
         EXPECT_TRUE(role.get(file, "srv", got)) << role.member;
         EXPECT_EQ(show(got), show(entry_of(role, secret)));
-        EXPECT_TRUE(role.set(file, "sRv", entry_of(role, ""))); // clears the password
+        got.password.clear();
+        EXPECT_TRUE(role.set(file, "sRv", got));
     }
     EXPECT_EQ(configuration(), golden);
 }
 
 TEST_F(RolesTest, AMissingEntryLeavesTheOutputsAndAMissingFileFails) {
-    ASSERT_TRUE(file.set_webconfig_certificate_information("OTHER", "x", "x", "x", ""));
+    // Only the first spelling of a server is looked at.
+    write_configuration(document("<Notifier Name=\"SRV\"><Other/></Notifier>"
+                                 "<Notifier Name=\"srv\"><VDCertificateAuthority/></Notifier>"));
     for (const bool present : {true, false}) {
         for (const Role& role : roles) {
             CertificateNode got = entry("", "a", "b", "c", "d", "e");
             const std::string before = show(got);
-            EXPECT_EQ(role.get(file, "SRV", got), present) << role.member;
+            EXPECT_EQ(role.get(file, "srv", got), present) << role.member;
             EXPECT_EQ(show(got), before) << role.member;
         }
-        std::filesystem::remove(machine.default_file());
+        support::remove_all(machine.default_file());
     }
 }
 
-TEST_F(RolesTest, OnlyTheFirstSpellingOfAServerIsLookedAt) {
-    write_configuration(document("<Notifier Name=\"SRV\"><WebConfigCertificate/></Notifier>"
-                                 "<Notifier Name=\"srv\"><VDCertificateAuthority><PublicKeyPath>p"
-                                 "</PublicKeyPath></VDCertificateAuthority></Notifier>"));
-    CertificateNode got = entry("", "untouched");
-    EXPECT_TRUE(roles[1].get(file, "srv", got));
-    EXPECT_EQ(got.publicKeyPath, "untouched");
-}
-
-TEST_F(RolesTest, AdditionalEntriesGoThroughAsTheyAre) {
+TEST_F(RolesTest, AdditionalEntriesPassUnchangedAndAPasswordIsEnciphered) {
     ConfigurationFileNodes nodes;
-    nodes.certificates = {entry("Custom", "p", "k", "c", secret, "t&")};
+    nodes.certificates = {entry("Custom", "p", "k", "c", std::string(245, 'x'), "t&")};
     nodes.notifiers["SRV"] = {entry("Other", "p2")};
     EXPECT_TRUE(file.set_additional_certificate_information(nodes));
     ConfigurationFileNodes got;
     got.certificates = {entry("old")};
     EXPECT_TRUE(file.get_additional_certificate_information(got));
     EXPECT_EQ(show(got), show(nodes));
-    EXPECT_THAT(configuration(), testing::Not(testing::HasSubstr(secret)));
-    EXPECT_THAT(configuration(),
-                testing::HasSubstr("<Password>-----BEGIN ENCIPHERED PASSWORD-----\n"));
+    const std::string before = configuration();
+    EXPECT_THAT(before, testing::Not(HasSubstr("xxx")));
+    EXPECT_THAT(before, HasSubstr("<Password>-----BEGIN ENCIPHERED PASSWORD-----\n"));
+
+    const TraceCapture capture("System=11");
+    EXPECT_FALSE(file.set_cluster_certificate_information("1", "2", "3", std::string(246, 'x')));
+    EXPECT_EQ(configuration(), before);
+    // Required: the parameter keeps its braces.
+    EXPECT_THAT(capture.text(), HasSubstr("DataSize: 246, MaxDataSize: {@maxData})"));
 }
 
 TEST_F(RolesTest, TracesNameTheArgumentsAndNeverThePassword) {
     for (const Role& role : roles) {
-        const support::TraceCapture capture("81");
-        EXPECT_TRUE(role.set(file, "SRV", entry("", "1", "2", "3", secret, "4&")));
-        CertificateNode got;
+        const TraceCapture capture("81");
+        CertificateNode got = entry("", "1", "2", "3", secret, "4&");
+        EXPECT_TRUE(role.set(file, "SRV", got));
         EXPECT_TRUE(role.get(file, "SRV", got));
         const std::string text = capture.text();
-        EXPECT_THAT(text, testing::Not(testing::HasSubstr(secret)));
+        EXPECT_THAT(text, testing::Not(HasSubstr(secret)));
         for (const char* direction : {"set_", "get_"}) {
             const std::string head = " VDCertificatesConfigurationFile vdcertificates::"
                                      "ConfigurationFile::" +
                                      (direction + role.member) + "_certificate_information() ";
-            const std::size_t entry_at = text.find(" 81" + head + "entry\n");
             const std::size_t arguments =
                 text.find(" 41" + head + (role.member == "cluster" ? "r" : "rServerName: SRV, r"));
-            EXPECT_LT(entry_at, arguments) << head;
-            EXPECT_LT(arguments, text.find(" 81" + head + "exit\n")) << head;
-            EXPECT_NE(text.find(role.trusted ? "FilePath: 3, rTrustedCertificateFilePath: 4&\n"
-                                             : "FilePath: 3\n",
-                                arguments),
-                      std::string::npos)
+            EXPECT_LT(text.find(" 81" + head + "entry\n"), arguments) << head;
+            EXPECT_LT(
+                arguments,
+                text.find("FilePath: 3" + std::string(role.trusted ? ", rTrustedCertificateFile"
+                                                                     "Path: 4&\n"
+                                                                   : "\n"),
+                          arguments))
                 << head;
         }
-        EXPECT_EQ(role.member == "devices",
-                  text.find(" rServerName: SRV, rDevicesCertificatePublicKeyFilePath: 1, "
-                            "rDevicesCertificatePrivateKeyFilePath: 2, "
-                            "rDevicesCertificateFilePath: 3, rTrustedCertificateFilePath: 4&\n") !=
-                      std::string::npos);
     }
 }
 
-TEST_F(RolesTest, APasswordTooLongChangesNothing) {
-    ASSERT_TRUE(file.set_cluster_certificate_information("1", "2", "3", secret));
-    const std::string before = configuration();
-    const support::TraceCapture capture("System=11");
-    EXPECT_FALSE(file.set_cluster_certificate_information("1", "2", "3", std::string(246, 'x')));
-    EXPECT_EQ(configuration(), before);
-    EXPECT_THAT(capture.text(), testing::HasSubstr("Plaintext data size too big for RSA key and "
-                                                   "padding.  DataSize: 246, MaxDataSize: "
-                                                   "{@maxData})"));
-    EXPECT_TRUE(file.set_cluster_certificate_information("1", "2", "3", std::string(245, 'x')));
+class SecondAttemptTest : public StoreTest {
+  protected:
+    bool set(const std::string& server, const std::string& publicKey, const std::string& path) {
+        return file.set_subsystems_remote_client_certificate_information(server, publicKey, "",
+                                                                         path, "", "");
+    }
+    /// The public key that is found for a server; "false" if the answer is false.
+    std::string get(const std::string& server, std::string certificate = "") {
+        std::string publicKey;
+        std::string other;
+        const bool got = file.get_subsystems_remote_client_certificate_information(
+            server, publicKey, other, certificate, other, other);
+        return got ? publicKey : publicKey + "false";
+    }
+
+    ConfigurationFile file;
+};
+
+TEST_F(SecondAttemptTest, IsMadeWithTheShortNameIfTheOutputsAreEmpty) {
+    EXPECT_TRUE(set("srv01", "of srv01", "path") && set("192", "of 192", "path") &&
+                set("empty.example.test", "first", "") && set("empty", "second", "path"));
+    const char* const none = "no attempt";
+    // Server, certificate before, what is found, and what the attempt is made with.
+    const std::array<const char*, 4> cases[] = {
+        {"SRV01", "", "of srv01", none},
+        {"unknown", "", "", ""},
+        {"srv01.example.test", "", "of srv01", "srv01"},
+        {"srv01.example.test", "filled", "", none},
+        // No name is known for a documentation address, so its first octet is looked for.
+        {"192.0.2.7", "", "of 192", "192"},
+        {".x", "", "", ""},
+        {"not:an:address.x", "", "", "not:an:address"},
+        // The first search found an entry with empty paths, which does not stop the attempt.
+        {"empty.example.test", "", "second", "empty"},
+    };
+    for (const auto& [server, certificate, found, attempt] : cases) {
+        const TraceCapture capture("41");
+        EXPECT_EQ(get(server, certificate), found) << server;
+        const std::string text = capture.text();
+        const std::string checking = "Checking with serverNameToSearchFor: ";
+        const std::size_t place = text.find(checking);
+        EXPECT_EQ(place == std::string::npos
+                      ? none
+                      : text.substr(place + checking.size(),
+                                    text.find('\n', place) - place - checking.size()),
+                  attempt)
+            << server;
+    }
+}
+
+TEST_F(SecondAttemptTest, AnswersFalseAfterAFailedLookUp) {
+    const std::pair<platform::Call, const char*> cases[] = {
+        {platform::Call::start_name_service, "WSAStartup() failed. WSAGetLastError="},
+        {platform::Call::host_name, "getnameinfo() failed. WSAGetLastError="},
+    };
+    EXPECT_TRUE(set("192", "of 192", "path"));
+    for (const auto& [call, message] : cases) {
+        const TraceCapture capture("VDCertificatesConfigurationFile=11");
+        platform::testing::fail_next(call, platform::SystemError::posix(EIO));
+        EXPECT_EQ(get("192.0.2.7"), "false");
+        EXPECT_THAT(capture.text(), HasSubstr(message));
+    }
+    const TraceCapture capture("41");
+    const std::string local = vdcertificates::auto_search_string().to_host_name("::1");
+    EXPECT_EQ(local.find('.'), std::string::npos);
+    EXPECT_THAT(capture.text(), HasSubstr("Converted the IP address ::1 to " + local));
 }
 
 } // namespace

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
 #include <gmock/gmock.h>
 
 #include "ConfigurationFile/configuration_file_access.h"
+#include "platform/testing/testing.h"
+#include "tests/qncertificates/quick_keys.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
 
@@ -15,56 +18,99 @@ namespace store_test {
 /// file. Its parts can be handed to child processes by `directory()`.
 class Machine {
   public:
-    Machine();
+    Machine() {
+        support::make_keys_quickly();
+        enter(directory_.str());
+    }
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
-    ~Machine();
-
-    std::string directory() const { return directory_.str(); }
-    /// Where the keys lie, and the file unless the variable moves it.
-    std::string root() const;
-    std::string default_file() const { return in_root("TESTHOST_ORVA_Certificates.xml"); }
-    std::string public_key_file() const { return in_root("TESTHOST_PublicKey.bin"); }
-    std::string private_key_file() const { return in_root("TESTHOST_PrivateKey.bin"); }
-    std::string in_root(const std::string& name) const;
-    /// A path in the test's directory.
-    std::string file(const std::string& name) const { return directory_.file(name); }
-
-    /// What the machine's own setting says from now on.
-    void set_machine_root(const std::string& path);
+    ~Machine() {
+        platform::testing::store_machine_root(std::nullopt);
+        platform::testing::remove_named_mutex(
+            vdcertificates::ConfigurationFileMutex::sm_configurationFileMutexName);
+    }
 
     /// Makes this process live on the machine that lies in the directory.
-    static void enter(const std::string& directory);
+    static void enter(const std::string& directory) {
+        platform::testing::set_computer_name("TESTHOST");
+        platform::testing::set_machine_setting(platform::testing::machine_setting_of(directory));
+        platform::testing::set_mutex_name_suffix(
+            std::filesystem::path(directory).filename().string());
+    }
+
+    std::string directory() const { return directory_.str(); }
+    /// A path in the test's directory.
+    std::string file(const std::string& name) const { return directory_.file(name); }
+    /// Where the keys are, and the file unless the variable moves it.
+    std::string root() const { return file("Orvane Systems/Certificates"); }
+    std::string default_file() const { return root_ + "ORVA_Certificates.xml"; }
+    std::string public_key_file() const { return root_ + "PublicKey.bin"; }
+    std::string private_key_file() const { return root_ + "PrivateKey.bin"; }
 
   private:
     support::TemporaryDirectory directory_;
-    support::EnvironmentGuard variable_;
-    support::EnvironmentGuard profile_;
-    support::EnvironmentGuard home_;
+    std::string root_ = file("Orvane Systems/Certificates/TESTHOST_");
+    support::EnvironmentGuard variable_{"ORVA_Certificates", std::nullopt};
+    support::EnvironmentGuard profile_{"USERPROFILE", directory_.str()};
+    support::EnvironmentGuard home_{"HOME", std::nullopt};
 };
 
 class StoreTest : public testing::Test {
   protected:
-    void write_configuration(const std::string& text);
+    void write_configuration(const std::string& text) {
+        std::filesystem::create_directories(machine.root());
+        support::write_file(machine.default_file(), text);
+    }
     std::string configuration() const { return support::read_file(machine.default_file()); }
 
     Machine machine;
 };
 
 /// An entry with its fields in the order of the file.
-vdcertificates::CertificateNode entry(std::string name, std::string publicKey = "",
-                                      std::string privateKey = "", std::string certificate = "",
-                                      std::string password = "", std::string trusted = "");
+inline vdcertificates::CertificateNode entry(std::string name, std::string publicKey = "",
+                                             std::string privateKey = "",
+                                             std::string certificate = "",
+                                             std::string password = "", std::string trusted = "") {
+    return {std::move(name),        std::move(publicKey), std::move(privateKey),
+            std::move(certificate), std::move(password),  std::move(trusted)};
+}
 
 /// Entries and whole sections compare and print by their fields.
-std::string show(const vdcertificates::CertificateNode& node);
-std::string show(const vdcertificates::ConfigurationFileNodes& nodes);
+inline std::string show(const vdcertificates::CertificateNode& node) {
+    return node.name + "(" + node.publicKeyPath + "," + node.privateKeyPath + "," +
+           node.certificatePath + "," + node.password + "," + node.trustedCertificatePath + ")";
+}
+
+inline std::string show(const vdcertificates::ConfigurationFileNodes& nodes) {
+    std::string text;
+    for (const auto& node : nodes.certificates) {
+        text += show(node);
+    }
+    for (const auto& [key, entries] : nodes.notifiers) {
+        text += "[" + key + ":";
+        for (const auto& node : entries) {
+            text += show(node);
+        }
+        text += "]";
+    }
+    return text;
+}
 
 /// The text of a file with these sections' contents.
-std::string document(const std::string& notifiers, const std::string& devices = "",
-                     const std::string& mediaRetrieval = "");
+inline std::string document(const std::string& notifiers, const std::string& devices = "",
+                            const std::string& mediaRetrieval = "") {
+    return "<ORVACertificates><Notifiers>" + notifiers + "</Notifiers><SIPDevices>" + devices +
+           "</SIPDevices><MediaRetrieval>" + mediaRetrieval +
+           "</MediaRetrieval></ORVACertificates>";
+}
 
-/// The text of an entry as the file holds it.
-std::string entry_text(const std::string& name, const std::string& fields = "");
+/// The text of an entry without values as the file has it.
+inline std::string entry_text(const std::string& name) {
+    return "<" + name +
+           "><PublicKeyPath></PublicKeyPath><PrivateKeyPath></PrivateKeyPath><CertificatePath>"
+           "</CertificatePath><Password></Password><TrustedCertificatePath>"
+           "</TrustedCertificatePath></" +
+           name + ">";
+}
 
 } // namespace store_test

@@ -2,30 +2,22 @@
 
 #include <algorithm>
 #include <array>
-#include <vector>
 
 #include <openssl/rsa.h>
 
 namespace support {
 namespace {
 
-constexpr std::size_t most_pairs = 3;
-
-/// A pair of the pool; the pool grows by real pairs until it is full.
-const RSA* next_pair(int bits, BIGNUM* exponent) {
-    static auto& pairs = *new std::vector<RSA*>(); // for the life of the process
+/// Copies a pair of a pool of two real ones, in turn.
+int copy_pair(RSA* out, int bits, BIGNUM* exponent, BN_GENCB* /*callback*/) {
+    static std::array<RSA*, 2> pairs{};
     static std::size_t turn = 0;
-    if (pairs.size() < most_pairs) {
-        RSA* const pair = RSA_new();
+    RSA*& pair = pairs[turn++ % pairs.size()];
+    if (pair == nullptr) {
+        pair = RSA_new();
         RSA_set_method(pair, RSA_PKCS1_OpenSSL());
         RSA_generate_key_ex(pair, bits, exponent, nullptr);
-        pairs.push_back(pair);
     }
-    return pairs[turn++ % most_pairs];
-}
-
-int copy_pair(RSA* out, int bits, BIGNUM* exponent, BN_GENCB* /*callback*/) {
-    const RSA* const pair = next_pair(bits, exponent);
     std::array<BIGNUM*, 8> parts{
         BN_dup(RSA_get0_n(pair)),    BN_dup(RSA_get0_e(pair)),    BN_dup(RSA_get0_d(pair)),
         BN_dup(RSA_get0_p(pair)),    BN_dup(RSA_get0_q(pair)),    BN_dup(RSA_get0_dmp1(pair)),

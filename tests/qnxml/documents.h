@@ -1,21 +1,40 @@
 #pragma once
 
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "qnxml/reader.h"
-#include "tests/qnxml/tokenizers.h"
+#include "qnxml/stream_tokenizer.h"
 #include "tests/support/failure.h"
+#include "tests/support/memory_stream.h"
 
 namespace qnxml_test {
 
 using support::error_of;
+using Tokenizer = qnxml::XmlStreamTokenizer;
+
+inline Tokenizer::Stream memory_stream(std::string_view text,
+                                       std::uint64_t largest_read = ~std::uint64_t{0}) {
+    return Tokenizer::Stream(new support::MemoryReadStream(std::string(text), largest_read));
+}
+
+/// Moves to the end or the failure, at most `most` tokens far.
+template <class Visitor>
+void for_each_token(qnxml::IXmlTokenizer& tokenizer, Visitor visitor, std::size_t most = 100000) {
+    qnxml::XmlTokenType token{};
+    while (token != qnxml::XmlTokenType::DocumentEnd && token != qnxml::XmlTokenType::Error &&
+           most-- > 0) {
+        token = tokenizer.next_token();
+        visitor(token);
+    }
+}
 
 /// A reader over a text.
 struct Document {
-    explicit Document(std::string_view text, qnxml::IEntityResolver* resolver = nullptr,
-                      std::size_t buffer_size = 4096)
-        : tokenizer({}, 1, buffer_size, memory_stream(text))
+    explicit Document(std::string_view text, qnxml::IEntityResolver* resolver = nullptr)
+        : tokenizer({}, 1, 4096, memory_stream(text))
         , reader(&tokenizer, resolver) {}
 
     Tokenizer tokenizer;
@@ -28,7 +47,7 @@ inline std::string without_position(const std::string& message) {
 }
 
 /// What the action throws: code, function and message without the position, apart by blanks; empty
-/// when it throws nothing.
+/// if it throws nothing.
 template <class Action>
 std::string failure_of(const Action& action) {
     std::string text = support::failure_of(action);
@@ -38,41 +57,35 @@ std::string failure_of(const Action& action) {
     return text;
 }
 
+inline std::string full_name(const qnxml::XmlNode& node) {
+    const std::string* const space = node.namespace_name();
+    return " " + node.qualified_name() + (space != nullptr ? "{" + *space + "}" : "");
+}
+
 /// The node on which the reader stands: its type, the name and the attributes of a tag, the value
 /// of what has one.
 inline std::string describe_node(qnxml::XmlReader& reader) {
     using qnxml::XmlNodeType;
     std::ostringstream out;
-    out << reader.node_type();
+    const XmlNodeType type = reader.node_type();
     const qnxml::XmlReader::ElementPtr element = reader.current_element();
-    switch (reader.node_type()) {
-    case XmlNodeType::Element:
-    case XmlNodeType::EndElement:
-    case XmlNodeType::PI:
-        out << ' ' << element->qualified_name();
-        if (element->namespace_name() != nullptr) {
-            out << '{' << *element->namespace_name() << '}';
-        }
-        break;
-    default:
-        break;
+    out << type;
+    if (type == XmlNodeType::Element || type == XmlNodeType::EndElement ||
+        type == XmlNodeType::PI) {
+        out << full_name(*element);
+        EXPECT_TRUE(type != XmlNodeType::PI || element->local_name() == element->qualified_name());
     }
-    if (reader.node_type() == XmlNodeType::Element ||
-        reader.node_type() == XmlNodeType::XmlDeclaration) {
+    if (type == XmlNodeType::Element || type == XmlNodeType::XmlDeclaration) {
         for (const qnxml::XmlAttribute& attribute : element->attributes()) {
-            out << ' ' << attribute.qualified_name();
-            if (attribute.namespace_name() != nullptr) {
-                out << '{' << *attribute.namespace_name() << '}';
-            }
-            out << '=' << attribute.value();
+            out << full_name(attribute) << '=' << attribute.value();
         }
-    } else if (reader.node_type() != XmlNodeType::EndElement && !reader.value().empty()) {
+    } else if (type != XmlNodeType::EndElement && !reader.value().empty()) {
         out << '(' << reader.value() << ')';
     }
     return out.str();
 }
 
-/// All nodes up to the end, or up to the error, which stands behind "! ".
+/// All nodes up to the end, or up to the error, which follows "! ".
 inline std::string nodes(qnxml::XmlReader& reader) {
     std::string all;
     const qncore::ErrorInfoPtr error = error_of([&] {
@@ -80,10 +93,7 @@ inline std::string nodes(qnxml::XmlReader& reader) {
             all += (all.empty() ? "" : "; ") + describe_node(reader);
         }
     });
-    if (error) {
-        all += (all.empty() ? "! " : "; ! ") + without_position(error->text());
-    }
-    return all;
+    return all + (error ? (all.empty() ? "! " : "; ! ") + without_position(error->text()) : "");
 }
 
 } // namespace qnxml_test

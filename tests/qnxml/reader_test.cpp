@@ -6,7 +6,6 @@
 
 namespace {
 
-using qnxml::XmlElementKind;
 using qnxml::XmlNodeType;
 using qnxml_test::Document;
 using qnxml_test::error_of;
@@ -18,26 +17,18 @@ constexpr const char* bom = "\xEF\xBB\xBF";
 constexpr const char* text_outside =
     "Unexpected non-whitespace content encountered outside scope of elements";
 
-struct Case {
-    std::string document;
-    std::string expected;
-};
+using Cases = std::vector<std::pair<std::string, std::string>>;
 
 TEST(Reader, TurnsDocumentsIntoNodes) {
-    const Case cases[] = {
-        {"", ""},
+    const Cases cases = {
         {" \n\t", ""},
-        {bom, ""},
         {"<!-- a --> <!--b-->", "Comment( a ); Comment(b)"},
-        {"<a/>", "Element a"},
         {"<a/><b/>", "Element a; Element b"},
-        {"<a> <b/> </a>", "Element a; Element b; EndElement a"},
         {"<a xml:space='preserve'> <b> </b><c xml:space='default'> </c></a>",
          "Element a xml:space{http://www.w3.org/XML/1998/namespace}=preserve; Text( ); "
          "Element b; Text( ); EndElement b; "
          "Element c xml:space{http://www.w3.org/XML/1998/namespace}=default; EndElement c; "
          "EndElement a"},
-        {"<a> x</a>", "Element a; Text( x); EndElement a"},
         {"<a> &amp; </a>", "Element a; Text( & ); EndElement a"},
         {"<a> &#65;<b/>&lt; &gt;</a>", "Element a; Text( A); Element b; Text(< >); EndElement a"},
         {"<a>x<![CDATA[y&]]>z<!-- --><![CDATA[]]></a>",
@@ -45,7 +36,6 @@ TEST(Reader, TurnsDocumentsIntoNodes) {
         {"<?xml version='1.0' encoding='utf8' standalone='no'?>\n<?t:p d ?><a/>",
          "XmlDeclaration version=1.0 encoding=utf8 standalone=no; PI t:p( d ); Element a"},
         {bom + std::string("<?xml version='1.0'?><a/>"), "XmlDeclaration version=1.0; Element a"},
-        {bom + std::string("\n <a/>"), "Element a"},
         {"<!DOCTYPE a [<!ENTITY b 'c'>]><a/><!DOCTYPE b>", "Element a"},
         {"<?p d?><a><?p?>x</a>", "PI p( d); Element a; PI p; Text(x); EndElement a"},
         {"<a> <!--c--></a>", "Element a; Comment(c); EndElement a"},
@@ -55,18 +45,17 @@ TEST(Reader, TurnsDocumentsIntoNodes) {
         {"<a b='x&#10;y\nz\r\n\t&apos;&quot;'/>", "Element a b=x\ny z  '\""},
         {"<a>\xE4\xB8\x80&#x4E00;&#128512;</a>",
          "Element a; Text(\xE4\xB8\x80\xE4\xB8\x80\xF0\x9F\x98\x80); EndElement a"},
-        {"<a>&#1;</a>", "Element a; Text(\1); EndElement a"},
     };
-    for (const Case& test : cases) {
-        Document document(test.document);
-        EXPECT_EQ(nodes(document.reader), test.expected) << test.document;
+    for (const auto& [text, expected] : cases) {
+        Document document(text);
+        EXPECT_EQ(nodes(document.reader), expected) << text;
         EXPECT_EQ(document.reader.node_type(), XmlNodeType::End);
         EXPECT_EQ(error_of([&] { document.reader.read_next(); })->text().substr(0, 5), "[line");
     }
 }
 
 TEST(Reader, ReportsWhiteSpaceIfItIsNotSkipped) {
-    const Case cases[] = {
+    const Cases cases = {
         {" <a> <b/>\n<!-- --> x </a>\n",
          "Whitespace( ); Element a; Whitespace( ); Element b; Whitespace(\n); Comment( ); "
          "Text( x ); EndElement a; Whitespace(\n)"},
@@ -74,78 +63,63 @@ TEST(Reader, ReportsWhiteSpaceIfItIsNotSkipped) {
         {"<a/>\n&amp;", std::string("Element a; ! ") + text_outside},
         {"<a/>\n&#65;", std::string("Element a; ! ") + text_outside},
     };
-    for (const Case& test : cases) {
-        Document document(test.document);
+    for (const auto& [text, expected] : cases) {
+        Document document(text);
         document.reader.set_skip_whitespace(false);
-        EXPECT_EQ(nodes(document.reader), test.expected) << test.document;
+        EXPECT_EQ(nodes(document.reader), expected) << text;
     }
     // After the elements each chunk has the length of the first one.
     Document document("<a/>" + std::string(1018, ' ') + "\n\n<b/>");
     document.reader.set_skip_whitespace(false);
     EXPECT_TRUE(document.reader.next_element());
     EXPECT_TRUE(document.reader.read_next());
-    std::string expected(2036, ' ');
-    expected.replace(1018, 3, std::string_view("\n\n\0", 3));
-    EXPECT_EQ(document.reader.value(), expected);
+    EXPECT_EQ(document.reader.value(),
+              std::string(1018, ' ') + std::string("\n\n\0", 3) + std::string(1015, ' '));
 }
 
 struct Failure {
-    std::string_view document;
     const char* function;
-    const char* message;
+    std::vector<std::string_view> documents;
+    const char* message = ""; ///< if it has parameters or is odd
 };
 
-constexpr const char* only_mark =
-    "Unexpected non-whitespace content in start of document (only UTF-8 BOM allowed)";
-constexpr const char* late_declaration = "XML declaration only allowed at start of document";
-constexpr const char* bad_reference = "Invalid character reference: '{@charReference}'";
-constexpr const char* no_resolver =
-    "Unable to resolve entity reference 'foo'; no entity resolver specified";
 const Failure failures[] = {
-    {"<![CDATA[x]]>", "state_start", "Unexpected CDATA section"},
-    {"&amp;", "state_start", "Unexpected entity reference"},
-    {"&#65;", "state_start", "Unexpected character reference"},
-    {"\xC3\xA9<a/>", "state_start", "Unexpected non-whitespace content encountered"},
-    {"abc", "state_start", only_mark},
-    {"\xEF\xBB\xBFx", "state_start", only_mark},
-    {"<a>", "state_content", "Unexpected end of document; expecting closing tag for element 'a'"},
-    {" <?xml version='1.0'?>", "state_content", late_declaration},
-    {"<a><?xml version='1.0'?></a>", "state_content", late_declaration},
-    {"<a><!DOCTYPE a></a>", "state_content",
-     "Unexpected DOCTYPE declaration outside scope of elements"},
-    {"<a/><![CDATA[x]]>", "state_content", "Unexpected CDATA section outside scope of an element "},
-    {"<a/>&amp;", "state_content", "Unexpected entity reference outside scope of elements"},
-    {"<a/>&#65;", "state_content", "Unexpected character reference outside scope of elements"},
-    {"<a/>x", "state_content", text_outside},
-    {"</a>", "read_endtag", "Unexpected end tag: a"},
-    {"<a/></a>", "read_endtag", "Unexpected end tag: a"},
-    {"<p:a xmlns:p='u' xmlns:q='u'></q:a>", "read_endtag",
+    {"state_start", {"<![CDATA[x]]>", "&amp;", "&#65;", "\xC3\xA9<a/>", "abc", "\xEF\xBB\xBFx"}},
+    {"state_content",
+     {" <?xml version='1.0'?>", "<a><?xml version='1.0'?></a>", "<a><!DOCTYPE a></a>", "<a/>&amp;",
+      "<a/>&#65;", "<a/>x"}},
+    {"state_content", {"<a>"}, "Unexpected end of document; expecting closing tag for element 'a'"},
+    // Required: the blank at the end.
+    {"state_content",
+     {"<a/><![CDATA[x]]>"},
+     "Unexpected CDATA section outside scope of an element "},
+    {"read_endtag", {"</a>", "<a/></a>"}, "Unexpected end tag: a"},
+    {"read_endtag",
+     {"<p:a xmlns:p='u' xmlns:q='u'></q:a>"},
      "End element name mismatch: Expecting='p:a', Found='q:a'"},
-    {"<?xml?>", "read_xmldecl", "XML declaration must have version information"},
-    {"<?xml encoding='UTF-8'?>", "read_xmldecl", "XML declaration must have version information"},
-    {"<?xml version='1.1'?>", "read_xmldecl", "Invalid version, expecting \"1.0\""},
-    {"<?xml version='1.0' encoding='latin1'?>", "read_xmldecl",
+    {"read_xmldecl", {"<?xml?>", "<?xml encoding='UTF-8'?>", "<?xml version='1.1'?>"}},
+    {"read_xmldecl",
+     {"<?xml version='1.0' encoding='latin1'?>"},
      "Mismatched encodings. Expected: UTF-8 Found: latin1"},
-    {"<a b='1' b='2'/>", "read_attributes", "Duplicate attribute name: 'b'"},
-    {"<a p:='1'/>", "read_attributes", "Invalid attribute name: 'p:'"},
-    {"<p:/>", "read_starttag", "Invalid element name: 'p:'"},
-    {"<p:a/>", "read_starttag", "Undeclared namespace 'p' referenced by element 'p:a'"},
-    {"<a p:b='1'/>", "read_starttag", "Undeclared namespace 'p' referenced by attribute 'p:b'"},
-    {"<a xmlns:p='u'><b xmlns:p=''><p:c/></b></a>", "read_starttag",
-     "Undeclared namespace 'p' referenced by element 'p:c'"},
-    {"<a xmlns:q='u' q:p='v'><p:b/></a>", "read_starttag",
+    {"read_attributes", {"<a b='1' b='2'/>"}, "Duplicate attribute name: 'b'"},
+    {"read_attributes", {"<a p:='1'/>"}, "Invalid attribute name: 'p:'"},
+    {"read_starttag", {"<p:/>"}, "Invalid element name: 'p:'"},
+    {"read_starttag", {"<a p:b='1'/>"}, "Undeclared namespace 'p' referenced by attribute 'p:b'"},
+    {"read_starttag",
+     {"<p:b/>", "<a xmlns:p='u'><b xmlns:p=''><p:b/></b></a>", "<a xmlns:q='u' q:p='v'><p:b/></a>",
+      "<a xmlns:q='http://www.w3.org/2000/xmlns/' q:p='v'><p:b/></a>",
+      "<r><a xmlns:p='u'/><p:b/></r>"},
      "Undeclared namespace 'p' referenced by element 'p:b'"},
-    {"<a xmlns:q='http://www.w3.org/2000/xmlns/' q:p='v'><p:b/></a>", "read_starttag",
-     "Undeclared namespace 'p' referenced by element 'p:b'"},
-    {"<r><a xmlns:p='u'/><p:b/></r>", "read_starttag",
-     "Undeclared namespace 'p' referenced by element 'p:b'"},
-    {"<a xml:space='keep'/>", "read_starttag",
+    {"read_starttag",
+     {"<a xml:space='keep'/>"},
      "Unexpected value of 'xml:space' attribute: \"keep\" expecting 'preserve' or 'default'"},
-    {"<a>&#0;</a>", "eval_char_ref", bad_reference},
-    {"<a>&#xD800;</a>", "eval_char_ref", bad_reference},
-    {"<a>&#9999999999;</a>", "eval_char_ref", bad_reference},
-    {"<a b='&foo;'/>", "resolve_entity_ref", no_resolver},
-    {"<a>x&foo;</a>", "resolve_entity_ref", no_resolver},
+    // Required: the parameter has another name than the placeholder.
+    {"eval_char_ref",
+     {"<a>&#0;</a>", "<a>&#xD800;</a>", "<a>&#9999999999;</a>"},
+     "Invalid character reference: '{@charReference}'"},
+    {"resolve_entity_ref",
+     {"<a b='&foo;'/>", "<a>x&foo;</a>"},
+     "Unable to resolve entity reference 'foo'; no entity resolver specified"},
 };
 
 /// Reads to the end or the failure.
@@ -155,72 +129,69 @@ void read_all(qnxml::XmlReader& reader) {
 }
 
 TEST(Reader, FailsWithMessagePlaceAndCodeForGood) {
-    for (const Failure& test : failures) {
-        SCOPED_TRACE(test.document);
-        Document document(test.document);
-        qnxml::XmlReader& reader = document.reader;
-        const qncore::ErrorInfoPtr error = error_of([&] { read_all(reader); });
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->text(),
-                  qnxml::format_location(document.tokenizer.location(), test.message));
-        EXPECT_EQ(failure_of([&] { qncore::throw_error(error); }),
-                  std::string("error.qnxml.reader qnxml::XmlReader::") + test.function + "() " +
-                      test.message);
-        EXPECT_EQ(reader.node_type(), XmlNodeType::Error);
-        EXPECT_THAT(failure_of([&] { reader.read_next(); }),
-                    EndsWith("() Cannot continue after error"));
-        const std::string broken = "() Value cannot be read after a parse error";
-        EXPECT_THAT(failure_of([&] { reader.value(); }), EndsWith(broken));
-        EXPECT_THAT(failure_of([&] { reader.value_stream().available(); }), EndsWith(broken));
+    for (const auto& [function, documents, message] : failures) {
+        for (const std::string_view text : documents) {
+            SCOPED_TRACE(text);
+            Document document(text);
+            qnxml::XmlReader& reader = document.reader;
+            const qncore::ErrorInfoPtr error = error_of([&] { read_all(reader); });
+            ASSERT_TRUE(error);
+            EXPECT_THAT(error->text(), testing::StartsWith(qnxml::format_location(
+                                           document.tokenizer.location(), message)));
+            EXPECT_EQ(error->code(), qnxml::error::qnxml_reader);
+            EXPECT_EQ(error->location().function.view(),
+                      std::string("qnxml::XmlReader::") + function + "()");
+            EXPECT_EQ(reader.node_type(), XmlNodeType::Error);
+            EXPECT_THAT(failure_of([&] { reader.read_next(); }),
+                        EndsWith("() Cannot continue after error"));
+            const std::string broken = "() Value cannot be read after a parse error";
+            EXPECT_THAT(failure_of([&] { reader.value(); }), EndsWith(broken));
+            EXPECT_THAT(failure_of([&] { reader.value_stream().available(); }), EndsWith(broken));
+        }
     }
-}
-
-TEST(Reader, PassesOnTheTokenizersError) {
     Document document("<a\n b/>");
     const qncore::ErrorInfoPtr error = error_of([&] { document.reader.read_next(); });
     EXPECT_EQ(error, document.tokenizer.last_error());
-    EXPECT_EQ(error->code(), qnxml::error::qnxml_tokenizer_syntaxError);
     EXPECT_EQ(error->text(), "[line 2, pos 3]: Expecting attribute name");
     EXPECT_EQ(*error->params().find("sourcePos"), "6");
 }
 
-/// Plays back tokens that no document can give.
+using Script = std::vector<qnxml::XmlTokenType>;
+
+/// Plays back tokens that no document can give, with the text "a".
 class ScriptedTokenizer final : public qnxml::IXmlTokenizer {
   public:
-    explicit ScriptedTokenizer(std::vector<std::pair<qnxml::XmlTokenType, const char*>> script)
+    explicit ScriptedTokenizer(Script script)
         : script_(std::move(script)) {}
-    qnxml::XmlTokenType next_token() override { return script_.at(next_++).first; }
+    qnxml::XmlTokenType next_token() override { return script_.at(next_++); }
     qncore::StringSlice<const char*> token_text() const override {
-        return {script_.at(next_ - 1).second, 0, qncore::StringRange::npos};
+        return {"a", 0, qncore::StringRange::npos};
     }
     qncore::ErrorInfoPtr last_error() const override { return {}; }
     std::uint8_t attribute_quote() const override { return '"'; }
     qnxml::XmlLocation location() const override { return {}; }
 
   private:
-    std::vector<std::pair<qnxml::XmlTokenType, const char*>> script_;
+    Script script_;
     std::size_t next_ = 0;
 };
 
 TEST(Reader, RefusesTokensThatDoNotFit) {
     using T = qnxml::XmlTokenType;
-    const struct {
-        std::vector<std::pair<T, const char*>> script;
-        const char* function;
-    } cases[] = {
-        {{{T::PIEnd, ""}}, "state_start"},
-        {{{T::StartTagStart, "a"}, {T::StartTagEnd, ""}, {T::CommentEnd, ""}}, "state_content"},
-        {{{T::CommentStart, ""}, {T::PIEnd, ""}}, "discard_chardata"},
-        {{{T::XmldeclStart, ""}, {T::StartTagEnd, ""}}, "read_xmldecl"},
-        {{{T::StartTagStart, "a"}, {T::AttributeStart, "b"}, {T::PIEnd, ""}}, "read_attributes"},
-        {{{T::Error, ""}}, "fetch_token"}, // without the record that ought to be there
+    const std::pair<const char*, Script> cases[] = {
+        {"state_start", {T::PIEnd}},
+        {"state_content", {T::StartTagStart, T::StartTagEnd, T::CommentEnd}},
+        {"discard_chardata", {T::CommentStart, T::PIEnd}},
+        {"read_xmldecl", {T::XmldeclStart, T::StartTagEnd}},
+        {"read_attributes", {T::StartTagStart, T::AttributeStart, T::PIEnd}},
+        {"fetch_token", {T::Error}}, // without the record that ought to be there
     };
-    for (const auto& test : cases) {
-        ScriptedTokenizer tokenizer(test.script);
+    for (const auto& [function, script] : cases) {
+        ScriptedTokenizer tokenizer(script);
         qnxml::XmlReader reader(&tokenizer);
         std::ostringstream expected;
-        expected << "error.qnxml.reader.unexpected.token qnxml::XmlReader::" << test.function
-                 << "() Unexpected tokenizer token: " << test.script.back().first;
+        expected << "error.qnxml.reader.unexpected.token qnxml::XmlReader::" << function
+                 << "() Unexpected tokenizer token: " << script.back();
         EXPECT_EQ(failure_of([&] { read_all(reader); }), expected.str());
     }
 }
@@ -248,11 +219,11 @@ TEST(Reader, WalksTheChildrenOfAnElement) {
     EXPECT_FALSE(reader.next_child_element(current));
     EXPECT_EQ(current, root);
     EXPECT_TRUE(reader.next_element());
-    EXPECT_EQ(reader.current_element()->kind(), XmlElementKind::empty);
+    EXPECT_EQ(reader.current_element()->kind(), qnxml::XmlElementKind::empty);
     EXPECT_FALSE(reader.next_child_element(root));
     EXPECT_FALSE(reader.skip_to_element_end(root));
     EXPECT_FALSE(reader.read_next());
-    EXPECT_EQ(reader.current_element()->kind(), XmlElementKind::null);
+    EXPECT_EQ(reader.current_element()->kind(), qnxml::XmlElementKind::null);
 }
 
 TEST(Reader, SkipsAndFindsElements) {
@@ -277,18 +248,18 @@ TEST(Reader, SkipsAndFindsElements) {
 }
 
 TEST(Reader, ReadsTheTextOfAnElement) {
-    const Case cases[] = {
+    const Cases cases = {
         {"<a>x<![CDATA[y]]>z</a>", "xyz"},
         {"<a> x <b>&lt;<c/></b><!-- n --><?n n?> y </a>", " x < y "},
         {"<a> </a>", ""},
         {"<a/>", ""},
         {"<a><b/></a>", ""},
     };
-    for (const Case& test : cases) {
-        Document document(test.document);
+    for (const auto& [text, expected] : cases) {
+        Document document(text);
         EXPECT_EQ(document.reader.read_element_text(), "");
         ASSERT_TRUE(document.reader.next_element());
-        EXPECT_EQ(document.reader.read_element_text(), test.expected) << test.document;
+        EXPECT_EQ(document.reader.read_element_text(), expected) << text;
         EXPECT_EQ(document.reader.read_element_text(), "");
         EXPECT_FALSE(document.reader.read_next());
     }
@@ -300,30 +271,24 @@ TEST(Reader, ReadsTheTextOfAnElement) {
 
 TEST(Reader, ReportsUnexpectedElements) {
     const auto location = QN_LOCATION("somewhere()");
-    const std::string head =
-        "error.qnxml.reader.unexpected.element somewhere() Unexpected element: ";
-    Document plain("<a/>");
-    plain.reader.next_element();
+    const std::string head = "error.qnxml.reader.unexpected.element somewhere() Unexpected "
+                             "element: ";
+    Document plain("<?xml version='1.0' encoding='latin1'?><a/>");
+    plain.reader.set_expected_encoding("");
+    EXPECT_TRUE(plain.reader.next_element());
     EXPECT_EQ(failure_of([&] { plain.reader.throw_unexpected_element(location); }),
               head + "Name='a', Namespace=<>");
     EXPECT_EQ(plain.reader.node_type(), XmlNodeType::Error);
-
     Document named("<p:a xmlns:p='u'/>");
     named.reader.next_element();
     EXPECT_EQ(failure_of([&] { named.reader.throw_unexpected_element("v", "b", location); }),
               head + "Name='p:a', Namespace=<u>.  ExpectedLocalName='b', ExpectedNamespace=<v>");
 }
 
-TEST(Reader, AcceptsOtherEncodingsIfTold) {
-    Document document("<?xml version='1.0' encoding='latin1'?><a/>");
-    document.reader.set_expected_encoding("");
-    EXPECT_TRUE(document.reader.next_element());
-}
-
-TEST(Reader, PrintsUnknownNodeTypesInDecimal) {
+TEST(Reader, PrintsUnknownNamesInDecimal) {
     std::ostringstream out;
-    out << std::hex << static_cast<XmlNodeType>(23);
-    EXPECT_EQ(out.str(), "##UNKNOWN(23)##");
+    out << std::hex << static_cast<XmlNodeType>(23) << static_cast<qnxml::XmlTokenType>(23);
+    EXPECT_EQ(out.str(), "##UNKNOWN(23)####UNKNOWN(23)##");
 }
 
 } // namespace
