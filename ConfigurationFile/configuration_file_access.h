@@ -52,18 +52,7 @@ struct ConfigurationFileAccess {
         file.set_certificate_information(newNodes, existingNodes, section, text);
         return text;
     }
-    static const auto& mutex(const ConfigurationFile& file) {
-        return file.m_configurationFileMutex;
-    }
     static std::string path(ConfigurationFile& file) { return file.get_configuration_file_path(); }
-
-    /// Replaces the content of the file by exactly these sections, in one write. Reads nothing: the
-    /// caller must hold the machine-wide lock from its own reading until this returns. Throws on
-    /// failure. The file is then unchanged, or truncated if the write failed.
-    VDCERTIFICATES_API static void replace(ConfigurationFile& file,
-                                           const ConfigurationFileNodes& notifierNodes,
-                                           const ConfigurationFileNodes& deviceNodes,
-                                           const ConfigurationFileNodes& mediaRetrievalNodes);
 
     /// Returns whether a read keeps the entries of a server or, for null, those directly in the
     /// section. Entries that are not kept are read and deciphered, too.
@@ -77,10 +66,14 @@ struct ConfigurationFileAccess {
     static void read_section(ConfigurationFile& file, const std::string& nodeName,
                              ConfigurationFileNodes& nodes, const Filter& keeps);
 
-    /// The write half of a change: one write of the whole text. With a `piece`, of that many bytes
-    /// or some more, the text is written piece by piece, and a failure may leave the file cut.
-    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher,
-                      std::size_t piece = std::string::npos);
+    /// The write half of a change: replaces the content of the file by exactly these sections, in
+    /// one write. Throws on failure. The file is then unchanged, or truncated if the write failed.
+    static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
+    /// The same in pieces of that many bytes or some more, so that the whole text is never in
+    /// memory. Any failure may truncate the file, which is locked from before the first password is
+    /// enciphered.
+    static void write_in_pieces(ConfigurationFile& file, const Document& nodes,
+                                PasswordCipher& cipher, std::size_t piece);
 
     /// The body of the private setters, in write_cycle.cpp. `function` is the setter's qualified
     /// name; a sharing violation ends the change if `stopsAtSharingViolation`.

@@ -1,4 +1,5 @@
-#include <optional>
+#include <functional>
+#include <string>
 
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/errors.h"
@@ -16,34 +17,23 @@ using Access = ConfigurationFileAccess;
 
 namespace {
 
-/// The file of a change, which is emptied by the first write.
-class OpenedFile {
-  public:
-    explicit OpenedFile(ConfigurationFile& file)
-        : file_(file) {}
+qncore::RefCountPtr<qnfile::FileWriteStream> open_emptied(const std::string& path) {
+    platform::create_for_group(path); // a failure shows when the file is opened
+    return qncertificates::open_patiently([&] {
+        return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
+                                               qnfile::flag_write_through);
+    });
+}
 
-    void write(const std::string& text) {
-        if (!stream_) {
-            open();
-        }
-        stream_->write(text.c_str(), text.size());
+/// Appends the text of the whole file. `afterServer` may take away what `text` holds.
+void append_document(std::string& text, const Access::Document& nodes, PasswordCipher& cipher,
+                     const std::function<void()>& afterServer = nullptr) {
+    text += "<" + ConfigurationFile::sm_configurationFile + ">";
+    for (std::size_t i = 0; i < Access::sections.size(); ++i) {
+        append_section(text, Access::sections[i]->name, *nodes[i], cipher, afterServer);
     }
-
-  private:
-    void open() {
-        const std::string path = Access::path(file_);
-        lock_.emplace(Access::mutex(file_));
-        platform::create_for_group(path); // a failure shows when the file is opened
-        stream_ = qncertificates::open_patiently([&] {
-            return qnfile::FileWriteStream::create(path, qnfile::create_always, qnfile::share_none,
-                                                   qnfile::flag_write_through);
-        });
-    }
-
-    ConfigurationFile& file_;
-    std::optional<ConfigurationFileExclusiveAccessLock> lock_;
-    qncore::RefCountPtr<qnfile::FileWriteStream> stream_;
-};
+    text += "</" + ConfigurationFile::sm_configurationFile + ">";
+}
 
 } // namespace
 
@@ -77,29 +67,28 @@ void ConfigurationFileAccess::change(ConfigurationFile& file, const Section& sec
     write(file, {&nodes[0], &nodes[1], &nodes[2]}, cipher);
 }
 
-void ConfigurationFileAccess::replace(ConfigurationFile& file,
-                                      const ConfigurationFileNodes& notifierNodes,
-                                      const ConfigurationFileNodes& deviceNodes,
-                                      const ConfigurationFileNodes& mediaRetrievalNodes) {
-    PasswordCipher cipher(*file.m_certificateKeys, PasswordCipher::Memory::none);
-    write(file, {&notifierNodes, &deviceNodes, &mediaRetrievalNodes}, cipher);
+void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nodes,
+                                    PasswordCipher& cipher) {
+    std::string text;
+    append_document(text, nodes, cipher);
+    const std::string path = file.get_configuration_file_path();
+    const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
+    open_emptied(path)->write(text.c_str(), text.size());
 }
 
-void ConfigurationFileAccess::write(ConfigurationFile& file, const Document& nodes,
-                                    PasswordCipher& cipher, std::size_t piece) {
-    std::string text = "<" + ConfigurationFile::sm_configurationFile + ">";
-    OpenedFile opened(file);
-    const auto write_when_full = [&] {
+void ConfigurationFileAccess::write_in_pieces(ConfigurationFile& file, const Document& nodes,
+                                              PasswordCipher& cipher, std::size_t piece) {
+    const std::string path = file.get_configuration_file_path();
+    const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
+    const auto stream = open_emptied(path);
+    std::string text;
+    append_document(text, nodes, cipher, [&] {
         if (text.size() >= piece) {
-            opened.write(text);
+            stream->write(text.c_str(), text.size());
             text.clear();
         }
-    };
-    for (std::size_t i = 0; i < sections.size(); ++i) {
-        append_section(text, sections[i]->name, *nodes[i], cipher, write_when_full);
-    }
-    text += "</" + ConfigurationFile::sm_configurationFile + ">";
-    opened.write(text);
+    });
+    stream->write(text.c_str(), text.size());
 }
 
 void ConfigurationFile::set_subsystems_certificate_information(

@@ -32,6 +32,9 @@ Key public_key_of(const Key& private_key, const std::string& filename,
             .param("filename", filename)
             .throw_error(error::qncertificates_parameter_invalid, location);
     }
+    // Errors that earlier calls of this thread left say nothing about the key.
+    while (qncrypto::openssl_error_info(qncrypto::openssl_error_depth)) {
+    }
     try {
         return RsaContext::public_key_from_private_key(private_key);
     } catch (const qncore::ErrorException& exception) {

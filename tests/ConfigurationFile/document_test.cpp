@@ -224,16 +224,13 @@ TEST_F(WriteCycleTest, SectionsThatAreNotChangedStayAsTheyWereRead) {
                                   "<Notifier Name=\"srv\">" + entry_text("B") + "</Notifier>";
     write_configuration(document(spellings, "", doubles));
     // A refused open is tried again, for reading and for writing.
-    const auto refuse_open = [] {
-        platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
-    };
-    refuse_open();
+    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
     (file.*Access::devices.write)(nodes);
     EXPECT_EQ(configuration(), document(spellings, added, doubles));
     ConfigurationFileNodes first = nodes;
     first.certificates = {entry("A"), entry("a")};
-    refuse_open();
-    Access::replace(file, first, {}, nodes);
+    const ConfigurationFileNodes none;
+    replace(file, {&first, &none, &nodes});
     EXPECT_EQ(configuration(), document(doubles + added, "", added));
 }
 
@@ -241,7 +238,8 @@ TEST_F(WriteCycleTest, SectionsThatAreNotChangedStayAsTheyWereRead) {
 TEST_F(WriteCycleTest, TheFileIsTheOneThatEncipheringEachPasswordGives) {
     nodes.certificates = {entry("A", "", "", "", "one password"), entry("B", "", "", "", "two")};
     nodes.notifiers["NEW"][0].password = "one password";
-    Access::replace(file, nodes, {}, nodes);
+    const ConfigurationFileNodes none;
+    replace(file, {&nodes, &none, &nodes});
     std::string before = configuration();
     const std::string tail = "-----END ENCIPHERED PASSWORD-----\n";
     before.replace(before.find(tail), tail.size(), tail + "\n");
@@ -251,7 +249,8 @@ TEST_F(WriteCycleTest, TheFileIsTheOneThatEncipheringEachPasswordGives) {
     changed.certificates = {entry("B", "", "", "", "three")};
     (file.*Access::notifiers.write)(changed);
     const std::string after = configuration();
-    Access::replace(file, Access::read(file, Access::notifiers), {}, nodes);
+    const ConfigurationFileNodes read = Access::read(file, Access::notifiers);
+    replace(file, {&read, &none, &nodes});
     EXPECT_EQ(configuration(), after);
     EXPECT_NE(after.size(), before.size());
 }

@@ -81,6 +81,7 @@ class FaultsTest : public StoreTest {
     FaultsTest() {
         ConfigurationFileNodes notifiers;
         ConfigurationFileNodes devices;
+        const ConfigurationFileNodes none;
         notifiers.certificates = {entry("ServerGroupCertificate", "p", "k", "c", "secret")};
         notifiers.notifiers["SRV"] = {entry("WebConfigCertificate", "p", "k", "c", "word")};
         devices.notifiers["SRV"] = {entry("SIPDevice", "p", "k", "c", "other", "t")};
@@ -88,10 +89,10 @@ class FaultsTest : public StoreTest {
         for (const ConfigurationFileNodes& first :
              {ConfigurationFileNodes(), ConfigurationFileNodes{notifiers.certificates, {}},
               notifiers}) {
-            Access::replace(file, first, {}, {});
+            replace(file, {&first, &none, &none});
             befores.push_back(configuration());
         }
-        Access::replace(file, notifiers, devices, {});
+        replace(file, {&notifiers, &devices, &none});
         befores.push_back(configuration());
     }
 

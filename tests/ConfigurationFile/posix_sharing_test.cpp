@@ -1,8 +1,14 @@
+#include <chrono>
+#include <fcntl.h>
 #include <filesystem>
+#include <future>
 #include <grp.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
+#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/child_process.h"
 
@@ -14,6 +20,24 @@ using support::ChildProcess;
 using vdcertificates::ConfigurationFile;
 
 using PosixSharingTest = StoreTest;
+
+TEST_F(PosixSharingTest, AStrangersLockOfAKeyFileCostsNoKeys) {
+    { const ConfigurationFile makes_the_keys; }
+    const auto keys = [this] {
+        return support::read_file(machine.public_key_file()) +
+               support::read_file(machine.private_key_file());
+    };
+    const std::string before = keys();
+    const int stranger = ::open(machine.public_key_file().c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(stranger, LOCK_EX), 0);
+    const auto held = std::async(std::launch::async, [stranger] {
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        ::close(stranger);
+    });
+    EXPECT_THROW({ const ConfigurationFile refused; }, qncore::ErrorException);
+    held.wait();
+    EXPECT_EQ(keys(), before);
+}
 
 constexpr gid_t group_of_the_suite = 65533;
 

@@ -7,7 +7,9 @@
 #include <gmock/gmock.h>
 
 #include "ConfigurationFile/configuration_file_access.h"
+#include "ConfigurationFile/password_cipher.h"
 #include "platform/testing/testing.h"
+#include "qncertificates/certificate_keys.h"
 #include "tests/qncertificates/quick_keys.h"
 #include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
@@ -62,6 +64,15 @@ class StoreTest : public testing::Test {
         support::write_file(machine.default_file(), text);
     }
     std::string configuration() const { return support::read_file(machine.default_file()); }
+    /// Replaces the whole content of the file, each password enciphered anew.
+    void replace(vdcertificates::ConfigurationFile& file,
+                 const vdcertificates::ConfigurationFileAccess::Document& nodes) const {
+        const qncertificates::CertificateKeys keys(machine.public_key_file(),
+                                                   machine.private_key_file(),
+                                                   qncertificates::eFormatPkcs1Der, false);
+        vdcertificates::PasswordCipher cipher(keys, vdcertificates::PasswordCipher::Memory::none);
+        vdcertificates::ConfigurationFileAccess::write(file, nodes, cipher);
+    }
 
     Machine machine;
 };

@@ -14,9 +14,13 @@ int copy_pair(RSA* out, int bits, BIGNUM* exponent, BN_GENCB* /*callback*/) {
     static std::size_t turn = 0;
     RSA*& pair = pairs[turn++ % pairs.size()];
     if (pair == nullptr) {
-        pair = RSA_new();
-        RSA_set_method(pair, RSA_PKCS1_OpenSSL());
-        RSA_generate_key_ex(pair, bits, exponent, nullptr);
+        RSA* const made = RSA_new();
+        RSA_set_method(made, RSA_PKCS1_OpenSSL());
+        if (RSA_generate_key_ex(made, bits, exponent, nullptr) != 1) { // a test may take the memory
+            RSA_free(made);
+            return 0;
+        }
+        pair = made;
     }
     std::array<BIGNUM*, 8> parts{
         BN_dup(RSA_get0_n(pair)),    BN_dup(RSA_get0_e(pair)),    BN_dup(RSA_get0_d(pair)),

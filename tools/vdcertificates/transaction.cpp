@@ -210,8 +210,9 @@ bool Transaction::put_back() const {
 
 void Transaction::write() {
     const auto& sections = contents_.sections();
-    ConfigurationFileAccess::write(store_.file(), {&sections[0], &sections[1], &sections[2]},
-                                   store_.cipher(), written_at_once);
+    ConfigurationFileAccess::write_in_pieces(store_.file(),
+                                             {&sections[0], &sections[1], &sections[2]},
+                                             store_.cipher(), written_at_once);
 }
 
 void Transaction::check_outcome() {
