@@ -185,7 +185,8 @@ TEST_F(WriteCycleTest, ASharingViolationStopsAllSettersButOne) {
         support::write_file(moved, before);
         const support::TraceCapture capture("VDCertificatesConfigurationFile=11");
         platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
-        const auto error = support::error_of([&] { (file.*section.write)(nodes); });
+        const auto error =
+            support::error_of([&, setter = section.write] { (file.*setter)(nodes); });
         EXPECT_EQ(error && error->code() == vdcertificates::error::sharing_violation, stops);
         EXPECT_EQ(support::read_file(moved), stops ? before : document("", "", added));
         EXPECT_EQ(capture.text().find(function +

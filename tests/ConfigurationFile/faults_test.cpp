@@ -200,8 +200,8 @@ TEST_F(FaultsTest, EachPlatformCall) {
 TEST_F(FaultsTest, EachAllocation) {
     ASSERT_EQ(openssl_counts, 1);
     using support::Failing;
-    for (const auto& [which, stride] :
-         {std::pair(Failing::once, 1U), std::pair(Failing::from_there_on, 3U)}) {
+    for (const Failing which : {Failing::once, Failing::from_there_on}) {
+        const std::size_t stride = which == Failing::once ? 1 : 3;
         SCOPED_TRACE(stride == 1 ? "one allocation" : "all allocations from there on");
         fail_each(stride, true, [which](std::size_t number, const std::function<void()>& action) {
             return support::with_failing_allocation(number, which, action);

@@ -129,7 +129,7 @@ TEST_F(FlatFunctionsTest, CopyOrMeasureByTheFlags) {
     }
 }
 
-TEST_F(FlatFunctionsTest, GiveEmptyTextsOrThrowForWhatIsNotThere) {
+TEST_F(FlatFunctionsTest, GiveEmptyTextsOrThrowForMissingEntries) {
     Outputs outputs;
     const auto get = [&](const wchar_t* server) {
         outputs = {};

@@ -117,7 +117,7 @@ TEST_F(LifecycleTest, WhenRegenerationFailsTooTheErrorNamesBothFiles) {
                                                  "configuration file usage. " +
                                                  files_ + ", caughtInnerException: "));
     EXPECT_EQ(public_key(), "junk");
-    fs::remove(machine.public_key_file());
+    support::remove_all(machine.public_key_file());
     EXPECT_THROW(construct(), qncore::ErrorException);
     EXPECT_FALSE(fs::exists(machine.public_key_file()));
 }

@@ -34,7 +34,7 @@ TEST_F(LockTest, NamesTheErrorOfTheSystem) {
 }
 
 TEST_F(LockTest, OpensAMutexOfAnotherAccountWithFewerRights) {
-    const auto creation_fails = [](int number, const std::string& text) {
+    const auto creation_fails = [](unsigned long number, const std::string& text) {
         platform::testing::fail_next(platform::Call::create_mutex,
                                      platform::SystemError::windows(number));
         EXPECT_THAT(failure_of(ConfigurationFileMutex::create), testing::HasSubstr(text));

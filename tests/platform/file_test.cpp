@@ -73,7 +73,7 @@ TEST_F(FileTest, ARefusedOpenLeavesTheContent) {
     }
 }
 
-TEST_F(FileTest, WhatIsThereAndWhatIsMade) {
+TEST_F(FileTest, ExistenceAndCreation) {
     const std::string root = std::filesystem::path(directory_.str()).root_name().string();
     const struct {
         std::string path;

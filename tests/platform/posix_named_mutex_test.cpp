@@ -79,7 +79,7 @@ TEST_F(MutexTest, EveryAccountUsesItWhoeverMadeIt) {
     EXPECT_EQ(nobody(), 2) << "refused";
 }
 
-TEST_F(MutexTest, WhatIsNoFileIsRefused) {
+TEST_F(MutexTest, OnlyARegularFileIsLocked) {
     const std::string path = *lock_file_path(name);
     const std::string target = directory_.file("target");
     const struct {

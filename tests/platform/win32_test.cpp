@@ -35,7 +35,7 @@ TEST_F(WindowsFileTest, ANameThatOnlySurrogatesSpell) {
     ::FindClose(search);
 }
 
-TEST_F(WindowsFileTest, WhatIsNoUtf8IsNowhere) {
+TEST_F(WindowsFileTest, InvalidUtf8IsNotFound) {
     for (const char* name : {"\xFF", "a\xC3", "\xED\xA0\x80"}) {
         EXPECT_TRUE(probe_write_access(name).is_not_found()) << name;
         EXPECT_TRUE(check_existence(name).is_not_found()) << name;

@@ -1,6 +1,6 @@
+#include <array>
 #include <atomic>
 #include <future>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -58,19 +58,21 @@ TEST(Ownership, ConcurrentOwnersFreeOnce) {
     };
     std::atomic<int> deaths{0};
     StrongPtr<Counted> owner(new Counted{deaths});
-    std::vector<std::future<void>> users;
-    for (int i = 0; i < 4; ++i) {
-        users.push_back(std::async(std::launch::async, [owner] {
+    std::array<std::future<void>, 4> users;
+    for (std::future<void>& user : users) {
+        user = std::async(std::launch::async, [owner] {
             for (int turn = 0; turn < 1000; ++turn) {
                 StrongPtr<Counted> mine = owner;
                 EXPECT_EQ(mine->deaths, 0);
                 mine = StrongPtr<Counted>();
             }
-        }));
+        });
     }
     owner = StrongPtr<Counted>();
     EXPECT_FALSE(owner);
-    users.clear(); // waits for them
+    for (std::future<void>& user : users) {
+        user.wait();
+    }
     EXPECT_EQ(deaths, 1);
 }
 

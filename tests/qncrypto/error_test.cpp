@@ -16,7 +16,7 @@ void put(const char* function, const char* file, int line, int library, int reas
     ERR_set_error(library, reason, nullptr);
 }
 
-TEST(OpensslErrors, ARecordTellsWhatOpensslSaidAndWhere) {
+TEST(OpensslErrors, ARecordHasOpensslsTextAndLocation) {
     ERR_clear_error();
     put("key_lost", "crypto/lost.c", 77, ERR_LIB_RSA, RSA_R_KEY_SIZE_TOO_SMALL);
     put(nullptr, nullptr, 0, 100, 4321); // OpenSSL knows nothing about this one

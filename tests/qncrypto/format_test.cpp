@@ -60,7 +60,7 @@ TEST(Formats, KeyPairsHaveLimits) {
     EXPECT_TRUE(private_key.empty() && public_key.empty());
 }
 
-TEST(Formats, WhatIsNoKeyIsRefused) {
+TEST(Formats, OnlyKeysAreRead) {
     const Bytes garbage = some_bytes(40);
     const KeyPair& pair = key_pair();
     const std::string code = "error.qncrypto.rsa.key|qncrypto::";

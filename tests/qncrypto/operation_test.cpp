@@ -76,7 +76,7 @@ TEST_F(Operations, BlocksAreThoseOfOpenssl) {
     }
 }
 
-TEST_F(Operations, WithoutAnOutputTheModulusSizeIsGivenAndNothingIsTested) {
+TEST_F(Operations, WithoutAnOutputTheModulusSizeIsReturnedAndNothingIsChecked) {
     for (const RsaPadding padding : {RsaPadding::oaep, RsaPadding::pss, unknown_padding}) {
         EXPECT_EQ(private_context.encrypt(nullptr, 9999, nullptr, 0, padding), 128);
         EXPECT_EQ(private_context.encrypt(nullptr, 9999, nullptr, padding), 128);

@@ -184,7 +184,7 @@ TEST_F(DirectoryEntryTest, FromAPath) {
     }
 }
 
-TEST_F(DirectoryEntryTest, TellsWhatTheSystemTells) {
+TEST_F(DirectoryEntryTest, HasTheSystemsStatistics) {
     constexpr std::chrono::seconds slack(2);
     const auto before = std::chrono::system_clock::now() - slack;
     make({"dir/", "file", "closed"});

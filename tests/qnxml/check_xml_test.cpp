@@ -54,7 +54,7 @@ std::string mismatch(const std::string& found, const std::string& declared) {
            ", but xml declaration claims it is " + declared;
 }
 
-TEST(CheckXml, TellsXmlAndItsEncoding) {
+TEST(CheckXml, DetectsXmlAndItsEncoding) {
     const std::pair<std::string, std::string> cases[] = {
         {"", "-? untouched"},
         {std::string(31, '<'), "-? untouched"},

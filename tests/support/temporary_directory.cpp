@@ -9,10 +9,12 @@
 namespace support {
 namespace {
 
-/// In memory where there is such a place: on a disk the tests do little but wait for it.
+/// In memory if possible: on a disk the tests mostly wait for it.
 std::filesystem::path common_place() {
-    const std::filesystem::path memory = "/dev/shm";
-    return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+    const std::filesystem::path memory = "/dev/shm"; // relative on Windows, which has drives
+    return memory.is_absolute() && std::filesystem::is_directory(memory)
+               ? memory
+               : std::filesystem::temp_directory_path();
 }
 
 } // namespace

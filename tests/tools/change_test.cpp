@@ -116,7 +116,7 @@ TEST_F(Changes, HalfAPairOfKeysIsLeftAlone) {
     EXPECT_THAT(run({"list"}).errors, HasSubstr("made a new pair of keys"));
 }
 
-TEST_F(Changes, NewKeysAreToldAndHideNothingButPasswords) {
+TEST_F(Changes, NewKeysAreReportedAndHideOnlyPasswords) {
     done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
     done(set_words("sip-device", "/d"));
     remove_keys();

@@ -40,7 +40,7 @@ TEST_F(Check, NothingSetYetIsNoProblem) {
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
 }
 
-TEST_F(Check, AWholeFileIsWell) {
+TEST_F(Check, AWholeFileHasNoFindings) {
     const Words words{"set",           "sip-device", "--server",      "S",   "--public-key", file(),
                       "--private-key", file(),       "--certificate", file()};
     done(words + Words{"--password-stdin"}, "geheim");
@@ -57,7 +57,7 @@ TEST_F(Check, AWholeFileIsWell) {
     EXPECT_EQ(findings[0]["path"], in_root("_PublicKey.bin"));
 }
 
-TEST_F(Check, FaultsOfTheFileAreToldWithWhatToDo) {
+TEST_F(Check, FaultsOfTheFileAreReportedWithTheirRemedy) {
     const std::vector<std::pair<const char*, const char*>> cases{
         {"<ORVACertificates>\n<Notifiers>\n<a", " is not well-formed: [line 3, pos "},
         {"text", " is not well-formed: [line 1, pos 4]"},
@@ -83,7 +83,7 @@ TEST_F(Check, AFileThatIsInUseIsNotMistakenForABrokenOne) {
     platform::close_file(*handle);
 }
 
-TEST_F(Check, EntriesThatNobodyFindsAreTold) {
+TEST_F(Check, EntriesThatNoLookUpFindsAreReported) {
     const auto under = [](const std::string& server, const std::string& element) {
         return "<Notifier Name=\"" + server + "\"><" + element + "/></Notifier>";
     };

@@ -73,7 +73,7 @@ TEST_F(Entries, AListHasAllOfThemInTheOrderOfTheFile) {
     EXPECT_EQ(shown[1]["password"], "geheim");
 }
 
-TEST_F(Entries, AnUpdateChangesWhatIsGivenAlone) {
+TEST_F(Entries, AnUpdateChangesOnlyTheGivenFields) {
     done(set_words("remote-client", "/a") + Words{"--trusted", "/t", "--password-stdin"}, "one");
     const Words words{"update", "remote-client", "--server", "srv01"};
     const std::vector<std::pair<Words, std::string>> cases{
@@ -90,7 +90,7 @@ TEST_F(Entries, AnUpdateChangesWhatIsGivenAlone) {
     }
 }
 
-TEST_F(Entries, AMissingEntryIsToldByTheStatus) {
+TEST_F(Entries, AMissingEntryHasItsOwnStatus) {
     const Words device{"sip-device", "--server", "SRV01"};
     refused(3, {"get", "cluster"}, "vdcertificates: there is no entry of the role cluster\n");
     done(set_words("cluster", "/c"));
@@ -194,7 +194,7 @@ TEST_F(Entries, PasswordsAreNowhereInClear) {
     }
 }
 
-TEST_F(Entries, WhereTellsTheFilesAndTheRules) {
+TEST_F(Entries, WhereReportsTheFilesAndTheRules) {
     const auto lines = [](const std::string& file, const std::string& file_rule,
                           const std::string& prefix, const std::string& key_rule) {
         return "file: " + file + "\nfile chosen by: " + file_rule + "\npublic key: " + prefix +

@@ -290,7 +290,7 @@ class Files : public ProgramTest {
     std::string home(const std::string& name) const { return machine.file("home/" + name); }
 };
 
-TEST_F(Files, WhatIsWrongWithThemIsTold) {
+TEST_F(Files, TheirFaultsAreReported) {
     done({"set", "sip-device", "--server", "S", "--public-key", home("s.pub"), "--private-key",
           home("s.key"), "--certificate", home("s.crt"), "--trusted", home("ca.crt"),
           "--password-stdin"},
@@ -345,7 +345,7 @@ TEST_F(Files, WhatIsWrongWithThemIsTold) {
     EXPECT_THAT(open, HasSubstr(home("s.key") + ", which every account may open"));
 }
 
-TEST_F(Files, AnExportIsWhatOpensslReads) {
+TEST_F(Files, OpensslReadsAnExport) {
     done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
     const std::string json = done({"list", "--format=json", "--show-passwords"});
     done({"export", "--password-stdin", "--output", home("out")}, "sesame");

@@ -26,7 +26,7 @@ const std::string role_list = "the roles are cluster, subsystems, subsystems-ser
                               "subsystems-remote-client, remote-client, web-config, sip-device, "
                               "media-retrieval-server, media-retrieval-client";
 
-TEST_F(Usage, WrongWordsAreAnsweredByOneLine) {
+TEST_F(Usage, WrongUsageGetsOneLine) {
     const Words paths{"--public-key", "/p", "--private-key", "/k", "--certificate", "/c"};
     const Words cluster = Words{"set", "cluster"} + paths;
     const Words device = Words{"set", "sip-device", "--server", "S"} + paths;

@@ -43,7 +43,7 @@ Certificates parse_certificates(const Secret& text) {
     return found;
 }
 
-/// A key of any kind and form; null when it cannot be had. Asks nobody for a password.
+/// A key of any kind and form, or null on failure. Never prompts for a password.
 KeyHandle parse_key(const Secret& text, int selection, const std::string& password) {
     EVP_PKEY* key = nullptr;
     const std::unique_ptr<OSSL_DECODER_CTX, OpensslFree<OSSL_DECODER_CTX_free>> context(
@@ -68,7 +68,7 @@ std::string date_of(const ASN1_TIME* time) {
     return {text, static_cast<std::size_t>(size)};
 }
 
-/// The files of one entry, each looked at once.
+/// The files of one entry. Each is opened once.
 class EntryFiles {
   public:
     EntryFiles(const Entry& entry, int days, Findings& findings)
@@ -223,7 +223,7 @@ class EntryFiles {
         ERR_clear_error();
     }
 
-    /// Dates are looked at elsewhere.
+    /// Dates are checked elsewhere.
     void check_trust(const Certificates& chain, const Certificates& trusted) {
         const StoreHandle store(X509_STORE_new());
         const StoreContextHandle context(X509_STORE_CTX_new());

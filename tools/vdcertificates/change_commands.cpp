@@ -19,7 +19,7 @@ constexpr FieldOption field_options[] = {
     {Option::trusted, &CertificateNode::trustedCertificatePath},
 };
 
-/// Takes over the fields that were given.
+/// Sets the fields that were given.
 void apply_fields(const Arguments& arguments, const Target& target, Entry& entry) {
     if (arguments.has(Option::trusted) && !target.role.has_trusted_path) {
         throw UsageError("the role " + std::string(target.role.name) + " takes no --trusted");
@@ -45,7 +45,7 @@ Entry new_entry(const Target& target) {
     return entry;
 }
 
-/// Checks what was given alone: an update must not stumble over what others have stored.
+/// Checks only the fields that were given: an update must not fail because of older content.
 void check_given(const Arguments& arguments) {
     for (const FieldOption& given : field_options) {
         const std::string& text = arguments.text(given.option);

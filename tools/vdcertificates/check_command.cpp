@@ -40,7 +40,7 @@ int days_of(const Arguments& arguments) {
 void check_keys(const Store& store, Findings& findings) {
     for (const std::string& path : {store.keys().public_key, store.keys().private_key}) {
         if (findings.holds(platform::is_open_to_others(path), path)) {
-            // The public key is the one that passwords are deciphered with.
+            // Passwords are deciphered with the public key.
             findings.add(problem, "key_file_open",
                          "every account may use the key file " + path +
                              ", and whoever reads the keys can read the passwords: take all "
@@ -68,7 +68,7 @@ void check_remarks(const Store& store, Findings& findings) {
     }
 }
 
-/// " ...: restore" when the former content is there.
+/// " ...: restore" if the former content exists.
 std::string restore_hint(const std::string& path, Findings& findings) {
     if (!findings.holds(existence(previous_of(path)), previous_of(path))) {
         return "";
@@ -83,7 +83,7 @@ void check_empty_file(const Store& store, Findings& findings) {
         findings.add(problem, "file_empty", path + " is empty." + hint, path);
         return;
     }
-    // A named file is made by the first look at it, any other by the first entry.
+    // A file that the variable names is created by the first read, any other by the first entry.
     const bool is_named = path == named_file();
     findings.add(is_named ? note : warning, "file_empty",
                  "nothing has been set yet: " + path + " is empty", path);
@@ -129,7 +129,7 @@ void check_form(const Store& store, const Reading& reading, std::size_t count, F
     }
 }
 
-/// An entry is found by its accessor only where its role belongs.
+/// An accessor finds an entry only in the section of its role.
 void check_place(const Entry& entry, Findings& findings) {
     const Role* role = entry.role();
     const std::string where = "in the section " + *entry.section;
@@ -155,7 +155,7 @@ void check_password(const Entry& entry, const Reading& reading, Findings& findin
     }
 }
 
-/// Searches take the first spelling of a server in byte order, and there the first entry.
+/// Look-ups use the first spelling of a server in byte order, and its first entry.
 void check_hidden(const Entries& entries, Findings& findings) {
     std::vector<const Entry*> sorted;
     sorted.reserve(entries.size());
@@ -200,7 +200,7 @@ void check_hidden(const Entries& entries, Findings& findings) {
     }
 }
 
-/// What is wrong with the paths of an entry, on one line.
+/// The faults of the paths of an entry, on one line.
 void check_named_files(const Entry& entry, Findings& findings) {
     const auto& node = entry.node;
     std::string missing;
@@ -230,7 +230,7 @@ void check_named_files(const Entry& entry, Findings& findings) {
     }
 }
 
-/// The findings and entries of one look, in which the lock is held.
+/// The findings and entries of one read, during which the lock is held.
 struct Look {
     Findings findings;
     Entries entries;

@@ -38,7 +38,7 @@ BioHandle reader_of(std::string_view text) {
     return bio;
 }
 
-/// In any of the three forms.
+/// Accepts any of the three forms.
 CmsHandle parse(std::string_view message) {
     using Parse = CMS_ContentInfo* (*)(BIO*);
     constexpr Parse forms[] = {
@@ -73,12 +73,12 @@ Secret encipher_for_password(std::string_view text, const Secret& password) {
     auto* copy =
         static_cast<unsigned char*>(OPENSSL_memdup(password.text().data(), password.text().size()));
     require(copy != nullptr, "cannot encipher");
-    // The message owns the copy from here on, and wipes it.
+    // The message takes ownership of the copy, and wipes it.
     require(CMS_add0_recipient_password(cms.get(), iterations, NID_undef, NID_undef, copy,
                                         static_cast<ossl_ssize_t>(password.text().size()),
                                         nullptr) != nullptr,
             "cannot encipher");
-    // Written piece by piece into the cipher: no buffer of OpenSSL ever holds the clear text.
+    // Written piece by piece, so that no buffer of OpenSSL holds the clear text.
     BIO* const data = CMS_dataInit(cms.get(), nullptr);
     require(data != nullptr, "cannot encipher");
     const BioHandle chain(data);

@@ -5,11 +5,11 @@
 namespace tool {
 namespace {
 
-// The servers that are stored come from the program itself when they are asked for.
+// The script asks the program for the stored servers when they are needed.
 constexpr std::string_view list_servers =
     "vdcertificates list 2>/dev/null | cut -f 2 | sort -u | grep .";
 
-/// What the WORD of a command may be, each with a blank after it; empty for a file.
+/// The possible values of the WORD of a command, each followed by a blank; empty for a file.
 std::string choices_of(const Command& command) {
     std::string words = command.word == "SHELL" ? "bash zsh fish " : "";
     if (command.word == "ROLE") {
@@ -20,7 +20,7 @@ std::string choices_of(const Command& command) {
     return words;
 }
 
-/// The words after each command: its options, and what its WORD may be.
+/// The words after each command: its options, and the values of its WORD.
 std::string words_of(const Command& command) {
     std::string words = choices_of(command);
     for (const OptionUse& use : command.options) {

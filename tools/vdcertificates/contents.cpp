@@ -13,7 +13,7 @@ using vdcertificates::ConfigurationFileAccess;
 
 using Nodes = std::vector<Contents::Node>;
 
-/// Calls `visit` with each group of entries that a role's entry may be in, and its server.
+/// Calls `visit` with each group of entries that may hold an entry of the role, and its server.
 template <class Visit>
 void for_each_group(Contents::Section& section, const Role& role, const std::string& server,
                     const Visit& visit) {

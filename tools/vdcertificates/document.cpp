@@ -168,7 +168,7 @@ class DocumentReader {
 
   private:
     static constexpr std::size_t entries_between_looks = 256;
-    /// More than a text keeps within itself: what moves on is then the memory, not a copy.
+    /// Longer than a string stores inline, so that moving it moves the buffer and leaves no copy.
     static constexpr std::size_t smallest_allocation = 32;
 
     struct Place {

@@ -26,7 +26,7 @@ constexpr std::string_view example =
     "vdcertificates COMMAND --help tells more, and so does man vdcertificates.\n"
     "Exit status: 0 done, 1 failed, 2 wrong usage, 3 no such entry.\n";
 
-/// `name` in one column, `text` in the other, whatever its lines.
+/// `name` in one column, and `text`, of any number of lines, in the other.
 void append_row(std::string& help, std::string_view name, std::string_view text) {
     std::string line = "  " + std::string(name);
     line.append(line.size() < column ? column - line.size() : 1, ' ');

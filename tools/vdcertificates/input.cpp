@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t piece = 65536;
 
-/// Reads by `read(place, size)`, which returns 0 at the end.
+/// Reads with `read(place, size)`, which returns 0 at the end.
 template <class Read>
 Secret read_all(std::size_t limit, const Read& read) {
     Secret text;
@@ -27,7 +27,7 @@ Secret read_all(std::size_t limit, const Read& read) {
     }
 }
 
-/// An open file for a scope.
+/// Closes a file at the end of a scope.
 struct OpenFile {
     explicit OpenFile(platform::FileHandle opened) noexcept
         : handle(opened) {}

@@ -38,7 +38,7 @@ class Reader {
         place_ = std::min(text_.find_first_not_of(" \t\r\n", place_), text_.size());
     }
 
-    /// Goes over the character when it comes next, after blanks.
+    /// Skips blanks, and then the character if it is next.
     bool next_is(char character) {
         skip_blanks();
         const bool is = place_ < text_.size() && text_[place_] == character;
@@ -52,7 +52,7 @@ class Reader {
         }
     }
 
-    /// What stands between commas, up to `end`.
+    /// Calls `read` for each element of a list that ends with `end`.
     template <class Read>
     void read_list(char end, const Read& read) {
         if (next_is(end)) {
@@ -108,7 +108,7 @@ class Reader {
         return string;
     }
 
-    /// Bytes up to that quote. No escape is shorter than what it stands for.
+    /// Appends the bytes before that quote. No escape is shorter than its value.
     std::size_t raw_size() const noexcept {
         std::size_t end = place_;
         while (end < text_.size() && text_[end] != '"') {
@@ -151,7 +151,7 @@ class Reader {
         string.append(bytes, size);
     }
 
-    /// Four digits after the `u` that comes next.
+    /// The four digits after the next character, `u`.
     unsigned int read_unit() {
         unsigned int unit = 0;
         const std::string_view digits =
@@ -166,7 +166,7 @@ class Reader {
         return unit;
     }
 
-    /// More than a text keeps within itself: what moves on is then the memory, not a copy.
+    /// Longer than a string stores inline, so that moving it moves the buffer and leaves no copy.
     static constexpr std::size_t smallest_allocation = 32;
 
     std::string_view text_;

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// With the chain of causes where memory allows it.
+/// Includes the chain of causes if there is memory for it.
 void print_failure(const std::exception& failure) noexcept {
     try {
         tool::print_error(tool::cause_of(failure));
@@ -19,7 +19,7 @@ void print_failure(const std::exception& failure) noexcept {
     }
 }
 
-/// Overwrites what calls have left on the stack: registers that the loader and compilers save there
+/// Overwrites what calls have left on the stack: registers saved there by the loader and compilers
 /// may hold parts of a password, too.
 [[gnu::noinline]] void wipe_stack() noexcept {
     std::array<char, 32768> below;

@@ -11,10 +11,10 @@
 namespace tool {
 namespace {
 
-/// Room for the longest password, its line end, and one byte that shows that there is more.
+/// The longest password, its line end, and one byte that shows that the input is longer.
 constexpr std::size_t most = longest_password + 3;
 
-/// What a source yields, without one final line end.
+/// The text of a source, without one final line end.
 Secret without_line_end(Secret text, const std::string& subject) {
     const std::string_view read = text.text();
     const std::size_t end = read.ends_with("\r\n") ? 2 : read.ends_with('\n') ? 1 : 0;

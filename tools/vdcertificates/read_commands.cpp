@@ -14,7 +14,7 @@ namespace {
 
 using qncore::equal_nocase_ascii;
 
-/// Throws Failure unless the file was read as what it should be.
+/// Throws Failure unless the whole file was read.
 void check_reading(const Store& store, const Reading& reading) {
     if (!reading.fault.empty()) {
         throw Failure(store.path() + " cannot be read to its end: " + reading.fault +
@@ -33,8 +33,8 @@ void warn_of_passwords(const Store& store, std::size_t count, const std::string&
     }
 }
 
-/// The library's search: the first spelling of the server in byte order, and there the first entry
-/// of the role.
+/// Searches as the library does: the first spelling of the server in byte order, and there the
+/// first entry of the role.
 class Search {
   public:
     Search(const Role& role, const std::string& server)
@@ -75,7 +75,7 @@ std::optional<Entry> search(Store& store, const Role& role, const std::string& s
     return std::move(search.found());
 }
 
-/// True when a search under the name as given is not the last word.
+/// True if the server may be stored under another name than the given one.
 bool tries_short_name(const Target& target, const std::optional<Entry>& found) {
     return target.role.tries_short_name && target.server.find_first_of(".:") != std::string::npos &&
            (!found ||
@@ -112,7 +112,7 @@ const Field* field_of(const Arguments& arguments) {
     throw UsageError("unknown field '" + name + "'");
 }
 
-/// The value as it is; a terminal gets it printable.
+/// Prints the value unchanged; on a terminal, unprintable characters are replaced.
 ExitStatus print_field(const Field& field, const Entry& entry) {
     const auto value = field.value(entry);
     if (!value) {
@@ -131,7 +131,7 @@ ExitStatus print_field(const Field& field, const Entry& entry) {
 
 using Entries = std::deque<Entry>;
 
-/// The values of one entry in a list: all of them, so that the columns keep their places.
+/// All values of one entry, also empty ones, so that the columns keep their places.
 template <class Visit>
 void for_each_column(bool passwords, const Visit& visit) {
     const std::size_t count = fields().size() - (passwords ? 0 : 1);

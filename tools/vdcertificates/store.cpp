@@ -22,8 +22,8 @@ namespace {
 
 const std::string& variable = ConfigurationFile::sm_configurationFilePathEnvironmentVariable;
 
-/// True when the key file is there and holds anything: an empty one is what a first use leaves that
-/// was killed. A look that fails is none that says it is missing.
+/// True if the key file exists and is not empty: a first use that was killed leaves empty files.
+/// Throws if that cannot be found out.
 bool is_there(const std::string& path) {
     const auto found = existence(path);
     if (!found) {

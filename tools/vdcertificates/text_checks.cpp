@@ -23,7 +23,7 @@ void check_not_empty(const std::string& subject, std::string_view text) {
     }
 }
 
-/// Throws when the text is not UTF-8; returns its first hidden character, or 0.
+/// Throws if the text is invalid UTF-8. Returns its first hidden character, or 0.
 unsigned int first_hidden(const std::string& subject, std::string_view text) {
     unsigned int found = 0;
     while (!text.empty()) {

@@ -29,7 +29,7 @@ std::string joined(const std::vector<std::string>& names) {
     return text;
 }
 
-/// " vdcertificates restore ..." when there is something to restore.
+/// " vdcertificates restore ..." if the former content exists.
 std::string restore_advice(const std::string& path) {
     if (platform::check_existence(previous_of(path))) {
         return "";
@@ -37,7 +37,7 @@ std::string restore_advice(const std::string& path) {
     return " vdcertificates restore brings " + previous_of(path) + " back.";
 }
 
-/// What of a file a change would drop; empty when nothing.
+/// Describes what a change would drop from the file; empty if nothing.
 std::string loss(const std::string& path, const Reading& reading) {
     if (!reading.fault.empty()) {
         return (reading.last_entry.empty()
@@ -55,7 +55,7 @@ std::string loss(const std::string& path, const Reading& reading) {
     return joined(reading.ignored) + " of " + path;
 }
 
-/// One entry that must be in the file, in the order of the file.
+/// One entry that the file must hold. Sorted as in the file.
 struct Expected {
     const std::string* section;
     const std::string* server; ///< null when the entry belongs to none
@@ -80,7 +80,7 @@ struct Expected {
     }
 };
 
-/// Ticks off the expected entries while the file is read again.
+/// Ticks off the expected entries when the file is read again.
 class Roll {
   public:
     explicit Roll(const Contents& contents) {
@@ -193,8 +193,8 @@ void Transaction::keep_previous() {
     is_kept_ = true;
 }
 
-/// False if the file does not hold its former content again. Takes no memory on Linux: its want may
-/// be why the change failed.
+/// Returns false if the former content could not be put back. Allocates no memory on Linux: a lack
+/// of memory may be why the change failed.
 bool Transaction::put_back() const {
     if (is_kept_) {
         return !platform::rename_over(previous_, real_path_);

@@ -24,7 +24,7 @@ Secret file_password(const Arguments& arguments) {
     return password_of(arguments);
 }
 
-/// All entries as JSON. The lock is held no longer than the reading takes.
+/// All entries as JSON. Holds the lock only while reading.
 Secret entries_as_json() {
     Secret text;
     JsonWriter json(text);
@@ -59,7 +59,7 @@ bool is_element_name(std::string_view name) {
            std::string_view("-.0123456789").find(name.front()) == std::string_view::npos;
 }
 
-/// Puts the members of each object into an entry.
+/// Converts each object to an entry.
 class ImportReader {
   public:
     Imports read(std::string_view text) {
@@ -165,7 +165,7 @@ Imports read_imports(const Arguments& arguments) {
     }
 }
 
-/// Stores one entry unless it is there just so, and returns what that is: "add", "change" or "".
+/// Stores one entry unless the same one exists. Returns "add", "change" or "".
 std::string apply(Contents& contents, Import& import) {
     Entry& entry = import.entry;
     const Role place{entry.node.name, entry.node.name, *entry.section, entry.by_server, true};

@@ -13,7 +13,7 @@ using vdcertificates::ConfigurationFile;
 
 constexpr std::size_t name_width = 16; ///< of the longest one, and two blanks
 
-/// Which rule gave the root directory.
+/// The rule that determined the root directory.
 std::string root_rule(const std::string& root) {
     if (root.empty()) {
         return "neither the machine's setting nor a user's profile names a directory";
@@ -30,7 +30,7 @@ struct Answer {
     std::optional<Failure> failure; ///< the first thing that could not be found out
 };
 
-/// What the library uses; where it cannot start, what it would use.
+/// The paths that the library uses, or would use if it could start.
 Answer find() {
     Answer answer;
     answer.keys = key_files();
