@@ -1,6 +1,6 @@
-#include <array>
 #include <atomic>
 #include <future>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -58,7 +58,7 @@ TEST(Ownership, ConcurrentOwnersFreeOnce) {
     };
     std::atomic<int> deaths{0};
     StrongPtr<Counted> owner(new Counted{deaths});
-    std::array<std::future<void>, 4> users;
+    std::vector<std::future<void>> users(4);
     for (std::future<void>& user : users) {
         user = std::async(std::launch::async, [owner] {
             for (int turn = 0; turn < 1000; ++turn) {
@@ -70,9 +70,7 @@ TEST(Ownership, ConcurrentOwnersFreeOnce) {
     }
     owner = StrongPtr<Counted>();
     EXPECT_FALSE(owner);
-    for (std::future<void>& user : users) {
-        user.wait();
-    }
+    users.clear(); // waits for them
     EXPECT_EQ(deaths, 1);
 }
 
