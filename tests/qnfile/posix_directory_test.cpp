@@ -52,7 +52,9 @@ TEST_F(PosixDirectoryTest, AnEntryIsTheLinkItself) {
             << entry.full_path();
         struct stat status = {};
         ASSERT_EQ(::lstat(entry.full_path().c_str(), &status), 0);
-        EXPECT_EQ(entry.size(), static_cast<std::uint64_t>(status.st_size));
+        if (entry.name() != "..") { // other tests use the directory above
+            EXPECT_EQ(entry.size(), static_cast<std::uint64_t>(status.st_size));
+        }
         EXPECT_EQ(entry.is_hidden(), entry.name() == ".hidden" || entry.name() == "..more");
     }
     EXPECT_EQ(walk("**/long*"), (Names{"dir/long name", "to dir/long name"}));
