@@ -69,9 +69,9 @@ struct ConfigurationFileAccess {
     /// The write half of a change: replaces the content of the file by exactly these sections, in
     /// one write. Throws on failure. The file is then unchanged, or truncated if the write failed.
     static void write(ConfigurationFile& file, const Document& nodes, PasswordCipher& cipher);
-    /// The same in pieces of that many bytes or some more, so that the whole text is never in
-    /// memory. Any failure may truncate the file, which is locked from before the first password is
-    /// enciphered.
+    /// The same in pieces of that many bytes or some more, so that the whole text of a larger file
+    /// is never in memory. The file is emptied before the first piece is written: after that any
+    /// failure truncates it. Holds the lock throughout.
     static void write_in_pieces(ConfigurationFile& file, const Document& nodes,
                                 PasswordCipher& cipher, std::size_t piece);
 

@@ -80,15 +80,21 @@ void ConfigurationFileAccess::write_in_pieces(ConfigurationFile& file, const Doc
                                               PasswordCipher& cipher, std::size_t piece) {
     const std::string path = file.get_configuration_file_path();
     const ConfigurationFileExclusiveAccessLock lock(file.m_configurationFileMutex);
-    const auto stream = open_emptied(path);
+    qncore::RefCountPtr<qnfile::FileWriteStream> stream;
     std::string text;
+    const auto write_text = [&] {
+        if (!stream) {
+            stream = open_emptied(path);
+        }
+        stream->write(text.c_str(), text.size());
+        text.clear();
+    };
     append_document(text, nodes, cipher, [&] {
         if (text.size() >= piece) {
-            stream->write(text.c_str(), text.size());
-            text.clear();
+            write_text();
         }
     });
-    stream->write(text.c_str(), text.size());
+    write_text();
 }
 
 void ConfigurationFile::set_subsystems_certificate_information(

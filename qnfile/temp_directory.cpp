@@ -1,15 +1,11 @@
-#include <algorithm>
-
-#include "platform/path.h"
 #include "platform/process_paths.h"
 #include "qnfile/file_utilities.h"
+#include "qnfile/path_forms.h"
 
 namespace qnfile {
 
 std::string get_temp_directory() {
-    std::string directory = platform::temporary_directory();
-    std::replace_if(directory.begin(), directory.end(), platform::is_separator, '/');
-    return directory;
+    return impl::with_slashes(platform::temporary_directory());
 }
 
 } // namespace qnfile
