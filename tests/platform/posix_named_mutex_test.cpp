@@ -1,18 +1,14 @@
 #include <csignal>
 #include <fcntl.h>
-#include <future>
 #include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 #include "platform/key_file.h"
 #include "platform/posix/lock_file.h"
-#include "tests/platform/mutex_fixture.h"
-#include "tests/platform/openers.h"
-#include "tests/support/child_process.h"
+#include "tests/platform/platform_fixture.h"
 
 namespace platform {
 namespace {
@@ -21,115 +17,91 @@ namespace fs = std::filesystem;
 
 constexpr Opener alone{FileAccess::read_write, FileSharing::none};
 
-/// True if some process holds a flock() of the file.
-bool is_locked(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    EXPECT_GE(file, 0);
-    const bool locked = ::flock(file, LOCK_EX | LOCK_NB) != 0;
-    ::close(file);
-    return locked;
-}
+class PosixMutexTest : public MutexTest {
+  protected:
+    PosixMutexTest() { support::write_file(file_, "content"); }
 
-mode_t mode_of(const std::string& path) {
-    struct stat status = {};
-    EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 07777;
-}
+    /// True if some process holds a flock() of the lock file.
+    bool is_locked() const {
+        const int file = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+        EXPECT_GE(file, 0);
+        const bool locked = ::flock(file, LOCK_EX | LOCK_NB) != 0;
+        ::close(file);
+        return locked;
+    }
 
-CHILD_PROCESS(lock_as_nobody) {
-    testing::set_mutex_name_suffix(arguments.at(0));
+    std::string path_ = *lock_file_path(mutex_name);
+    std::string file_ = directory_.file("file");
+};
+
+/// Returns 0 if every account can use the mutex, 1 if this one is denied it.
+int lock_as_nobody() {
+    NamedMutex mutex;
+    NamedMutex limited;
     ::umask(077);
     if (!support::become_nobody()) {
-        return 1;
+        return 2;
     }
-    NamedMutex mutex;
-    if (const SystemError error = mutex.create(name)) {
-        NamedMutex limited;
-        return error.is_access_denied() && limited.open_limited(name) == error ? 2 : 3;
+    if (const SystemError error = mutex.create(mutex_name)) {
+        return error.is_access_denied() && limited.open_limited(mutex_name) == error ? 1 : 3;
     }
-    NamedMutex limited;
-    return mutex.lock() || mutex.unlock() || !mutex.unlock() || limited.open_limited(name) ||
+    return mutex.lock() || mutex.unlock() || !mutex.unlock() || limited.open_limited(mutex_name) ||
                    limited.lock() || limited.unlock()
                ? 4
                : 0;
 }
 
-TEST_F(MutexTest, EveryAccountUsesItWhoeverMadeIt) {
+TEST_F(PosixMutexTest, EveryAccountUsesItWhoeverMadeIt) {
     if (!support::may_change_account()) {
         GTEST_SKIP() << "only root can become another account";
     }
-    const std::string path = *lock_file_path(name);
-    const auto nobody = [&] { return support::ChildProcess("lock_as_nobody", {suffix_}).wait(); };
-    for (const bool root_is_first : {true, false}) {
+    for (const bool root_is_first : {false, true}) {
+        fs::remove(path_);
         const mode_t mask = ::umask(077);
-        if (root_is_first) {
-            EXPECT_FALSE(NamedMutex().create(name));
-        }
+        EXPECT_FALSE(root_is_first && NamedMutex().create(mutex_name));
         ::umask(mask);
-        EXPECT_EQ(nobody(), 0);
-        EXPECT_EQ(mode_of(path), 0444U);
-        NamedMutex mutex;
-        ASSERT_FALSE(mutex.create(name));
-        EXPECT_FALSE(mutex.lock());
-        EXPECT_FALSE(mutex.unlock());
-        fs::remove(path);
+        EXPECT_EXIT(::_exit(lock_as_nobody()), ::testing::ExitedWithCode(0), "");
+        EXPECT_EQ(fs::status(path_).permissions(), fs::perms{0444});
+        EXPECT_FALSE(NamedMutex().create(mutex_name));
+        EXPECT_FALSE(mutex_.lock());
+        EXPECT_FALSE(mutex_.unlock());
     }
-    support::write_file(path, "");
-    ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
-    EXPECT_EQ(nobody(), 2) << "refused";
+    fs::permissions(path_, fs::perms{0600});
+    EXPECT_EXIT(::_exit(lock_as_nobody()), ::testing::ExitedWithCode(1), "");
 }
 
-TEST_F(MutexTest, OnlyARegularFileIsLocked) {
-    const std::string path = *lock_file_path(name);
-    const std::string target = directory_.file("target");
-    const struct {
-        const char* what;
-        std::function<void()> make;
-        int error;
-    } cases[] = {
-        {"a link to nothing", [&] { fs::create_symlink(target, path); }, ELOOP},
-        {"a link to a file",
-         [&] {
-             support::write_file(target, "");
-             fs::create_symlink(target, path);
-         },
-         ELOOP},
-        {"a pipe", [&] { EXPECT_EQ(::mkfifo(path.c_str(), 0666), 0); }, EINVAL},
-        {"a directory", [&] { fs::create_directory(path); }, EINVAL},
-    };
-    NamedMutex mutex;
-    EXPECT_TRUE(mutex.open_limited(name).is_not_found());
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        ASSERT_FALSE(mutex.create(name));
-        fs::remove(path);
-        c.make();
-        EXPECT_EQ(mutex.create(name), SystemError::posix(c.error));
-        EXPECT_EQ(mutex.open_limited(name), SystemError::posix(c.error));
-        EXPECT_EQ(mutex.lock(), SystemError::posix(c.error)) << "created before";
-        EXPECT_EQ(mutex.unlock(), SystemError::posix(EPERM));
-        fs::remove(path);
+TEST_F(PosixMutexTest, OnlyARegularFileIsLocked) {
+    fs::remove(path_);
+    EXPECT_TRUE(NamedMutex().open_limited(mutex_name).is_not_found());
+    for (const int error : {ELOOP, EINVAL}) {
+        if (error == ELOOP) {
+            fs::create_symlink(file_, path_);
+        } else {
+            ASSERT_EQ(::mkfifo(path_.c_str(), 0666), 0);
+        }
+        EXPECT_EQ(NamedMutex().create(mutex_name), SystemError::posix(error));
+        EXPECT_EQ(NamedMutex().open_limited(mutex_name), SystemError::posix(error));
+        EXPECT_EQ(mutex_.lock(), SystemError::posix(error)) << "created before";
+        EXPECT_EQ(mutex_.unlock(), SystemError::posix(EPERM));
+        fs::remove(path_);
     }
-    EXPECT_TRUE(mutex.create("Global\\a/b"));
-    EXPECT_TRUE(mutex.create(std::string(300, 'x')));
+    EXPECT_TRUE(NamedMutex().create("Global\\a/b"));
+    EXPECT_TRUE(NamedMutex().create(std::string(300, 'x')));
 }
 
-TEST_F(MutexTest, AWaitSurvivesSignalsAndAnExchangedFile) {
+TEST_F(PosixMutexTest, AWaitSurvivesSignalsAndAnExchangedFile) {
     struct sigaction action = {};
     struct sigaction before = {};
     action.sa_handler = [](int) {};
     ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0); // without SA_RESTART
-    const std::string path = *lock_file_path(name);
-    NamedMutex mutex;
     for (const bool is_replaced : {false, true}) {
-        support::ChildProcess child("hold_mutex", {suffix_});
+        support::ChildProcess child = holder();
         child.wait_for("held");
-        ASSERT_FALSE(mutex.create(name));
         bool holds_the_named_one = false;
         std::thread waiting([&] {
-            EXPECT_FALSE(mutex.lock());
-            holds_the_named_one = is_locked(path);
-            EXPECT_FALSE(mutex.unlock());
+            EXPECT_FALSE(mutex_.lock());
+            holds_the_named_one = is_locked();
+            EXPECT_FALSE(mutex_.unlock());
         });
         while (highest_lock_descriptor() < 0) { // it has not opened the file
             std::this_thread::yield();
@@ -138,9 +110,9 @@ TEST_F(MutexTest, AWaitSurvivesSignalsAndAnExchangedFile) {
             ::pthread_kill(waiting.native_handle(), SIGUSR1);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        fs::remove(path);
+        fs::remove(path_);
         if (is_replaced) {
-            support::write_file(path, "");
+            support::write_file(path_, "");
         }
         child.tell();
         waiting.join();
@@ -150,70 +122,45 @@ TEST_F(MutexTest, AWaitSurvivesSignalsAndAnExchangedFile) {
     ::sigaction(SIGUSR1, &before, nullptr);
 }
 
-CHILD_PROCESS(hold_mutex_and_fork) {
-    testing::set_mutex_name_suffix(arguments.at(0));
-    NamedMutex mutex;
-    if (mutex.create(name) || mutex.lock()) {
-        return 1;
-    }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        support::say("forked");
-        support::wait_to_be_told(); // until the test has ended
-        ::_exit(0);
-    }
-    return child < 0 ? 2 : ::pause();
-}
-
-TEST_F(MutexTest, AForkedChildHoldsNothingAndKeepsNothingLocked) {
-    NamedMutex mutex;
-    ASSERT_FALSE(mutex.create(name));
-    ASSERT_FALSE(mutex.lock());
-    EXPECT_EXIT(::_exit(mutex.unlock() == SystemError::posix(EPERM) &&
-                                highest_lock_descriptor() == -1 && is_locked(*lock_file_path(name))
+TEST_F(PosixMutexTest, AForkedChildHoldsNothingAndKeepsNothingLocked) {
+    ASSERT_FALSE(mutex_.lock());
+    const int lock = highest_lock_descriptor();
+    EXPECT_EXIT(::_exit(mutex_.unlock() == SystemError::posix(EPERM) &&
+                                highest_lock_descriptor() == -1 && ::fcntl(lock, F_GETFD) == -1 &&
+                                is_locked()
                             ? 0
                             : 1),
                 ::testing::ExitedWithCode(0), "");
-    EXPECT_TRUE(is_locked(*lock_file_path(name)));
-    EXPECT_FALSE(mutex.unlock());
-
-    support::ChildProcess holder("hold_mutex_and_fork", {suffix_});
-    holder.wait_for("forked");
-    EXPECT_TRUE(is_locked(*lock_file_path(name)));
-    holder.kill();
-    EXPECT_EQ(holder.wait(), -1);
-    EXPECT_FALSE(is_locked(*lock_file_path(name))) << "its child lives";
+    EXPECT_TRUE(is_locked());
+    EXPECT_FALSE(mutex_.unlock());
 }
 
-TEST_F(MutexTest, FilesLieAboveItAlsoWhenItIsClosed) {
+TEST_F(PosixMutexTest, FilesHaveHigherDescriptorsAndAClosedMutexStaysHeld) {
     const int low = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    NamedMutex mutex;
-    ASSERT_FALSE(mutex.create(name));
-    ASSERT_FALSE(mutex.lock());
+    ASSERT_FALSE(mutex_.lock());
     ::close(low);
     const int lock = highest_lock_descriptor();
     ASSERT_GT(lock, low);
-    support::write_file(directory_.file("file"), "");
-    const OpenFile file = alone.open(directory_.file("file"));
+    const OpenFile file = alone.open(file_);
     const OpenFile key(open_key_file(directory_.file("key")));
     for (const FileHandle descriptor : {FileHandle{lock}, file.get(), key.get()}) {
         EXPECT_GE(descriptor, lock);
         EXPECT_EQ(::fcntl(static_cast<int>(descriptor), F_GETFD), FD_CLOEXEC);
     }
-    EXPECT_FALSE(mutex.close()) << "and stays held";
-    NamedMutex again;
-    ASSERT_FALSE(again.create(name));
-    EXPECT_FALSE(again.unlock());
+    EXPECT_FALSE(mutex_.close());
+    EXPECT_TRUE(is_locked());
+    ASSERT_FALSE(mutex_.create(mutex_name));
+    EXPECT_FALSE(mutex_.unlock());
     EXPECT_EQ(highest_lock_descriptor(), -1);
 }
 
-/// Has a file open under the mutex, with memory whose release takes time, till it is killed.
+/// Has a file open under the mutex, with memory whose release takes time, until it is killed.
 CHILD_PROCESS(read_under_mutex) {
     testing::set_mutex_name_suffix(arguments.at(0));
     const std::vector<char> memory(std::stoul(arguments.at(2)) << 20, 'x');
     const int low = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     NamedMutex mutex;
-    if (mutex.create(name) || mutex.lock()) {
+    if (mutex.create(mutex_name) || mutex.lock()) {
         return 1;
     }
     ::close(low);
@@ -223,18 +170,14 @@ CHILD_PROCESS(read_under_mutex) {
     return memory.back();
 }
 
-TEST_F(MutexTest, TheShareModesOfAKilledProcessGoBeforeItsMutex) {
-    const std::string file = directory_.file("file");
-    support::write_file(file, "content");
-    NamedMutex mutex;
-    ASSERT_FALSE(mutex.create(name));
+TEST_F(PosixMutexTest, TheShareModesOfAKilledProcessEndBeforeItsMutex) {
     for (const char* megabytes : {"1", "1", "1", "1", "1", "1", "1", "1", "30", "30", "30", "30"}) {
-        support::ChildProcess child("read_under_mutex", {suffix_, file, megabytes});
+        support::ChildProcess child("read_under_mutex", {suffix_, file_, megabytes});
         child.wait_for("held");
         child.kill();
-        ASSERT_FALSE(mutex.lock());
-        EXPECT_TRUE(alone.open(file)) << "refused by a dead process";
-        EXPECT_FALSE(mutex.unlock());
+        ASSERT_FALSE(mutex_.lock());
+        EXPECT_TRUE(alone.open(file_)) << "refused by a dead process";
+        EXPECT_FALSE(mutex_.unlock());
     }
 }
 
