@@ -52,9 +52,8 @@ struct Opener {
 /// All twelve.
 inline std::vector<Opener> all_openers() {
     std::vector<Opener> openers(12);
-    for (int i = 0; Opener& opener : openers) {
-        opener = {static_cast<FileAccess>(i / 4), static_cast<FileSharing>(i % 4)};
-        ++i;
+    for (std::size_t i = 0; i < openers.size(); ++i) {
+        openers[i] = {static_cast<FileAccess>(i / 4), static_cast<FileSharing>(i % 4)};
     }
     return openers;
 }

@@ -118,9 +118,10 @@ TEST(MachineTest, ErrorsAreClassifiedByTheSystemThatDefinesThem) {
 
 TEST(MachineTest, AddressesAndOtherTexts) {
     const std::tuple<const char*, AddressFamily, bool> cases[] = {
-        {"127.0.0.1", AddressFamily::ipv4, true},  {"::1", AddressFamily::ipv6, true},
-        {"::1", AddressFamily::ipv4, false},       {"127.0.0.1", AddressFamily::ipv6, false},
-        {"srv01.test", AddressFamily::ipv4, false}};
+        {"127.0.0.1", AddressFamily::ipv4, true},   {"::1", AddressFamily::ipv6, true},
+        {"::1", AddressFamily::ipv4, false},        {"127.0.0.1", AddressFamily::ipv6, false},
+        {"srv01.test", AddressFamily::ipv4, false},
+    };
     EXPECT_EQ(start_name_service(), 0);
     for (const auto& [text, family, is_address] : cases) {
         SCOPED_TRACE(text);

@@ -1,24 +1,236 @@
-#include "qnfile/directory.h"
+#include <chrono>
+#include <iterator>
 
 #include "platform/path.h"
+#include "qnfile/directory.h"
+#include "qnfile/directory_sequence_impl.h"
 #include "tests/qnfile/file_fixture.h"
 
 namespace qnfile {
 namespace {
 
-constexpr int mode = 7;
+using testing::ElementsAre;
 
-class DirectoryTest : public FileFixture {
-  protected:
-    /// The path of that many nested directories named "d".
-    std::string nested(int levels) const {
-        std::string path = this->path("deep");
-        for (int level = 1; level < levels; ++level) {
-            path += "/d";
-        }
-        return path;
+static_assert(std::forward_iterator<DirectorySequence::iterator>);
+
+class DirectorySequenceTest : public FileFixture {};
+class DirectoryEntryTest : public FileFixture {};
+class DirectoryTest : public FileFixture {};
+
+TEST_F(DirectorySequenceTest, PatternsChooseWhatIsEnteredAndDelivered) {
+    make({"a/", "a/b/", "a/b/x", "a/x", "b", "c/", "c/a/", "c/a/b", "c/b/", "..foo/", "..foo/x",
+          ".hid/", ".hid/x", "x/", "x/x/", "x/x/x", "empty/"});
+    const std::pair<const char*, Names> cases[] = {
+        {"", {"..foo", ".hid", "a", "b", "c", "empty", "x"}},
+        {"b", {"b"}},
+        {"B", {}},
+        {"none", {}},
+        {"a/b", {"a/b"}},
+        {"?/b", {"./b", "a/b", "c/b"}}, // "." is a directory like others
+        {"a|c/b|x", {"a/b", "a/x", "c/b"}},
+        {"b/*", {}}, // a file is not entered
+        {"**/x", {".hid/x", "a/b/x", "a/x", "x", "x/x", "x/x/x"}},
+        {"**/none", {}},
+        {"**/a/b", {"a/b", "c/a/b"}},
+        {"a/**", {"a/b", "a/b/x", "a/x"}},
+        {"a/**/x", {"a/b/x", "a/x"}},
+        {"**/x/**/x", {"x/x", "x/x/x", "x/x/x"}}, // reached in two ways
+        // A name that begins with ".." is delivered, and not entered by a walk of any depth.
+        {"**",
+         {"..foo", ".hid", ".hid/x", "a", "a/b", "a/b/x", "a/x", "b", "c", "c/a", "c/a/b", "c/b",
+          "empty", "x", "x/x", "x/x/x"}},
+        {"..foo/x", {"..foo/x"}},
+    };
+    for (const auto& [pattern, entries] : cases) {
+        EXPECT_EQ(walk(pattern), entries) << pattern;
     }
-};
+    EXPECT_THAT(rest(sequence("", nullptr, "empty").begin()),
+                testing::UnorderedElementsAre("empty/.", "empty/.."));
+    EXPECT_FALSE(sequence("none"));
+    EXPECT_TRUE(sequence("", nullptr, "empty"));
+}
+
+TEST_F(DirectorySequenceTest, PathsAndForms) {
+    make({"sub/", "sub/File"});
+    fs::current_path(directory_.path() / "sub");
+    const DirectorySequence here("", 0, "file", 4, false);
+    ASSERT_NE(here.begin(), here.end());
+    EXPECT_EQ(here.begin()->full_path(), "./File");
+
+    const std::string unended = path("sub");
+    DirectorySequence entries;
+    EXPECT_EQ(entries.begin(), entries.end());
+    entries.rewind();
+    EXPECT_FALSE(entries);
+    entries.assign(unended.data(), unended.size());
+    EXPECT_EQ(entries.begin()->directory(), base_ + "sub/");
+    entries.assign(unended.data(), unended.size(), "F*", 2, true);
+    EXPECT_THAT(rest(entries.begin()), ElementsAre("sub/File"));
+    fs::remove(path("sub/File"));
+    make({"sub/Fresh"});
+    entries.rewind();
+    EXPECT_THAT(rest(entries.begin()), ElementsAre("sub/Fresh"));
+}
+
+TEST_F(DirectorySequenceTest, CopiesContinueOnTheirOwn) {
+    make({"a/", "a/a/", "a/a/x", "a/b/", "a/b/x", "a/x", "b/", "b/x", "c/", "c/d/", "c/d/x", "x"});
+    for (const char* pattern : {"", "**", "**/x", "?/*", "a/**", "**/a/*", "c/*/x", "**/x|?"}) {
+        SCOPED_TRACE(pattern);
+        const DirectorySequence entries = sequence(pattern);
+        const Names all = rest(entries.begin());
+        EXPECT_EQ(rest(entries.begin()), all) << "a second walk";
+        auto place = entries.begin();
+        auto beside = entries.begin();
+        for (auto left = all.begin(); left != all.end(); ++left, ++place, ++beside) {
+            EXPECT_EQ(place, beside) << "two walks at once";
+            const Names expected(left, all.end());
+            auto copy = place;
+            const DirectoryEntry entry = *copy;
+            EXPECT_EQ(rest(place), expected) << "the first to move takes the handle along";
+            EXPECT_EQ(copy, place);
+            EXPECT_EQ(rest(std::move(copy)), expected) << "the other finds its place again";
+            EXPECT_EQ(relative(entry), *left) << "an entry stays as it is";
+        }
+        EXPECT_EQ(place, entries.end());
+        EXPECT_EQ(beside, entries.end());
+    }
+}
+
+constexpr auto device_error = platform::SystemError::posix(5);
+
+TEST_F(DirectorySequenceTest, AWalkContinuesAfterWhatFails) {
+    make({"a/", "a/x", "b/", "b/x", "c/", "c/x"});
+    const DirectorySequence::iterator end;
+    const std::pair<Call, int> cases[] = {
+        {Call::open_directory, 2}, {Call::read_directory, 3}, {Call::close_directory, 3}};
+    for (const auto& [call, entries] : cases) {
+        for (const bool throwing : {false, true}) {
+            SCOPED_TRACE(testing::Message() << static_cast<int>(call) << throwing);
+            ErrorInfoPtr error;
+            auto place = sequence("a|b|c/x").begin();
+            platform::testing::fail_next(call, device_error);
+            int count = 1;
+            int thrown = 0;
+            for (DirectoryEntry held = *place; place != end; count += place != end ? 1 : 0) {
+                held = *place; // so that each step is that of a copy
+                try {
+                    place.increment(throwing ? nullptr : &error);
+                } catch (const qncore::ErrorException&) {
+                    EXPECT_EQ(*place, held) << "a throw leaves the entry";
+                    EXPECT_EQ(place->size(), 1U);
+                    EXPECT_EQ(rest(DirectorySequence::iterator(held)).size(), 3U)
+                        << "a copy tries again";
+                    ++thrown;
+                    --count;
+                }
+            }
+            EXPECT_EQ(count, entries);
+            EXPECT_EQ(thrown, throwing ? 1 : 0);
+            EXPECT_NE(static_cast<bool>(error), throwing);
+        }
+    }
+}
+
+TEST_F(DirectorySequenceTest, TheWayToTheFirstMatchHas100Levels) {
+    std::string chain;
+    for (int level = 1; level <= 101; ++level) {
+        chain += "d/";
+        make({chain});
+        if (level >= 100) {
+            make({chain + "leaf"});
+            EXPECT_EQ(walk("**/leaf").size(), level == 100 ? 1U : 0U);
+            fs::remove(path(chain + "leaf"));
+        }
+    }
+    // Where each level has a match, each is a new way.
+    EXPECT_EQ(walk("**").size(), 101U);
+}
+
+TEST_F(DirectoryEntryTest, FromAPath) {
+    make({"dir/", "dir/file"});
+    fs::current_path(directory_.path());
+    const std::tuple<std::string, const char*, std::string> cases[] = {
+        {path("dir"), "dir", base_},
+        {path("dir") + "/", "dir", base_},
+        {path("dir/file"), "file", base_ + "dir/"},
+        {path("dir") + "//file", "file", base_ + "dir//"},
+        {path("dir/."), ".", base_ + "dir/"},
+        {"dir", "dir", "./"},
+    };
+    for (const auto& [path, name, directory] : cases) {
+        const DirectoryEntry entry = DirectoryEntry::create_from_full_path(path);
+        EXPECT_EQ(entry.name(), name) << path;
+        EXPECT_EQ(entry.directory(), directory) << path;
+        EXPECT_EQ(entry.full_path(), directory + name);
+        EXPECT_EQ(entry.is_directory(), entry.name() != "file");
+    }
+    // Only one separator at the end is removed, for the answer as for the system.
+    EXPECT_TRUE(DirectoryEntry::create_from_full_path(path("dir//")));
+    ErrorInfoPtr error;
+    EXPECT_FALSE(DirectoryEntry::create_from_full_path("", &error));
+    EXPECT_TRUE(error);
+}
+
+TEST_F(DirectoryEntryTest, HasTheSystemsStatistics) {
+    constexpr std::chrono::seconds slack(2);
+    const auto before = std::chrono::system_clock::now() - slack;
+    make({"dir/", "file", "closed"});
+    support::write_file(path("file"), std::string(70000, 'x'));
+    fs::permissions(path("closed"), fs::perms::owner_read);
+    int count = 0;
+    for (const DirectoryEntry& entry : sequence("dir|file|closed")) {
+        SCOPED_TRACE(entry.name());
+        ++count;
+        const bool is_directory = entry.name() == "dir";
+        EXPECT_EQ(entry.type(), is_directory ? entry_directory : entry_file);
+        EXPECT_EQ(entry.access(), entry.name() == "closed"
+                                      ? entry_access_read
+                                      : entry_access_read | entry_access_write);
+        if (!is_directory) {
+            EXPECT_EQ(entry.size(), entry.name() == "file" ? 70000U : 1U);
+        }
+        for (const std::int64_t time : {entry.accessed(), entry.modified(), entry.created()}) {
+            const std::chrono::system_clock::time_point point{std::chrono::nanoseconds(time)};
+            EXPECT_TRUE(point >= before && point <= before + 10 * slack) << time;
+        }
+        const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
+        EXPECT_EQ(again, entry);
+        EXPECT_EQ(again.hash_value(), entry.hash_value());
+        EXPECT_EQ(std::tuple(again.type(), again.access(), again.modified(), again.created()),
+                  std::tuple(entry.type(), entry.access(), entry.modified(), entry.created()));
+    }
+    EXPECT_EQ(count, 3);
+}
+
+TEST_F(DirectoryEntryTest, HasAnOrderAndAHash) {
+    make({"a/", "a/b", "a/bb", "a/\xC3\xA4", "a-/", "a-/b"});
+    const auto entry = [&](const char* name) {
+        return DirectoryEntry::create_from_full_path(path(name));
+    };
+    const DirectoryEntry ordered[] = {entry("a"), entry("a-/b"), entry("a/b"), entry("a/bb"),
+                                      entry("a/\xC3\xA4")};
+    for (const DirectoryEntry& left : ordered) {
+        for (const DirectoryEntry& right : ordered) {
+            EXPECT_EQ(left < right, &left < &right) << left.full_path() << right.full_path();
+            EXPECT_EQ(left == right, &left == &right);
+        }
+    }
+    EXPECT_EQ(DirectoryEntry(), DirectoryEntry());
+    EXPECT_FALSE(DirectoryEntry() == ordered[0]);
+    EXPECT_LT(DirectoryEntry(), ordered[0]);
+    EXPECT_EQ(impl::hash_of("a/"), 532U);
+    EXPECT_EQ(impl::hash_of("\xC3\xA4"), static_cast<std::uint32_t>(5 * -61 - 92));
+    EXPECT_EQ(ordered[4].hash_value(), impl::hash_of("\xC3\xA4") ^ impl::hash_of(base_ + "a/"));
+}
+
+TEST_F(DirectoryEntryTest, WalksOnAmongItsSiblings) {
+    make({"dir/", "dir/1", "dir/2", "dir/3"});
+    const Names all = rest(sequence("", nullptr, "dir").begin());
+    const DirectorySequence::iterator place(DirectoryEntry::create_from_full_path(path("dir/2")));
+    EXPECT_EQ(rest(place), Names(std::find(all.begin(), all.end(), "dir/2"), all.end()));
+}
+
+constexpr int mode = 7;
 
 TEST_F(DirectoryTest, CreatesWhatIsMissingAbove) {
     for (const char* name : {"a", "a/b/c/", "a/b/c/d//e"}) {
@@ -30,6 +242,13 @@ TEST_F(DirectoryTest, CreatesWhatIsMissingAbove) {
 }
 
 TEST_F(DirectoryTest, TreesHaveADepth) {
+    const auto nested = [&](int levels) {
+        std::string path = this->path("deep");
+        for (int level = 1; level < levels; ++level) {
+            path += "/d";
+        }
+        return path;
+    };
     ErrorInfoPtr error;
     create_directory(nested(53), mode, &error, true);
     ASSERT_TRUE(error);
@@ -47,33 +266,27 @@ TEST_F(DirectoryTest, TreesHaveADepth) {
 }
 
 TEST_F(DirectoryTest, RemovesATree) {
-    const fs::path tree = directory_.path() / "tree";
-    for (const char* inner : {"a/b", "a/.c", "..d"}) {
-        fs::create_directories(tree / inner);
-        support::write_file((tree / inner / "file").string(), "x");
-    }
-    support::write_file((tree / ".hidden").string(), "x");
+    make({"tree/a/b/", "tree/a/b/file", "tree/a/.c/", "tree/a/.c/file", "tree/..d/",
+          "tree/..d/file", "tree/.hidden"});
     ErrorInfoPtr error;
-    remove_directory(tree.string(), remove_empty_only, &error);
+    remove_directory(path("tree"), remove_empty_only, &error);
     EXPECT_TRUE(error);
-    remove_directory(tree.string(), remove_recursive, &error);
-    EXPECT_TRUE(fs::exists(tree)) << "a slot that holds an error stops it at once";
-    remove_directory(tree.string() + "/", remove_recursive, nullptr);
-    EXPECT_FALSE(fs::exists(tree));
+    remove_directory(path("tree"), remove_recursive, &error);
+    EXPECT_TRUE(fs::exists(path("tree"))) << "a slot that holds an error stops it at once";
+    remove_directory(path("tree") + "/", remove_recursive, nullptr);
+    EXPECT_FALSE(fs::exists(path("tree")));
 }
 
 TEST_F(DirectoryTest, CurrentDirectory) {
-    const std::string before = get_current_directory(nullptr);
     // Longer than the first buffer.
     const fs::path inner = directory_.path() / std::string(100, 'x') / std::string(100, 'y');
     fs::create_directories(inner);
     set_current_directory(inner.parent_path().string(), nullptr);
     set_current_directory(inner.filename().string(), nullptr);
     const std::string current = get_current_directory(nullptr);
-    create_directory("here", mode, nullptr, true); // a name without a separator
-    set_current_directory(before, nullptr);
     EXPECT_EQ(fs::path(current), fs::canonical(inner));
     EXPECT_NE(current.back(), platform::preferred_separator);
+    create_directory("here", mode, nullptr, true); // a name without a separator
     EXPECT_TRUE(fs::exists(inner / "here"));
 }
 

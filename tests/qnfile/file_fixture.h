@@ -33,9 +33,11 @@ std::string code_of(const Action& action) {
     return error ? std::string(error->code().path()) : "";
 }
 
-/// A directory of the test's own, and walks through it.
+/// A directory of the test's own, and walks through it. A test may change the current directory.
 class FileFixture : public ::testing::Test {
   protected:
+    ~FileFixture() override { fs::current_path(previous_); }
+
     /// Makes directories (names with "/" at the end) and files of one byte.
     void make(std::initializer_list<std::string_view> names) const {
         for (const std::string_view name : names) {
@@ -65,12 +67,11 @@ class FileFixture : public ::testing::Test {
         }
         return names;
     }
-    /// A whole walk, sorted, without "." and ".." unless they are asked for.
-    Names walk(std::string_view pattern, bool dots = false) const {
+    /// A whole walk, sorted, without "." and "..".
+    Names walk(std::string_view pattern) const {
         Names names = rest(sequence(pattern).begin());
-        std::erase_if(names, [dots](const std::string& name) {
-            return !dots &&
-                   (name.ends_with("/.") || name.ends_with("/..") || name == "." || name == "..");
+        std::erase_if(names, [](const std::string& name) {
+            return name.ends_with("/.") || name.ends_with("/..") || name == "." || name == "..";
         });
         std::sort(names.begin(), names.end());
         return names;
@@ -80,6 +81,7 @@ class FileFixture : public ::testing::Test {
     std::string base_ = directory_.path().generic_string() + "/";
     std::string file_ = path("file");
     std::string missing_ = path("missing");
+    fs::path previous_ = fs::current_path();
 };
 
 } // namespace qnfile

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "qncore/string_conversion.h"
 #include "tests/support/exact_buffer.h"
 
 namespace qnfile {
@@ -20,7 +19,6 @@ TEST(PathPatternTest, CompilesTheFirstSegment) {
         {"**/*.TXT", pattern_suffix, 5, false, true, "*.txt"},
         {"**/**/x", pattern_wildcard, 2, true, true, "**/x"},
         {"**x", pattern_wildcard, 3, false, false, "**x"},
-        {"***", pattern_wildcard, 3, false, false, "***"},
         {"a/b", pattern_exact, 1, true, false, "a/b"},
         {"a/*?|", pattern_exact, 1, true, false, "a/*?|"},
         {"/a/b", pattern_exact, 4, false, false, "/a/b"},
@@ -28,9 +26,7 @@ TEST(PathPatternTest, CompilesTheFirstSegment) {
         {"ab**", pattern_wildcard, 4, false, false, "ab**"},
         {"*a*", pattern_wildcard, 3, false, false, "*a*"},
         {"?", pattern_wildcard, 1, false, false, "?"},
-        {"ab?*", pattern_wildcard, 4, false, false, "ab?*"},
         {"a|b", pattern_alternatives, 3, false, false, "a|b"},
-        {"*|/x", pattern_alternatives, 2, true, false, "*|/x"},
     };
     for (const auto& [text, kind, length, more, recursive, rest] : cases) {
         SCOPED_TRACE(text);
@@ -38,9 +34,6 @@ TEST(PathPatternTest, CompilesTheFirstSegment) {
         EXPECT_EQ(std::tuple(pattern.kind(), pattern.segment_length(), pattern.has_more_segments(),
                              pattern.is_recursive(), pattern.text()),
                   std::tuple(kind, length, more, recursive, std::string(rest)));
-        const Wide wide(qncore::to_wstring(text), false);
-        EXPECT_EQ(std::tuple(wide.kind(), wide.segment_length(), qncore::to_string(wide.text())),
-                  std::tuple(kind, length, std::string(rest)));
     }
     const Narrow next = Narrow("**/A/B", true).next_segment();
     EXPECT_EQ(next.text(), "B");
@@ -65,9 +58,9 @@ TEST(PathPatternTest, Matches) {
         {"?", {"a", "?", "\xE2\x82\xAC"}, {"", "ab", "\xE2\x82", "\x82", "\xFF"}},
         {"aZ", {"Az", "AZ"}, {"a{"}},
         {"*?", {"a", "ab"}, {"", "\xE2\x82\xAC"}}, // the first unit after a star is one byte
-        {"*a*",
-         {"a", "xax", "\xC3\xA4-a"},
-         {"", "\xFF-a"}}, // the scan ends at an invalid character
+        // The scan ends at an invalid character.
+        {"*a*", {"a", "xax", "\xC3\xA4-a"}, {"", "\xFF-a"}},
+        {"*a*b*b", {"abb", "aab-b"}, {"ab"}},
         {"a/b", {"a"}, {"b", "a/b"}},
         {"/a/b", {"/a/b"}, {"a"}},
     };
@@ -101,13 +94,6 @@ TEST(PathPatternTest, WideCharactersArePairsButForTheLastUnit) {
 }
 
 TEST(PathPatternTest, StarsAreLimitedAndCheap) {
-    const auto repeated = [](const char* text, int times) {
-        std::string all;
-        for (int i = 0; i < times; ++i) {
-            all += text;
-        }
-        return all;
-    };
     std::string text;
     std::string name;
     for (int runs = 1; runs <= 34; ++runs) {
@@ -120,8 +106,12 @@ TEST(PathPatternTest, StarsAreLimitedAndCheap) {
     // Tried place by place these would not end in a lifetime.
     name.assign(255, 'a');
     for (const char* piece : {"*a", "*?", "*aa?"}) {
-        EXPECT_FALSE(Narrow(repeated(piece, 31) + "*b", true).matches(name)) << piece;
-        EXPECT_TRUE(Narrow(repeated(piece, 31) + "*a*", true).matches(name)) << piece;
+        text.clear();
+        for (int i = 0; i < 31; ++i) {
+            text += piece;
+        }
+        EXPECT_FALSE(Narrow(text + "*b", true).matches(name)) << piece;
+        EXPECT_TRUE(Narrow(text + "*a*", true).matches(name)) << piece;
     }
     name.assign(100000, 'a');
     name += 'b';
