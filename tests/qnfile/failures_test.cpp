@@ -59,9 +59,6 @@ class FailuresTest : public FileFixture {
   protected:
     FailuresTest() { support::write_file(file_, "content"); }
 
-    FileImpl opened(impl::FileAccessMode access) const {
-        return {file_, access, open_existing, share_read_write, flag_none};
-    }
     /// Moves on from the only entry while the call fails.
     void step(Call call, ErrorInfoPtr* error) const {
         auto place = sequence("file").begin();
@@ -73,8 +70,8 @@ class FailuresTest : public FileFixture {
 };
 
 TEST_F(FailuresTest, OfStreams) {
-    FileImpl reader = opened(impl::access_read);
-    FileImpl writer = opened(impl::access_write);
+    FileImpl reader(file_, impl::access_read, open_existing, share_read_write, flag_none);
+    FileImpl writer(file_, impl::access_write, open_existing, share_read_write, flag_none);
     char byte = 0;
     const auto open = [&](auto access, auto disposition, auto share) {
         FileImpl(file_, access, disposition, share, flag_none);

@@ -13,10 +13,7 @@ class WindowsFiles : public FileFixture {
 };
 
 TEST(WindowsFileNames, OfUris) {
-    const struct {
-        const char* uri;
-        const char* name;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"file:///C:/dir/a%20b.txt", "c:\\dir\\a b.txt"},
         {"file://server/share/x", "\\\\server\\share\\x"},
         {"file://server", "\\\\server"},
@@ -25,8 +22,8 @@ TEST(WindowsFileNames, OfUris) {
         {"file:///%31:/x", "1:\\x"}, // the byte before the colon may be anything: required
         {"file:sub/x", "sub\\x"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(filename_from_uri(uri_of(c.uri), nullptr), c.name) << c.uri;
+    for (const auto& [uri, name] : cases) {
+        EXPECT_EQ(filename_from_uri(uri_of(uri), nullptr), name) << uri;
     }
     EXPECT_EQ(uri_from_filename("C:\\a b\\c%d.txt").text(), "file:///c:/a%20b/c%25d.txt");
     EXPECT_EQ(uri_from_filename("\\\\srv\\share\\x").text(), "file://srv/share/x");
@@ -52,8 +49,7 @@ TEST_F(WindowsFiles, TheLargestTimeIsMoreThanItsNanoseconds) {
 // Wine shows a link of the host as a reparse point without data, at which the removal stops.
 TEST_F(WindowsFiles, ARemovalKeepsWhatALinkLeadsTo) {
     make({"outside/", "outside/kept", "tree/"});
-    const std::string before = get_current_directory(nullptr);
-    set_current_directory(base_, nullptr);
+    fs::current_path(directory_.path());
     support::run(support::is_wine()
                      ? support::Command{"Z:\\bin\\ln", {"-s", "../outside", "tree/link"}}
                      : support::Command{"cmd", {"/c", "mklink", "/J", "tree\\link", "outside"}});
@@ -65,7 +61,6 @@ TEST_F(WindowsFiles, ARemovalKeepsWhatALinkLeadsTo) {
     if (support::is_wine()) {
         support::run({"Z:\\bin\\rm", {"tree/link"}});
     }
-    set_current_directory(before, nullptr);
 }
 
 } // namespace
