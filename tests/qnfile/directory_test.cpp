@@ -23,8 +23,6 @@ TEST_F(DirectorySequenceTest, PatternsChooseWhatIsEnteredAndDelivered) {
     const std::pair<const char*, Names> cases[] = {
         {"", {"..foo", ".hid", "a", "b", "c", "empty", "x"}},
         {"b", {"b"}},
-        {"B", {}},
-        {"none", {}},
         {"a/b", {"a/b"}},
         {"?/b", {"./b", "a/b", "c/b"}}, // "." is a directory like others
         {"a|c/b|x", {"a/b", "a/x", "c/b"}},
@@ -100,34 +98,24 @@ constexpr auto device_error = platform::SystemError::posix(5);
 
 TEST_F(DirectorySequenceTest, AWalkContinuesAfterWhatFails) {
     make({"a/", "a/x", "b/", "b/x", "c/", "c/x"});
-    const DirectorySequence::iterator end;
-    const std::pair<Call, int> cases[] = {
+    const std::pair<Call, std::size_t> cases[] = {
         {Call::open_directory, 2}, {Call::read_directory, 3}, {Call::close_directory, 3}};
     for (const auto& [call, entries] : cases) {
-        for (const bool throwing : {false, true}) {
-            SCOPED_TRACE(testing::Message() << static_cast<int>(call) << throwing);
-            ErrorInfoPtr error;
-            auto place = sequence("a|b|c/x").begin();
-            platform::testing::fail_next(call, device_error);
-            int count = 1;
-            int thrown = 0;
-            for (DirectoryEntry held = *place; place != end; count += place != end ? 1 : 0) {
-                held = *place; // so that each step is that of a copy
-                try {
-                    place.increment(throwing ? nullptr : &error);
-                } catch (const qncore::ErrorException&) {
-                    EXPECT_EQ(*place, held) << "a throw leaves the entry";
-                    EXPECT_EQ(place->size(), 1U);
-                    EXPECT_EQ(rest(DirectorySequence::iterator(held)).size(), 3U)
-                        << "a copy tries again";
-                    ++thrown;
-                    --count;
-                }
-            }
-            EXPECT_EQ(count, entries);
-            EXPECT_EQ(thrown, throwing ? 1 : 0);
-            EXPECT_NE(static_cast<bool>(error), throwing);
-        }
+        SCOPED_TRACE(static_cast<int>(call));
+        ErrorInfoPtr error;
+        auto place = sequence("a|b|c/x").begin();
+        platform::testing::fail_next(call, device_error);
+        EXPECT_EQ(rest(place, &error).size(), entries);
+        EXPECT_TRUE(error);
+
+        place = sequence("a|b|c/x").begin();
+        const DirectoryEntry held = *place; // so that the step is that of a copy
+        platform::testing::fail_next(call, device_error);
+        EXPECT_NE(code_of([&] { ++place; }), "");
+        EXPECT_EQ(*place, held) << "a throw leaves the entry";
+        EXPECT_EQ(place->size(), 1U);
+        EXPECT_EQ(rest(place).size(), entries) << "goes on after the failure";
+        EXPECT_EQ(rest(DirectorySequence::iterator(held)).size(), 3U) << "a copy tries again";
     }
 }
 
@@ -135,15 +123,13 @@ TEST_F(DirectorySequenceTest, TheWayToTheFirstMatchHas100Levels) {
     std::string chain;
     for (int level = 1; level <= 101; ++level) {
         chain += "d/";
-        make({chain});
-        if (level >= 100) {
-            make({chain + "leaf"});
-            EXPECT_EQ(walk("**/leaf").size(), level == 100 ? 1U : 0U);
-            fs::remove(path(chain + "leaf"));
-        }
     }
+    make({chain, chain + "leaf"});
+    EXPECT_EQ(walk("**/leaf"), Names{});
+    make({chain.substr(2) + "leaf"});
+    EXPECT_FALSE(walk("**/leaf").empty());
     // Where each level has a match, each is a new way.
-    EXPECT_EQ(walk("**").size(), 101U);
+    EXPECT_EQ(walk("**/d").size(), 101U);
 }
 
 TEST_F(DirectoryEntryTest, FromAPath) {
@@ -204,20 +190,18 @@ TEST_F(DirectoryEntryTest, HasAnOrderAndAHash) {
     const auto entry = [&](const char* name) {
         return DirectoryEntry::create_from_full_path(path(name));
     };
-    const DirectoryEntry ordered[] = {entry("a"), entry("a-/b"), entry("a/b"), entry("a/bb"),
-                                      entry("a/\xC3\xA4")};
+    const DirectoryEntry ordered[] = {DirectoryEntry(), entry("a"),    entry("a-/b"),
+                                      entry("a/b"),     entry("a/bb"), entry("a/\xC3\xA4")};
     for (const DirectoryEntry& left : ordered) {
         for (const DirectoryEntry& right : ordered) {
-            EXPECT_EQ(left < right, &left < &right) << left.full_path() << right.full_path();
+            EXPECT_EQ(left < right, &left < &right) << &left - ordered << &right - ordered;
             EXPECT_EQ(left == right, &left == &right);
         }
     }
     EXPECT_EQ(DirectoryEntry(), DirectoryEntry());
-    EXPECT_FALSE(DirectoryEntry() == ordered[0]);
-    EXPECT_LT(DirectoryEntry(), ordered[0]);
     EXPECT_EQ(impl::hash_of("a/"), 532U);
     EXPECT_EQ(impl::hash_of("\xC3\xA4"), static_cast<std::uint32_t>(5 * -61 - 92));
-    EXPECT_EQ(ordered[4].hash_value(), impl::hash_of("\xC3\xA4") ^ impl::hash_of(base_ + "a/"));
+    EXPECT_EQ(ordered[5].hash_value(), impl::hash_of("\xC3\xA4") ^ impl::hash_of(base_ + "a/"));
 }
 
 TEST_F(DirectoryEntryTest, WalksOnAmongItsSiblings) {

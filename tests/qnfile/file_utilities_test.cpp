@@ -24,17 +24,14 @@ class FileUtilitiesTest : public FileFixture {
 TEST_F(FileUtilitiesTest, StreamsOpenByUri) {
     EXPECT_TRUE(
         fs::equivalent(support::native(filename_from_uri(uri_, nullptr)), support::native(file_)));
-    const auto create = [](const auto& uri) {
-        return FileWriteStream::create(uri, create_always, share_none, flag_none);
-    };
-    create(qnuri::to_uri(uri_))->write("new", 3);
+    FileWriteStream::create(qnuri::to_uri(uri_), create_always, share_none, flag_none)
+        ->write("new", 3);
     FileReadWriteStream::create(uri_, open_existing, share_none, flag_none)->resize(2);
     EXPECT_EQ(FileReadStream::create(uri_, share_none, flag_none)->available(), 2U);
     EXPECT_EQ(FileReadStreamView::create(uri_, share_none, flag_none)->available(), 2U);
     EXPECT_EQ(DirectoryEntry::create_from_full_path(uri_).name(), "a file #1 %41 \xC3\xA9");
-    for (const UriReference& nothing : {UriReference(qnuri::Uri()), uri_of("http://h/x")}) {
-        EXPECT_EQ(code_of([&] { create(nothing); }), "error.qnfile.filename.uri");
-    }
+    EXPECT_EQ(code_of([] { FileReadStream::create(qnuri::Uri(), share_none, flag_none); }),
+              "error.qnfile.filename.uri");
 }
 
 TEST_F(FileUtilitiesTest, RelativeReferencesStartInTheCurrentDirectory) {
@@ -47,10 +44,7 @@ TEST_F(FileUtilitiesTest, RelativeReferencesStartInTheCurrentDirectory) {
               directory + "x" + platform::preferred_separator + "?y");
     EXPECT_EQ(fs::path(filename_from_uri(uri_of("../x"), nullptr)),
               fs::path(directory).parent_path().parent_path() / "x");
-    std::string above = "x";
-    for (std::size_t level = 0; level < 60; ++level) {
-        above.insert(0, "../");
-    }
+    const std::string above = "../../../../../../../../../../../../../../../../../../../../x";
     support::check_failures(
         {{[&](auto* e) { EXPECT_EQ(filename_from_uri(uri_of(above), e), ""); },
           "error.qnfile.filename.uri|qnfile::filename_from_uri()|Resolution of URI " + above +

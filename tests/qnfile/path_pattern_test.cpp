@@ -25,7 +25,6 @@ TEST(PathPatternTest, CompilesTheFirstSegment) {
         {"a*", pattern_prefix, 2, false, false, "a*"},
         {"ab**", pattern_wildcard, 4, false, false, "ab**"},
         {"*a*", pattern_wildcard, 3, false, false, "*a*"},
-        {"?", pattern_wildcard, 1, false, false, "?"},
         {"a|b", pattern_alternatives, 3, false, false, "a|b"},
     };
     for (const auto& [text, kind, length, more, recursive, rest] : cases) {

@@ -35,25 +35,23 @@ TEST_F(PosixDirectoryTest, AnEntryIsTheLinkItself) {
     fs::create_symlink("dir", path("to dir"));
     fs::create_symlink("file", path("to file"));
     fs::create_symlink("nowhere", path("to nothing"));
-    const std::pair<const char*, DirectoryEntryType> cases[] = {
-        {"dir", entry_directory},
-        {"to dir", entry_link | entry_directory},
-        {"to file", entry_link | entry_file},
-        {"to nothing", entry_link | entry_file},
+    const std::tuple<const char*, DirectoryEntryType, bool> cases[] = {
+        // name, type, whether it is hidden
+        {"..", entry_directory, false},
+        {".hidden", entry_file, true},
+        {"..more", entry_file, true},
+        {"to dir", entry_link | entry_directory, false},
+        {"to file", entry_link | entry_file, false},
+        {"to nothing", entry_link | entry_file, false},
     };
-    for (const auto& [name, type] : cases) {
-        EXPECT_EQ(sequence(name).begin()->type(), type) << name;
-    }
-    for (const DirectoryEntry& entry : sequence("**/*")) {
-        SCOPED_TRACE(entry.full_path());
-        const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
-        EXPECT_EQ(std::tuple(entry.type(), entry.access()),
-                  std::tuple(again.type(), again.access()));
-        if (entry.is_link()) {
-            EXPECT_EQ(entry.size(), fs::read_symlink(entry.full_path()).string().size());
+    for (const auto& [name, type, is_hidden] : cases) {
+        for (const DirectoryEntry& entry :
+             {*sequence(name).begin(), DirectoryEntry::create_from_full_path(path(name))}) {
+            EXPECT_EQ(entry.type(), type) << name;
+            EXPECT_EQ(entry.is_hidden(), is_hidden) << name;
         }
-        EXPECT_EQ(entry.is_hidden(), entry.name() == ".hidden" || entry.name() == "..more");
     }
+    EXPECT_EQ(sequence("to nothing").begin()->size(), 7U);
     EXPECT_EQ(walk("**/long*"), (Names{"dir/long name", "to dir/long name"}));
 }
 
@@ -95,14 +93,11 @@ TEST_F(PosixDirectoryTest, ADeepOrInterruptedWalkClosesItsHandles) {
     // Deeper than one path could name.
     const std::string name(200, 'n');
     const auto before = open_descriptors();
-    int place = ::open(directory_.str().c_str(), O_DIRECTORY);
+    fs::current_path(directory_.path());
     for (int level = 0; level < 30; ++level) {
-        ASSERT_EQ(::mkdirat(place, name.c_str(), 0777), 0);
-        const int below = ::openat(place, name.c_str(), O_DIRECTORY);
-        ::close(place);
-        place = below;
+        fs::create_directory(name);
+        fs::current_path(name);
     }
-    ::close(place);
     {
         const DirectorySequence entries = sequence("**/n*");
         EXPECT_EQ(std::distance(entries.begin(), entries.end()), 30);
@@ -205,12 +200,6 @@ TEST_F(PosixRemovalTest, AnEntryExchangedForALinkLeadsNowhere) {
     }
 }
 
-TEST_F(PosixRemovalTest, ARemovedCurrentDirectoryHasNoName) {
-    fs::current_path(path("tree"));
-    EXPECT_FALSE(remove("tree"));
-    EXPECT_EQ(code_of([] { get_current_directory(nullptr); }), "error.qnfile.directory");
-}
-
 TEST_F(PosixRemovalTest, NamesOfAnyBytesGoByTheirPermissions) {
     const std::string name = "\xFF\\ a%?";
     const mode_t before = ::umask(027);
@@ -243,7 +232,6 @@ TEST(PosixFileNames, OfUrisAndReferences) {
     const std::pair<const char*, const char*> cases[] = {
         // null: refused
         {"file:///etc/x", "/etc/x"},
-        {"file:/etc/x", "/etc/x"},
         {"file://LocalHost/etc/x", "/etc/x"},
         {"file:///C:/x", "/c:/x"}, // the URI layer knows drives on every system
         {"file:///%43%3A/x", "/C:/x"},
@@ -337,10 +325,14 @@ TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
     fs::resize_file(file_, 300'000);
     fs::create_symlink(target_, path("link"));
     for (const bool exists : {false, true}) {
-        for (const std::string& to : {target_, path("link")}) {
+        const auto prepare = [&] {
+            fs::remove(target_);
             if (exists) {
                 support::write_file(target_, "old");
             }
+        };
+        for (const std::string& to : {target_, path("link")}) {
+            prepare();
             EXPECT_EXIT(
                 {
                     ::setrlimit(RLIMIT_FSIZE, &limit);
@@ -350,12 +342,8 @@ TEST_F(PosixFileUtilitiesTest, ACopyThatFailsLeavesNoTarget) {
                 ::testing::ExitedWithCode(EFBIG), "");
             EXPECT_FALSE(fs::exists(target_));
         }
-    }
-    for (const bool exists : {false, true}) { // refused after the open of the target
-        if (exists) {
-            support::write_file(target_, "old");
-        }
-        platform::testing::fail_call(2, platform::SystemError::posix(EIO));
+        prepare();
+        platform::testing::fail_call(2, platform::SystemError::posix(EIO)); // after the open
         EXPECT_EQ(copy_error(file_, target_), EIO);
         EXPECT_EQ(fs::exists(target_), exists) << "only a target of its own is removed";
     }
@@ -392,26 +380,21 @@ TEST_F(PosixFileUtilitiesTest, LinksResolveToWhatTheyLeadTo) {
     EXPECT_EQ(code_of([&] { resolve_link(target_, nullptr); }), "error.qncore.errno");
     support::write_file(odd, "");
     EXPECT_TRUE(resolve_link(uri, nullptr).is_undefined());
-    EXPECT_NE(code_of([&] { delete_file(target_ + "/", nullptr); }), "");
     delete_file(target_, nullptr);
     EXPECT_TRUE(fs::exists(odd)) << "only the link is deleted";
 }
 
 TEST_F(PosixFileUtilitiesTest, ResolvedPathsHaveALimit) {
-    std::string longest = path(std::string(100, 'x')) + "/" + std::string(100, 'x');
-    fs::create_directories(longest);
+    std::string longest = path(std::string(200, 'x'));
+    fs::create_directory(longest);
     longest += "/" + std::string(258 - longest.size(), 'x');
-    for (const std::string& path : {longest, longest + "x", longest + std::string(50, 'x')}) {
-        support::write_file(path, "x");
-        if (path == longest) {
-            EXPECT_EQ(resolve_link(path, nullptr), path);
-        } else {
-            support::check_failures({{[&](auto* e) { EXPECT_EQ(resolve_link(path, e), ""); },
-                                      "error.qnfile.filename.uri|qnfile::resolve_link|Path '" +
-                                          path + "' too long: " + std::to_string(path.size() + 1),
-                                      "errno 36"}});
-        }
-    }
+    support::write_file(longest, "x");
+    EXPECT_EQ(resolve_link(longest, nullptr), longest);
+    fs::rename(longest, longest + "x");
+    support::check_failures(
+        {{[&](auto* e) { EXPECT_EQ(resolve_link(longest + "x", e), ""); },
+          "error.qnfile.filename.uri|qnfile::resolve_link|Path '" + longest + "x' too long: 261",
+          "errno 36"}});
 }
 
 } // namespace

@@ -7,10 +7,7 @@
 namespace qnfile {
 namespace {
 
-class WindowsFiles : public FileFixture {
-  protected:
-    WindowsFiles() { support::write_file(file_, "content"); }
-};
+class WindowsFiles : public FileFixture {};
 
 TEST(WindowsFileNames, OfUris) {
     const std::pair<const char*, const char*> cases[] = {
@@ -30,6 +27,7 @@ TEST(WindowsFileNames, OfUris) {
 }
 
 TEST_F(WindowsFiles, ResolvedPathsHaveALimit) {
+    make({"file"});
     platform::testing::fail_next(Call::path_of_file, platform::SystemError::windows(8));
     const auto error = error_of([&] { resolve_link(file_, nullptr); });
     ASSERT_TRUE(error);
@@ -37,6 +35,7 @@ TEST_F(WindowsFiles, ResolvedPathsHaveALimit) {
 }
 
 TEST_F(WindowsFiles, TheLargestTimeIsMoreThanItsNanoseconds) {
+    make({"file"});
     constexpr std::int64_t last_tick = INT64_MAX / 100 * 100;
     std::int64_t modified = 0;
     for (const std::int64_t time : {last_tick, std::int64_t{INT64_MAX}}) {
