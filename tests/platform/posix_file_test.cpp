@@ -1,6 +1,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdio>
 #include <fcntl.h>
 #include <future>
 #include <linux/filter.h>
@@ -17,6 +18,7 @@
 #include "platform/file_system.h"
 #include "platform/key_file.h"
 #include "platform/machine.h"
+#include "platform/program.h"
 #include "tests/platform/platform_fixture.h"
 
 namespace platform {
@@ -225,6 +227,22 @@ TEST_F(PosixFileTest, TheMachinesSetting) {
     testing::set_machine_setting(directory_.str());
     EXPECT_EQ(machine_root_directory().error(), SystemError::posix(EISDIR));
     testing::set_machine_setting("");
+}
+
+TEST(PosixProgramTest, SignalsTakeEffectAfterTheyWereHeld) {
+    for (const int number : {SIGINT, SIGALRM}) {
+        EXPECT_EXIT(
+            {
+                std::signal(number, SIG_DFL); // a shell may have it ignored
+                {
+                    const SignalsHeld held;
+                    ::raise(number);
+                    std::fputs("held", stderr);
+                }
+                ::_exit(0);
+            },
+            ::testing::KilledBySignal(number), "held");
+    }
 }
 
 } // namespace

@@ -138,10 +138,9 @@ TEST_F(FileStreamTest, AFileStaysUsableAfterAFailure) {
     platform::testing::fail_next(Call::write, {});
     EXPECT_NE(code_of([&] { file.write_all("AB.", 3); }), "");
     EXPECT_EQ(file.seek(0, seek_current), 10U);
-    for (const std::uint64_t count : {std::uint64_t{1} << 32, ~std::uint64_t{0}}) {
-        EXPECT_EQ(code_of([&] { file.read(&byte, count); }), "error.qncore.safeCast");
-        EXPECT_EQ(code_of([&] { file.write(&byte, count); }), "error.qncore.safeCast");
-    }
+    constexpr std::uint64_t too_much = std::uint64_t{1} << 32;
+    EXPECT_EQ(code_of([&] { file.read(&byte, too_much); }), "error.qncore.safeCast");
+    EXPECT_EQ(code_of([&] { file.write(&byte, too_much); }), "error.qncore.safeCast");
     EXPECT_EQ(support::read_file(name_), "01234567AB") << "the part that was written stays";
     impl::FileImpl writer(name_, impl::access_write, open_existing, share_read_write, flag_none);
     EXPECT_EQ(code_of([&] { writer.read(&byte, 0xFFFFFFFF); }), "error.qnfile.io.read")
