@@ -102,9 +102,10 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
     const bool tel = kind == SchemeKind::tel;
     bool in_value = false;
     std::size_t name = 0;
-    for (std::size_t i = 0; i < params.size(); ++i) {
+    for (std::size_t i = find_first_not(params, alnum); i < params.size();
+         i = find_first_not(params, alnum, i + 1)) {
         const char c = params[i];
-        if (is(c, alnum) || c == '-') {
+        if (c == '-') {
             continue;
         }
         if (c == ';') {
