@@ -177,6 +177,7 @@ TEST_F(DirectoryEntryTest, HasTheSystemsStatistics) {
         }
         const DirectoryEntry again = DirectoryEntry::create_from_full_path(entry.full_path());
         EXPECT_EQ(again, entry);
+        EXPECT_EQ(again.hash_value(), entry.hash_value());
         EXPECT_EQ(std::tuple(again.type(), again.access(), again.modified(), again.created()),
                   std::tuple(entry.type(), entry.access(), entry.modified(), entry.created()));
     }
