@@ -6,7 +6,9 @@ namespace tools_test {
 namespace {
 
 using Json = nlohmann::json;
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 class Changes : public ProgramTest {
   protected:
@@ -18,43 +20,38 @@ class Changes : public ProgramTest {
 };
 
 TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
-    const std::string unreadable = "<Password>-----</Password>";
-    struct Case {
-        std::string content;
-        std::string loss;
-        std::string kept = {}; ///< what --discard-unreadable leaves beside the new entry
-    };
-    const std::vector<Case> cases{
-        {"hello", "all that " + file() + " holds, which cannot be read to its end ([line 1"},
+    const std::vector<std::tuple<std::string, std::string, const char*>> cases{
+        // content, loss, what --discard-unreadable leaves beside the new entry
+        {"hello", "all that " + file() + " holds, which cannot be read to its end ([line 1", ""},
         {"<ORVACertificates><Notifiers><WebConfigCertificate/><a></b>",
          "all that follows the entry web-config in ", "web-config"},
-        {"<other/>", "the document in " + file() + ", whose root element is 'other'"},
-        {document("<WebConfigCertificate>" + unreadable + "</WebConfigCertificate><Z/>"),
+        {"<other/>", "the document in " + file() + ", whose root element is 'other'", ""},
+        {document("<WebConfigCertificate><Password>--</Password></WebConfigCertificate><Z/>"),
          "those of web-config would be lost", "Z"},
         {document("<Z><Deep/></Z>"), "the element 'Deep' of the entry Z", "Z"},
-        {"<ORVACertificates><More/></ORVACertificates>", "the element 'More' in the root element"},
+        {"<ORVACertificates><More/></ORVACertificates>", "the element 'More' in the root element",
+         ""},
     };
-    for (const Case& broken : cases) {
-        support::write_file(file(), broken.content);
+    for (const auto& [content, loss, kept] : cases) {
+        support::write_file(file(), content);
         for (const Words& change : {set_words("cluster", "/c"), Words{"remove", "cluster"},
                                     Words{"update", "cluster", "--no-password"}}) {
-            refused(1, change, broken.loss);
-            refused(1, change, "--discard-unreadable");
+            refused(1, change, loss);
         }
-        EXPECT_EQ(support::read_file(file()), broken.content);
+        EXPECT_EQ(support::read_file(file()), content);
         EXPECT_FALSE(std::filesystem::exists(previous()));
         done(set_words("cluster", "/c") + Words{"--discard-unreadable"});
-        EXPECT_THAT(done({"list"}), HasSubstr("cluster\t\t/c.pub"));
-        EXPECT_THAT(done({"list"}), HasSubstr(broken.kept)) << broken.content;
-        EXPECT_EQ(support::read_file(previous()), broken.content);
+        const std::string list = done({"list"});
+        EXPECT_THAT(list, AllOf(HasSubstr("cluster\t\t/c.pub"), HasSubstr(kept))) << content;
+        EXPECT_EQ(support::read_file(previous()), content);
         support::remove_all(previous());
     }
 }
 
 TEST_F(Changes, EntriesThatTheFileWouldNotKeepStopTheChange) {
-    for (const char* value : {"a&amp;b", "a&lt;b"}) {
-        const std::string content =
-            document(std::string("<Z><PublicKeyPath>") + value + "</PublicKeyPath></Z>");
+    for (const std::string& content :
+         {document("<Z><PublicKeyPath>a&amp;b</PublicKeyPath></Z>"),
+          document("<Notifier Name='S'><Z><PublicKeyPath>a&lt;b</PublicKeyPath></Z></Notifier>")}) {
         support::write_file(file(), content);
         refused(1, set_words("cluster", "/c"),
                 "the former content is back: the file does not keep these entries as they are: Z");
@@ -134,7 +131,10 @@ TEST_F(Changes, NewKeysAreReportedAndHideOnlyPasswords) {
     refused(1, {"remove", "sip-device", "--server", "SRV01"}, "those of cluster would be lost");
 }
 
+// Nor does a password leave any trace in clear.
 TEST_F(Changes, AnExportComesBackElsewhere) {
+    support::set_variable("QNTRACE", "81");
+    support::set_variable("QNTRACE_FILE", machine.file("trace.log"));
     const std::string out = machine.file("out");
     const Words password{"--password-stdin"};
     done(set_words("cluster", "/c") + password, "gehe\"im\xC3\xA4\n\n");
@@ -143,22 +143,24 @@ TEST_F(Changes, AnExportComesBackElsewhere) {
     done(Words{"export", "--output", out} + password, "open sesame\n");
     EXPECT_THAT(support::read_file(out), HasSubstr("smime-type=enveloped-data"));
     refused(1, Words{"import", out} + password, out + ": it cannot be deciphered", "wrong");
-
-    const Words import = Words{"import", out} + password;
-    EXPECT_EQ(done(import, "open sesame"), "") << "all is there";
     remove_keys();
     support::remove_all(file());
     support::remove_all(previous());
     run({"list"}); // makes other keys
-    EXPECT_EQ(done(import + Words{"--dry-run"}, "open sesame"),
-              "would add cluster\nwould add sip-device of the server 'SRV01'\n");
-    EXPECT_FALSE(std::filesystem::exists(file()));
-    EXPECT_EQ(done(import, "open sesame"), "add cluster\nadd sip-device of the server 'SRV01'\n");
+    EXPECT_EQ(done(Words{"import", out} + password, "open sesame"),
+              "add cluster\nadd sip-device of the server 'SRV01'\n");
     EXPECT_EQ(done({"list", "--format=json", "--show-passwords"}), before);
-    const std::string content = support::read_file(file());
-    EXPECT_EQ(done(import, "open sesame"), "");
-    EXPECT_EQ(support::read_file(file()), content);
-    EXPECT_FALSE(std::filesystem::exists(previous())) << "nothing was written";
+    done({"update", "cluster", "--certificate", "/d"});
+    for (const Words& command : {Words{"get", "cluster"}, Words{"list", "--format=json"},
+                                 Words{"where"}, Words{"check"}}) {
+        EXPECT_THAT(run(command).output, Not(HasSubstr("gehe")));
+    }
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.path())) {
+        if (entry.is_regular_file()) {
+            EXPECT_THAT(support::read_file(entry.path().string()), Not(HasSubstr("gehe")))
+                << entry.path();
+        }
+    }
 }
 
 TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
@@ -166,41 +168,50 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
     const auto device = [&](const std::string& more) {
         return R"([{"role":"sip-device","server":"S",)" + paths + more + "}]";
     };
-    struct Case {
-        std::string json;
-        std::string answer; ///< on standard output, or the refusal
-        int status = 1;
+    const auto other = [&](const std::string& section) {
+        return R"([{"role":"Other","section":")" + section + R"(",)" + paths + "}]";
     };
-    const std::vector<Case> cases{
-        {device(R"(,"password":"one")"), "add sip-device of the server 'S'\n", 0},
-        {device(R"(,"password":"\u0074wo","trusted":null)"),
-         "change sip-device of the server 'S'\n", 0},
-        {device(R"(,"password":null)"), "", 0}, // null leaves it as it is
-        {device(""), "", 0},
-        {R"({"role":"cluster",)" + paths + "}", "add cluster\n", 0},
-        {"[{]", "byte 2 should be the name of a member"},
-        {R"([{"role":"\ud800\u0041"}])", "a character of Unicode"},
-        {R"([{"role":"\ud83d\udd11"}])", "unknown role '🔑'"},
-        {R"([{"role":"sip-device",)" + paths + "}]", "entry 1: the role sip-device needs a server"},
-        {R"([{"role":"cluster","trusted":"/t",)" + paths + "}]", "has no trusted certificate"},
-        {device(R"(,"color":"red")"), "entry 1: unknown member 'color'"},
-        {device(R"(},{"role":"cluster")"), "entry 2: public-key is empty"},
-        {device(R"(,"password":")" + std::string(246, 'x') + "\""), "longer than 245 bytes"},
+    const std::vector<std::tuple<std::string, int, std::string>> cases{
+        // the file, the status, what is printed: changes or the refusal
+        {device(R"(,"password":"one")"), 0, "add sip-device of the server 'S'\n"},
+        {device(R"(,"password":"\u0074wo","trusted":null)"), 0,
+         "change sip-device of the server 'S'\n"},
+        {device(R"(,"password":null)"), 0, ""}, // null leaves it as it is
+        {device(""), 0, ""},
+        {R"({"role":"cluster",)" + paths + "}", 0, "add cluster\n"},
+        {other("SIPDevices"), 0, "add Other\n"},
+        {other("More"), 1, "entry 1: unknown section 'More'"},
+        {"[{]", 1, "byte 2 should be the name of a member"},
+        {R"([{"role":"\ud800\u0041"}])", 1, "a character of Unicode"},
+        {R"([{"role":"\ud83d\udd11"}])", 1, "unknown role '🔑'"},
+        {R"([{"role":"sip-device",)" + paths + "}]", 1,
+         "entry 1: the role sip-device needs a server"},
+        {R"([{"role":"cluster","trusted":"/t",)" + paths + "}]", 1, "has no trusted certificate"},
+        {device(R"(,"color":"red")"), 1, "entry 1: unknown member 'color'"},
+        {device(R"(},{"role":"cluster")"), 1, "entry 2: public-key is empty"},
+        {device(R"(,"password":")" + std::string(246, 'x') + "\""), 1, "longer than 245 bytes"},
     };
     const std::string path = machine.file("plain.json");
-    for (const Case& plain : cases) {
-        support::write_file(path, plain.json);
-        const std::string before = run({"list"}).output;
-        if (plain.status == 0) {
-            EXPECT_EQ(done({"import", path, "--plain"}), plain.answer) << plain.json;
+    const Words import{"import", path, "--plain"};
+    for (const auto& [json, status, answer] : cases) {
+        support::write_file(path, json);
+        const std::string before = done({"list"});
+        if (status == 0) {
+            const std::string plan = done(import + Words{"--dry-run"});
+            EXPECT_EQ(plan, answer.empty() ? "" : "would " + answer);
+            EXPECT_EQ(done({"list"}), before) << json;
+            support::remove_all(previous());
+            EXPECT_EQ(done(import), answer) << json;
+            EXPECT_EQ(std::filesystem::exists(previous()), !answer.empty() && !before.empty());
         } else {
-            refused(1, {"import", path, "--plain"}, path + ": ");
-            refused(1, {"import", path, "--plain"}, plain.answer);
-            EXPECT_EQ(run({"list"}).output, before) << plain.json;
+            refused(status, import, path + ": ");
+            refused(status, import, answer);
+            EXPECT_EQ(done({"list"}), before) << json;
         }
     }
     EXPECT_THAT(done({"list", "--show-passwords"}),
                 HasSubstr("sip-device\tS\t/p\t/k\t/cé\t\ttwo\n"));
+    EXPECT_THAT(done({"list", "--format=json"}), HasSubstr("\"section\": \"SIPDevices\"\n"));
 }
 
 } // namespace

@@ -1,5 +1,3 @@
-#include <set>
-
 #include <nlohmann/json.hpp>
 
 #include "platform/file_system.h"
@@ -18,24 +16,26 @@ using testing::Not;
 class Entries : public ProgramTest {};
 
 TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
-    const std::set<std::string> untrusting{"cluster", "subsystems", "web-config"};
-    const std::vector<std::string> roles{"cluster",
-                                         "subsystems",
-                                         "web-config",
-                                         "subsystems-server",
-                                         "subsystems-remote-client",
-                                         "remote-client",
-                                         "sip-device",
-                                         "media-retrieval-server",
-                                         "media-retrieval-client"};
-    for (const std::string& role : roles) {
+    const std::vector<std::pair<std::string, bool>> roles{
+        // name, has a trusted certificate
+        {"cluster", false},
+        {"subsystems", false},
+        {"web-config", false},
+        {"subsystems-server", true},
+        {"subsystems-remote-client", true},
+        {"remote-client", true},
+        {"sip-device", true},
+        {"media-retrieval-server", true},
+        {"media-retrieval-client", true},
+    };
+    for (const auto& [role, trusts] : roles) {
         const Words words = set_words(role, "/é🔑\"'> /" + role) + Words{"--password-stdin"};
-        done(untrusting.contains(role) ? words : words + Words{"--trusted", "/t&<>/" + role}, role);
+        done(trusts ? words + Words{"--trusted", "/t&<>/" + role} : words, role);
     }
-    for (const std::string& role : roles) {
+    for (const auto& [role, trusts] : roles) {
         const std::string path = "/é🔑\"'> /" + role;
         const bool by_server = role != "cluster";
-        const Json trusted = untrusting.contains(role) ? Json() : Json("/t&<>/" + role);
+        const Json trusted = trusts ? Json("/t&<>/" + role) : Json();
         Json expected{{"role", role},
                       {"server", by_server ? Json("SRV01") : Json()}, // as it is stored
                       {"public_key", path + ".pub"},
@@ -65,12 +65,6 @@ TEST_F(Entries, AListHasAllOfThemInTheOrderOfTheFile) {
                               "subsystems\tSRV01\t/s.pub\t/s.key\t/s.crt\t\n"
                               "media-retrieval-client\tSRV01\t/m.pub\t/m.key\t/m.crt\t\n");
     EXPECT_THAT(done({"list", "--show-passwords"}), HasSubstr("/s.crt\t\tgeheim\n"));
-    const Json hidden = Json::parse(done({"list", "--format", "json"}));
-    const Json shown = Json::parse(done({"list", "--format", "json", "--show-passwords"}));
-    ASSERT_EQ(hidden.size(), 3U);
-    EXPECT_EQ(hidden[1]["password"], Json());
-    EXPECT_EQ(shown[0]["password"], "");
-    EXPECT_EQ(shown[1]["password"], "geheim");
 }
 
 TEST_F(Entries, AnUpdateChangesOnlyTheGivenFields) {
@@ -122,16 +116,16 @@ TEST_F(Entries, RemovalTakesEverySpelling) {
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {
     support::write_file(machine.file("plain"), "");
-    environment["ORVA_Certificates"] = machine.file("plain/below/x.xml");
+    support::set_variable("ORVA_Certificates", machine.file("plain/below/x.xml"));
     refused(1, set_words("cluster", "/c"),
             "Failed to create the directory: " + machine.file("plain/below") + ".");
-    environment["HOME"] = machine.file("plain");
-    environment["USERPROFILE"] = machine.file("plain");
+    support::set_variable("HOME", machine.file("plain"));
+    support::set_variable("USERPROFILE", machine.file("plain"));
     const auto cause = platform::create_directory(machine.file("plain/below"));
     refused(1, {"list"}, platform::describe(cause));
 }
 
-TEST_F(Entries, ControlCharactersOfOthersReachNoTerminal) {
+TEST_F(Entries, ControlCharactersAreShownAsEscapes) {
     support::write_file(file(),
                         "<ORVACertificates><Notifiers><ServerGroupCertificate><PublicKeyPath>a&#27;"
                         "&#10;b&#x9B;&#x202E;</PublicKeyPath></ServerGroupCertificate></Notifiers>"
@@ -139,6 +133,8 @@ TEST_F(Entries, ControlCharactersOfOthersReachNoTerminal) {
     EXPECT_THAT(done({"get", "cluster"}), HasSubstr("public_key: a\\x1b\\x0ab\\x9b\\u202e\n"));
     const std::string json = done({"get", "cluster", "--format=json"});
     EXPECT_THAT(json, HasSubstr("\"a\\u001b\\nb\\u009b\\u202e\""));
+    EXPECT_EQ(done({"get", "cluster", "--field", "public_key"}), // unchanged for a pipe
+              "a\x1b\nb\xC2\x9B\xE2\x80\xAE\n");
 }
 
 TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
@@ -151,7 +147,6 @@ TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
 TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
     const std::vector<std::pair<std::string, std::string>> cases{
         // as JSON shows it
-        {"geheim", "\"geheim\""},
         {"geheim\r\n", "\"geheim\""},
         {"geheim\n\n", "\"geheim\\n\""},
         {" a \t\xC3\xA4<&>\" ", "\" a \\t\xC3\xA4<&>\\\" \""},
@@ -173,27 +168,6 @@ TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
     EXPECT_EQ(done({"get", "cluster", "--show-password", "--field=password"}), "\n");
 }
 
-TEST_F(Entries, PasswordsAreNowhereInClear) {
-    environment["QNTRACE"] = "81";
-    environment["QNTRACE_FILE"] = machine.file("trace.log");
-    std::string printed = done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim-1");
-    for (const Words& command :
-         {Words{"get", "cluster"}, Words{"list", "--format=json"}, Words{"where"},
-          Words{"update", "cluster", "--certificate", "/d"}, Words{"check"}}) {
-        printed += run(command).output;
-    }
-    const std::string out = machine.file("out");
-    done({"export", "--password-stdin", "--output", out}, "open sesame");
-    done({"import", out, "--password-stdin"}, "open sesame");
-    EXPECT_THAT(printed, Not(HasSubstr("geheim")));
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.path())) {
-        if (entry.is_regular_file()) {
-            EXPECT_THAT(support::read_file(entry.path().string()), Not(HasSubstr("geheim")))
-                << entry.path();
-        }
-    }
-}
-
 TEST_F(Entries, WhereReportsTheFilesAndTheRules) {
     const auto lines = [](const std::string& file, const std::string& file_rule,
                           const std::string& prefix, const std::string& key_rule) {
@@ -212,10 +186,10 @@ TEST_F(Entries, WhereReportsTheFilesAndTheRules) {
     EXPECT_EQ(json["findings"], Json::array());
 
     const std::string moved = machine.file("moved/x.xml");
-    environment["ORVA_Certificates"] = moved;
+    support::set_variable("ORVA_Certificates", moved);
     EXPECT_EQ(done({"where"}), lines(moved, by_variable, in_root(""), by_profile) +
                                    "note: made the empty file " + moved + "\n");
-    environment["ORVA_Certificates"] = std::nullopt;
+    support::set_variable("ORVA_Certificates", std::nullopt);
 
     const std::string directory = machine.file("all");
     std::filesystem::create_directory(directory);
@@ -231,15 +205,12 @@ TEST_F(Entries, APlaceThatCannotBeWrittenIsExplained) {
     platform::testing::store_machine_root(machine.file("plain"));
     const std::string named = machine.file("directory.xml");
     std::filesystem::create_directory(named);
-    environment["ORVA_Certificates"] = named;
+    support::set_variable("ORVA_Certificates", named);
     const std::string text = done({"where"});
-    for (const std::string& part :
-         {std::string("file chosen by: the directory of the keys\n"),
-          std::string("keys chosen by: the user's profile\n"),
-          "warning: the file " + named + ", which ORVA_Certificates names, cannot be written",
-          "warning: the directory " + machine.file("plain") + ", which the machine's setting"}) {
-        EXPECT_THAT(text, HasSubstr(part));
-    }
+    EXPECT_THAT(text, HasSubstr("file chosen by: the directory of the keys\n"));
+    EXPECT_THAT(text, HasSubstr("keys chosen by: the user's profile\n"));
+    EXPECT_THAT(text, HasSubstr("warning: the file " + named + ", which ORVA_Certificates names"));
+    EXPECT_THAT(text, HasSubstr("warning: the directory " + machine.file("plain") + ", which the"));
     refused(1, set_words("cluster", "/c"), "nothing is changed");
     EXPECT_FALSE(std::filesystem::exists(file())) << "a change somewhere else";
 }

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <deque>
+
 #include <gmock/gmock.h>
 
 #include "tests/support/child_process.h"
+#include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
 
 namespace tools_test {
@@ -37,10 +40,11 @@ class ProgramTest : public testing::Test {
     std::string file() const { return in_root("_ORVA_Certificates.xml"); }
 
     support::TemporaryDirectory machine;
-    std::map<std::string, std::optional<std::string>> environment;
 
   private:
     void place_keys();
+
+    std::deque<support::EnvironmentGuard> environment_; ///< restores all variables that tests set
 };
 
 /// `words` with more at the end.
