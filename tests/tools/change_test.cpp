@@ -10,14 +10,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-class Changes : public ProgramTest {
-  protected:
-    std::string previous() const { return file() + ".previous"; }
-
-    static std::string document(const std::string& notifiers) {
-        return "<ORVACertificates><Notifiers>" + notifiers + "</Notifiers></ORVACertificates>";
-    }
-};
+class Changes : public ProgramTest {};
 
 TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
     const std::vector<std::tuple<std::string, std::string, const char*>> cases{
@@ -80,35 +73,30 @@ TEST_F(Changes, TheFormerContentIsKeptAndComesBack) {
 
 TEST_F(Changes, HalfAPairOfKeysIsLeftAlone) {
     done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
-    const char* files[] = {"_PublicKey.bin", "_PrivateKey.bin"};
-    for (const char* lost : files) {
+    for (const char* lost : key_files) {
         const std::string key = support::read_file(in_root(lost));
-        const auto keep = [&](const std::string& code) {
+        support::remove_all(in_root(lost));
+        for (const std::string content : {"", "not a key"}) {
+            support::write_file(in_root(lost), content);
             for (const Words& command : {Words{"list"}, Words{"get", "cluster"},
                                          set_words("cluster", "/d"), Words{"restore"}}) {
                 refused(1, command, in_root(lost));
             }
             const auto check = run({"check", "--format=json"});
             EXPECT_EQ(check.status, 1);
-            EXPECT_EQ(Json::parse(check.output)[0]["code"], code);
+            EXPECT_EQ(Json::parse(check.output)[0]["code"],
+                      content.empty() ? "key_file_missing" : "key_pair_unusable");
             const auto where = run({"where"});
             EXPECT_EQ(where.status, 1);
             EXPECT_THAT(where.output, HasSubstr("file: " + file() + "\n"));
             EXPECT_THAT(where.errors, HasSubstr(in_root(lost)));
-        };
-        support::remove_all(in_root(lost));
-        keep("key_file_missing");
-        EXPECT_FALSE(std::filesystem::exists(in_root(lost)));
-        support::write_file(in_root(lost), "not a key");
-        keep("key_pair_unusable");
-        EXPECT_EQ(support::read_file(in_root(lost)), "not a key");
+            EXPECT_EQ(support::read_file(in_root(lost)), content);
+        }
         support::write_file(in_root(lost), key);
     }
     EXPECT_THAT(done({"get", "cluster", "--show-password"}), HasSubstr("geheim"));
 
-    for (const char* const name : files) { // as a first use leaves them that is killed
-        support::remove_all(in_root(name));
-    }
+    remove_keys(); // and leave what a first use leaves that is killed
     support::write_file(in_root("_PrivateKey.bin"), "");
     EXPECT_THAT(run({"list"}).errors, HasSubstr("made a new pair of keys"));
 }
@@ -164,6 +152,8 @@ TEST_F(Changes, AnExportComesBackElsewhere) {
 }
 
 TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
+    const std::string path = machine.file("plain.json");
+    const Words import{"import", path, "--plain"};
     const std::string paths = R"("public_key":"/p","private_key":"/k","certificate":"/c\u00e9")";
     const auto device = [&](const std::string& more) {
         return R"([{"role":"sip-device","server":"S",)" + paths + more + "}]";
@@ -181,7 +171,7 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
         {R"({"role":"cluster",)" + paths + "}", 0, "add cluster\n"},
         {other("SIPDevices"), 0, "add Other\n"},
         {other("More"), 1, "entry 1: unknown section 'More'"},
-        {"[{]", 1, "byte 2 should be the name of a member"},
+        {"[{]", 1, path + ": it is no list of entries: byte 2 should be the name of a member"},
         {R"([{"role":"\ud800\u0041"}])", 1, "a character of Unicode"},
         {R"([{"role":"\ud83d\udd11"}])", 1, "unknown role '🔑'"},
         {R"([{"role":"sip-device",)" + paths + "}]", 1,
@@ -191,8 +181,6 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
         {device(R"(},{"role":"cluster")"), 1, "entry 2: public-key is empty"},
         {device(R"(,"password":")" + std::string(246, 'x') + "\""), 1, "longer than 245 bytes"},
     };
-    const std::string path = machine.file("plain.json");
-    const Words import{"import", path, "--plain"};
     for (const auto& [json, status, answer] : cases) {
         support::write_file(path, json);
         const std::string before = done({"list"});
@@ -204,7 +192,6 @@ TEST_F(Changes, PlainJsonIsImportedOrRefusedAsAWhole) {
             EXPECT_EQ(done(import), answer) << json;
             EXPECT_EQ(std::filesystem::exists(previous()), !answer.empty() && !before.empty());
         } else {
-            refused(status, import, path + ": ");
             refused(status, import, answer);
             EXPECT_EQ(done({"list"}), before) << json;
         }

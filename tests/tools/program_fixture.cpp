@@ -7,12 +7,6 @@
 
 namespace tools_test {
 
-namespace {
-
-constexpr const char* key_files[] = {"_PublicKey.bin", "_PrivateKey.bin"};
-
-} // namespace
-
 std::string program_file() {
     const std::string own = *platform::application_path();
     return own.substr(0, own.rfind(platform::preferred_separator) + 1) + PROGRAM_NAME;

@@ -52,7 +52,6 @@ TEST_F(Usage, WrongUsageGetsOneLine) {
         {{"get", "cluster", "--format="}, "unknown format '': the formats are text and json"},
         {{"get", "cluster", "--format=json", "--format=json"}, "--format is given more than once"},
         {{"get", "cluster", "--show-password=yes"}, "--show-password takes no value"},
-        {{"check", "-v"}, "unknown option '-v'"},
         {{"set", "cluster", "--public-key", "--private-key", "/k"},
          "--public-key needs a value, which cannot begin with --"},
         {cluster + Words{"--trusted", "/t"}, "the role cluster takes no --trusted"},
@@ -86,7 +85,6 @@ TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
     std::vector<std::tuple<const char*, const char*, const char*, std::string>> cases{
         // server, public key, trusted certificate, refusal
         {"a\"b", "/p", "", "--server holds the character \", which the file cannot keep"},
-        {"a<b", "/p", "", "--server holds the character <, which the file cannot keep"},
         {"S", "a&b", "", "--public-key holds the character &, which the file cannot keep"},
         {"S", "\x7F", "",
          "--public-key holds the control character \\x7f, which the file cannot keep"},
@@ -99,8 +97,7 @@ TEST_F(Usage, TextsThatTheFileCannotKeepAreRefused) {
         {"S ", "/p", "", blank},
     };
     if (!platform::names_are_utf8) { // else no argument can be anything but Unicode
-        cases.emplace_back("S", "\xFF", "", "--public-key is not valid UTF-8");
-        cases.emplace_back("\xC3(", "/p", "", "--server is not valid UTF-8");
+        cases.emplace_back("S", "\xC3(", "", "--public-key is not valid UTF-8");
     }
     for (const auto& [server, path, trusted, line] : cases) {
         expect_refused({"set", "sip-device", "--server", server, "--public-key", path,
