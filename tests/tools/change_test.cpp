@@ -16,8 +16,8 @@ TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
     const std::vector<std::tuple<std::string, std::string, const char*>> cases{
         // content, loss, what --discard-unreadable leaves beside the new entry
         {"hello", "all that " + file() + " holds, which cannot be read to its end ([line 1", ""},
-        {"<ORVACertificates><Notifiers><WebConfigCertificate/><a></b>",
-         "all that follows the entry web-config in ", "web-config"},
+        {"<ORVACertificates><Notifiers><Notifier Name='B'><WebConfigCertificate/><a></b>",
+         "all that follows the entry web-config of the server 'B' in ", "web-config"},
         {"<other/>", "the document in " + file() + ", whose root element is 'other'", ""},
         {document("<WebConfigCertificate><Password>--</Password></WebConfigCertificate><Z/>"),
          "those of web-config would be lost", "Z"},
@@ -39,6 +39,9 @@ TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
         EXPECT_EQ(support::read_file(previous()), content);
         support::remove_all(previous());
     }
+    support::write_file(file(), "hello");
+    refused(1, {"list"}, "cannot be read to its end");
+    refused(1, {"get", "cluster"}, "cannot be read to its end");
 }
 
 TEST_F(Changes, EntriesThatTheFileWouldNotKeepStopTheChange) {
@@ -117,6 +120,8 @@ TEST_F(Changes, NewKeysAreReportedAndHideOnlyPasswords) {
     refused(1, {"get", "cluster", "--field", "password", "--show-password"},
             "no readable password");
     refused(1, {"remove", "sip-device", "--server", "SRV01"}, "those of cluster would be lost");
+    EXPECT_THAT(run({"export", "--password-stdin"}, "open sesame").errors,
+                HasSubstr("warning: the password of the entry cluster cannot be deciphered and"));
 }
 
 // Nor does a password leave any trace in clear.
