@@ -20,7 +20,8 @@ void for_each_child(qnxml::XmlReader& reader, qnxml::XmlReader::ElementPtr paren
     }
 }
 
-/// Calls `visit` with each entry of a section and its server; null if it is directly in the section.
+/// Calls `visit` with each entry of a section and its server; null if it is directly in the
+/// section.
 template <class Visit>
 void for_each_entry(qnxml::XmlReader& reader, const qnxml::XmlReader::ElementPtr& section,
                     const Visit& visit) {
@@ -31,9 +32,8 @@ void for_each_entry(qnxml::XmlReader& reader, const qnxml::XmlReader::ElementPtr
         }
         const auto* name = child->find_attribute("Name");
         const std::string server = name != nullptr ? name->value() : std::string();
-        for_each_child(reader, child, [&](const qnxml::XmlReader::ElementPtr& entry) {
-            visit(entry, &server);
-        });
+        for_each_child(reader, child,
+                       [&](const qnxml::XmlReader::ElementPtr& entry) { visit(entry, &server); });
     });
 }
 
