@@ -1,8 +1,9 @@
+#include "ConfigurationFile/reading.h"
+
 #include "ConfigurationFile/configuration_file_access.h"
 #include "ConfigurationFile/password_cipher.h"
 #include "qncertificates/patient_open.h"
 #include "qnfile/file_stream.h"
-#include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
 
 namespace vdcertificates {
@@ -12,14 +13,6 @@ using Element = qnxml::XmlReader::ElementPtr;
 
 constexpr unsigned int first_line = 1;
 constexpr std::size_t buffer_size = 4096;
-
-/// Calls `visit` with each child element of `parent`, the reader's current element.
-template <class Visit>
-void for_each_child(qnxml::XmlReader& reader, Element parent, const Visit& visit) {
-    while (reader.next_child_element(parent)) {
-        visit(reader.current_element());
-    }
-}
 
 struct PathField {
     const char* element;
@@ -37,13 +30,9 @@ CertificateNode read_entry(qnxml::XmlReader& reader, const Element& entry, Passw
     CertificateNode node;
     node.name = entry->qualified_name();
     for_each_child(reader, entry, [&](const Element& child) {
-        for (const PathField& path : path_fields) {
-            if (child->qualified_name() == path.element) {
-                node.*path.field = reader.read_element_text();
-                return;
-            }
-        }
-        if (child->qualified_name() == "Password") {
+        if (const auto field = path_field(child->qualified_name())) {
+            node.*field = reader.read_element_text();
+        } else if (child->qualified_name() == "Password") {
             std::string cipherText = reader.read_element_text();
             node.password = cipherText.empty() ? std::string() : cipher.decipher(cipherText);
         }
@@ -63,27 +52,29 @@ void append(ConfigurationFileNodes& nodes, const std::string& server, Certificat
 
 void read_entries(qnxml::XmlReader& reader, const Element& section, ConfigurationFileNodes& nodes,
                   PasswordCipher& cipher, const ConfigurationFileAccess::Filter& keeps) {
-    for_each_child(reader, section, [&](const Element& child) {
-        if (child->qualified_name() != "Notifier") {
-            CertificateNode node = read_entry(reader, child, cipher);
-            if (keeps(nullptr)) {
-                nodes.certificates.push_back(std::move(node));
-            }
+    for_each_entry(reader, section, [&](const Element& entry, const std::string* server) {
+        CertificateNode node = read_entry(reader, entry, cipher);
+        if (!keeps(server)) {
             return;
         }
-        const auto* attribute = child->find_attribute("Name");
-        const std::string key = attribute != nullptr ? attribute->value() : qncore::g_emptyString;
-        const bool kept = keeps(&key);
-        for_each_child(reader, child, [&](const Element& entry) {
-            CertificateNode node = read_entry(reader, entry, cipher);
-            if (kept) {
-                append(nodes, key, std::move(node));
-            }
-        });
+        if (server == nullptr) {
+            nodes.certificates.push_back(std::move(node));
+        } else {
+            append(nodes, *server, std::move(node));
+        }
     });
 }
 
 } // namespace
+
+std::string CertificateNode::*path_field(const std::string& element) noexcept {
+    for (const PathField& path : path_fields) {
+        if (element == path.element) {
+            return path.field;
+        }
+    }
+    return nullptr;
+}
 
 void ConfigurationFileAccess::read_section(ConfigurationFile& file, const std::string& nodeName,
                                            ConfigurationFileNodes& nodes, const Filter& keeps,

@@ -1,5 +1,5 @@
-# Installs to a fresh prefix, builds and runs the examples against it, and holds the README's program
-# against its source.
+# Installs to a fresh prefix, builds and runs the examples against it, and compares the program in
+# README.md with its source.
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE ${WORK})
@@ -10,7 +10,6 @@ set(ENV{CXX} ${CXX})
 execute_process(COMMAND ${CMAKE_CURRENT_LIST_DIR}/run_examples ${WORK}/prefix ${WORK}/examples
   COMMAND_ERROR_IS_FATAL ANY)
 
-# The README shows the same program, word for word.
 file(READ ${SOURCE}/README.md readme)
 file(READ ${SOURCE}/examples/first_program.cpp program)
 string(STRIP "${program}" program)

@@ -1,21 +1,17 @@
-# Holds docs/troubleshooting.md complete: takes the prose out of the string literals with which the
-# library's upper rooms and the program speak to an administrator, and lists what the page lacks.
+# Checks that docs/troubleshooting.md is complete: takes the prose from the string literals of the
+# library's upper rooms and the program, and lists the messages that the page lacks.
 # Usage: perl check_messages.pl ROOT
 use strict;
-use warnings;
+use warnings FATAL => qw(all);
 
 my ($root) = @ARGV;
 my @folders = qw(ConfigurationFile qncertificates VDCertificatesFileUtilities tools/vdcertificates);
-# What is no message: help, results, scripts of shells; and statements with notes for the trace.
+# Without messages: help, results and scripts of shells; and statements with notes for the trace.
 my $silent_file = qr{/(help|commands|where_command|completion_command|progress)\.cpp$};
 my $silent = qr/QN_TRACE_NOTE|QN_TRACE_FUNCTION|static_assert|\bFUNCTIONS\(|^\s*"--[a-z-]+",/;
 my $literal = qr/"(?:[^"\\\n]|\\.)*"/;
 
-sub content {
-    open my $file, '<', $_[0] or die "$_[0]: $!\n";
-    local $/;
-    return <$file>;
-}
+sub content { local (@ARGV, $/) = @_; return scalar <> }
 
 my $page = content("$root/docs/troubleshooting.md") =~ s/\s+/ /gr;
 my ($messages, %missing) = (0);
@@ -32,7 +28,6 @@ for my $name (grep { !/$silent_file/ } map { glob("$root/$_/*.cpp $root/$_/*.h")
             $text =~ s/\\n|^Error Message: / /g;
             $text =~ s/\\(.)/$1/g;
             for my $piece (split /\{[^}]*\}/, $text) {
-                $piece =~ s/\s+/ /g;
                 $piece =~ s/^[ .:,;()'"\\]+|[ .:,;()'"\\]+$//g;
                 next unless $piece =~ /[[:alpha:]]{2,}( [[:alpha:]]+){2}/; # three words at least
                 ++$messages;
@@ -44,4 +39,3 @@ for my $name (grep { !/$silent_file/ } map { glob("$root/$_/*.cpp $root/$_/*.h")
 print "$_ ($missing{$_})\n" for sort keys %missing;
 die "docs/troubleshooting.md lacks the messages above\n" if %missing;
 die "too few messages were found: $messages\n" if $messages < 50;
-print "all $messages pieces of messages are there\n";

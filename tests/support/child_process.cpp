@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <iostream>
-#include <memory>
+#include <map>
 
 #include <gtest/gtest.h>
 
 #include "platform/process_paths.h"
-#include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
 
 namespace support {
@@ -97,11 +96,6 @@ int ChildProcess::wait() {
 CommandResult run(const Command& command) {
     const TemporaryDirectory directory; // files, so that neither side ever waits for the other
     write_file(directory.file("in"), command.input);
-    // The child takes its variables from this process.
-    std::vector<std::unique_ptr<EnvironmentGuard>> variables;
-    for (const auto& [name, value] : command.environment) {
-        variables.push_back(std::make_unique<EnvironmentGuard>(name, value));
-    }
     std::vector<std::string> words{command.program};
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
     const Streams streams{open_stream(directory.file("in"), platform::FileAccess::read),

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,12 +47,10 @@ class ChildProcess {
     FileHandle output_ = platform::invalid_file; ///< reads the child's standard output
 };
 
-/// Another program to run to its end.
+/// Another program to run to its end. It inherits the variables of this process.
 struct Command {
     std::string program;
     std::vector<std::string> arguments = {};
-    /// Variables that differ from those of this process; nothing removes one.
-    std::map<std::string, std::optional<std::string>> environment = {};
     std::string input = {}; ///< its standard input, which ends there
 };
 

@@ -1,5 +1,3 @@
-#include <set>
-
 #include <nlohmann/json.hpp>
 
 #include "platform/file_system.h"
@@ -18,24 +16,26 @@ using testing::Not;
 class Entries : public ProgramTest {};
 
 TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
-    const std::set<std::string> untrusting{"cluster", "subsystems", "web-config"};
-    const std::vector<std::string> roles{"cluster",
-                                         "subsystems",
-                                         "web-config",
-                                         "subsystems-server",
-                                         "subsystems-remote-client",
-                                         "remote-client",
-                                         "sip-device",
-                                         "media-retrieval-server",
-                                         "media-retrieval-client"};
-    for (const std::string& role : roles) {
+    const std::vector<std::pair<std::string, bool>> roles{
+        // name, has a trusted certificate
+        {"cluster", false},
+        {"subsystems", false},
+        {"web-config", false},
+        {"subsystems-server", true},
+        {"subsystems-remote-client", true},
+        {"remote-client", true},
+        {"sip-device", true},
+        {"media-retrieval-server", true},
+        {"media-retrieval-client", true},
+    };
+    for (const auto& [role, trusts] : roles) {
         const Words words = set_words(role, "/é🔑\"'> /" + role) + Words{"--password-stdin"};
-        done(untrusting.contains(role) ? words : words + Words{"--trusted", "/t&<>/" + role}, role);
+        done(trusts ? words + Words{"--trusted", "/t&<>/" + role} : words, role);
     }
-    for (const std::string& role : roles) {
+    for (const auto& [role, trusts] : roles) {
         const std::string path = "/é🔑\"'> /" + role;
         const bool by_server = role != "cluster";
-        const Json trusted = untrusting.contains(role) ? Json() : Json("/t&<>/" + role);
+        const Json trusted = trusts ? Json("/t&<>/" + role) : Json();
         Json expected{{"role", role},
                       {"server", by_server ? Json("SRV01") : Json()}, // as it is stored
                       {"public_key", path + ".pub"},
@@ -53,24 +53,6 @@ TEST_F(Entries, EveryRoleKeepsItsOwnEntry) {
                                  (trusted.is_null() ? "" : "trusted: /t&<>/" + role + "\n"));
         EXPECT_EQ(done(get + Words{"--show-password", "--field", "password"}), role + "\n");
     }
-}
-
-TEST_F(Entries, AListHasAllOfThemInTheOrderOfTheFile) {
-    EXPECT_EQ(done({"list"}), "");
-    EXPECT_EQ(done({"list", "--format", "json"}), "[]\n");
-    done(set_words("media-retrieval-client", "/m"));
-    done(set_words("subsystems", "/s") + Words{"--password-stdin"}, "geheim");
-    done(set_words("cluster", "/c"));
-    EXPECT_EQ(done({"list"}), "cluster\t\t/c.pub\t/c.key\t/c.crt\t\n"
-                              "subsystems\tSRV01\t/s.pub\t/s.key\t/s.crt\t\n"
-                              "media-retrieval-client\tSRV01\t/m.pub\t/m.key\t/m.crt\t\n");
-    EXPECT_THAT(done({"list", "--show-passwords"}), HasSubstr("/s.crt\t\tgeheim\n"));
-    const Json hidden = Json::parse(done({"list", "--format", "json"}));
-    const Json shown = Json::parse(done({"list", "--format", "json", "--show-passwords"}));
-    ASSERT_EQ(hidden.size(), 3U);
-    EXPECT_EQ(hidden[1]["password"], Json());
-    EXPECT_EQ(shown[0]["password"], "");
-    EXPECT_EQ(shown[1]["password"], "geheim");
 }
 
 TEST_F(Entries, AnUpdateChangesOnlyTheGivenFields) {
@@ -108,37 +90,33 @@ TEST_F(Entries, AMissingEntryHasItsOwnStatus) {
 }
 
 TEST_F(Entries, RemovalTakesEverySpelling) {
-    support::write_file(file(), "<ORVACertificates><Notifiers><Notifier Name='B'>"
-                                "<RemoteClientCertificate/><WebConfigCertificate/></Notifier>"
-                                "<Notifier Name='b'><remoteclientcertificate/></Notifier>"
-                                "</Notifiers><SIPDevices><Notifier Name='b'><SIPDevice/></Notifier>"
-                                "</SIPDevices></ORVACertificates>");
+    support::write_file(
+        file(), document("<Notifier Name='B'><RemoteClientCertificate/><WebConfigCertificate/>"
+                         "</Notifier><Notifier Name='b'><remoteclientcertificate/></Notifier>",
+                         "<Notifier Name='b'><SIPDevice/></Notifier>"));
     done({"remove", "remote-client", "--server", "b"});
     EXPECT_EQ(done({"list"}), "web-config\tB\t\t\t\t\nsip-device\tb\t\t\t\t\n");
     done({"remove", "--all-roles", "--server", "B"});
-    EXPECT_EQ(done({"list"}), "");
+    EXPECT_EQ(done({"list"}) + done({"list", "--format", "json"}), "[]\n");
     EXPECT_THAT(support::read_file(file()), Not(HasSubstr("Notifier ")));
 }
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {
     support::write_file(machine.file("plain"), "");
-    environment["ORVA_Certificates"] = machine.file("plain/below/x.xml");
-    refused(1, set_words("cluster", "/c"),
-            "Failed to create the directory: " + machine.file("plain/below") + ".");
-    environment["HOME"] = machine.file("plain");
-    environment["USERPROFILE"] = machine.file("plain");
+    support::set_variable("ORVA_Certificates", machine.file("plain/below/x.xml"));
     const auto cause = platform::create_directory(machine.file("plain/below"));
-    refused(1, {"list"}, platform::describe(cause));
+    refused(1, set_words("cluster", "/c"), platform::describe(cause));
 }
 
-TEST_F(Entries, ControlCharactersOfOthersReachNoTerminal) {
+TEST_F(Entries, ControlCharactersAreShownAsEscapes) {
     support::write_file(file(),
-                        "<ORVACertificates><Notifiers><ServerGroupCertificate><PublicKeyPath>a&#27;"
-                        "&#10;b&#x9B;&#x202E;</PublicKeyPath></ServerGroupCertificate></Notifiers>"
-                        "</ORVACertificates>");
+                        document("<ServerGroupCertificate><PublicKeyPath>a&#27;&#10;b&#x9B;&#x202E;"
+                                 "</PublicKeyPath></ServerGroupCertificate>"));
     EXPECT_THAT(done({"get", "cluster"}), HasSubstr("public_key: a\\x1b\\x0ab\\x9b\\u202e\n"));
     const std::string json = done({"get", "cluster", "--format=json"});
     EXPECT_THAT(json, HasSubstr("\"a\\u001b\\nb\\u009b\\u202e\""));
+    EXPECT_EQ(done({"get", "cluster", "--field", "public_key"}), // unchanged for a pipe
+              "a\x1b\nb\xC2\x9B\xE2\x80\xAE\n");
 }
 
 TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
@@ -151,7 +129,6 @@ TEST_F(Entries, RelativePathsAreStoredWithAWarning) {
 TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
     const std::vector<std::pair<std::string, std::string>> cases{
         // as JSON shows it
-        {"geheim", "\"geheim\""},
         {"geheim\r\n", "\"geheim\""},
         {"geheim\n\n", "\"geheim\\n\""},
         {" a \t\xC3\xA4<&>\" ", "\" a \\t\xC3\xA4<&>\\\" \""},
@@ -159,71 +136,45 @@ TEST_F(Entries, OneLineEndOfAPasswordIsDropped) {
     };
     const Words words = set_words("cluster", "/c");
     const std::string password_file = machine.file("password");
+    const auto expect_stored = [&](const std::string& json) {
+        EXPECT_THAT(done({"get", "cluster", "--format=json", "--show-password"}),
+                    HasSubstr("\"password\": " + json));
+    };
     for (const auto& [given, json] : cases) {
-        for (const Words& source :
-             {Words{"--password-stdin"}, Words{"--password-file", password_file}}) {
-            support::write_file(password_file, given);
-            done(words + source, source.size() == 1 ? given : "not this");
-            EXPECT_THAT(done({"get", "cluster", "--format=json", "--show-password"}),
-                        HasSubstr("\"password\": " + json))
-                << testing::PrintToString(given);
-        }
+        done(words + Words{"--password-stdin"}, given);
+        expect_stored(json);
+        support::write_file(password_file, given);
+        done(words + Words{"--password-file", password_file}, "not this");
+        expect_stored(json);
     }
-    done(words, "not a password"); // standard input is only read when asked for
-    EXPECT_EQ(done({"get", "cluster", "--show-password", "--field=password"}), "\n");
-}
-
-TEST_F(Entries, PasswordsAreNowhereInClear) {
-    environment["QNTRACE"] = "81";
-    environment["QNTRACE_FILE"] = machine.file("trace.log");
-    std::string printed = done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim-1");
-    for (const Words& command :
-         {Words{"get", "cluster"}, Words{"list", "--format=json"}, Words{"where"},
-          Words{"update", "cluster", "--certificate", "/d"}, Words{"check"}}) {
-        printed += run(command).output;
-    }
-    const std::string out = machine.file("out");
-    done({"export", "--password-stdin", "--output", out}, "open sesame");
-    done({"import", out, "--password-stdin"}, "open sesame");
-    EXPECT_THAT(printed, Not(HasSubstr("geheim")));
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(machine.path())) {
-        if (entry.is_regular_file()) {
-            EXPECT_THAT(support::read_file(entry.path().string()), Not(HasSubstr("geheim")))
-                << entry.path();
-        }
-    }
+    done(words, "not a password"); // standard input is read only on request
+    expect_stored("\"\"");
 }
 
 TEST_F(Entries, WhereReportsTheFilesAndTheRules) {
-    const auto lines = [](const std::string& file, const std::string& file_rule,
-                          const std::string& prefix, const std::string& key_rule) {
-        return "file: " + file + "\nfile chosen by: " + file_rule + "\npublic key: " + prefix +
-               "_PublicKey.bin\nprivate key: " + prefix +
-               "_PrivateKey.bin\nkeys chosen by: " + key_rule + "\n";
-    };
-    const std::string by_keys = "the directory of the keys";
-    const std::string by_variable = "the environment variable ORVA_Certificates";
-    const std::string by_profile = "the user's profile";
-    EXPECT_EQ(done({"where"}),
-              lines(file() + " (not there yet)", by_keys, in_root(""), by_profile));
+    EXPECT_EQ(done({"where"}), "file: " + file() + " (not there yet)\n" +
+                                   "file chosen by: the directory of the keys\npublic key: " +
+                                   in_root("_PublicKey.bin") +
+                                   "\nprivate key: " + in_root("_PrivateKey.bin") +
+                                   "\nkeys chosen by: the user's profile\n");
     const Json json = Json::parse(done({"where", "--format=json"}));
     EXPECT_EQ(json["file"], file());
     EXPECT_EQ(json["file_exists"], false);
-    EXPECT_EQ(json["findings"], Json::array());
 
     const std::string moved = machine.file("moved/x.xml");
-    environment["ORVA_Certificates"] = moved;
-    EXPECT_EQ(done({"where"}), lines(moved, by_variable, in_root(""), by_profile) +
-                                   "note: made the empty file " + moved + "\n");
-    environment["ORVA_Certificates"] = std::nullopt;
+    support::set_variable("ORVA_Certificates", moved);
+    const std::string text = done({"where"});
+    EXPECT_THAT(text, HasSubstr("file: " + moved + "\nfile chosen by: the environment variable "));
+    EXPECT_THAT(text, HasSubstr("note: made the empty file " + moved + "\n"));
+    support::set_variable("ORVA_Certificates", std::nullopt);
 
-    const std::string directory = machine.file("all");
-    std::filesystem::create_directory(directory);
-    platform::testing::store_machine_root(directory + platform::preferred_separator);
-    const std::string prefix = directory + in_root("").substr(root().size());
+    const std::string all = machine.file("all");
+    std::filesystem::create_directory(all);
+    platform::testing::store_machine_root(all + platform::preferred_separator);
     EXPECT_THAT(done({"where"}),
-                HasSubstr(lines(prefix + "_ORVA_Certificates.xml", by_keys, prefix,
-                                "the machine's setting in " + platform::machine_setting_source())));
+                HasSubstr("private key: " + all + in_root("").substr(root().size()) +
+                          "_PrivateKey.bin\nkeys chosen by: the machine's setting in " +
+                          platform::machine_setting_source() + "\n"));
 }
 
 TEST_F(Entries, APlaceThatCannotBeWrittenIsExplained) {
@@ -231,17 +182,78 @@ TEST_F(Entries, APlaceThatCannotBeWrittenIsExplained) {
     platform::testing::store_machine_root(machine.file("plain"));
     const std::string named = machine.file("directory.xml");
     std::filesystem::create_directory(named);
-    environment["ORVA_Certificates"] = named;
+    support::set_variable("ORVA_Certificates", named);
     const std::string text = done({"where"});
-    for (const std::string& part :
-         {std::string("file chosen by: the directory of the keys\n"),
-          std::string("keys chosen by: the user's profile\n"),
-          "warning: the file " + named + ", which ORVA_Certificates names, cannot be written",
-          "warning: the directory " + machine.file("plain") + ", which the machine's setting"}) {
-        EXPECT_THAT(text, HasSubstr(part));
-    }
+    EXPECT_THAT(text, HasSubstr("file chosen by: the directory of the keys\n"));
+    EXPECT_THAT(text, HasSubstr("keys chosen by: the user's profile\n"));
+    EXPECT_THAT(text, HasSubstr("warning: the file " + named + ", which ORVA_Certificates names"));
+    EXPECT_THAT(text, HasSubstr("warning: the directory " + machine.file("plain") + ", which the"));
     refused(1, set_words("cluster", "/c"), "nothing is changed");
     EXPECT_FALSE(std::filesystem::exists(file())) << "a change somewhere else";
+}
+
+class Check : public ProgramTest {
+  protected:
+    std::string check(int status) {
+        const support::CommandResult result = run({"check"});
+        EXPECT_EQ(result.status, status) << result.output << result.errors;
+        EXPECT_EQ(result.errors, "");
+        return result.output;
+    }
+};
+
+TEST_F(Check, NothingSetYetIsNoProblem) {
+    EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is not there"));
+    support::write_file(file(), "");
+    EXPECT_THAT(check(0), HasSubstr("warning: nothing has been set yet: " + file() + " is empty"));
+    support::set_variable("ORVA_Certificates", file()); // the first look makes a named file
+    EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
+}
+
+TEST_F(Check, AWholeFileHasNoFindings) {
+    const Words words{"set",           "sip-device", "--server",      "S",   "--public-key", file(),
+                      "--private-key", file(),       "--certificate", file()};
+    done(words + Words{"--password-stdin"}, "geheim");
+    EXPECT_EQ(check(0), "ok: key file " + in_root("_PublicKey.bin") + "\nok: key file " +
+                            in_root("_PrivateKey.bin") + "\nok: " + file() + " holds 1 entry\n");
+    std::string text = support::read_file(file());
+    support::write_file(file(), text.insert(text.find("</PublicKeyPath>"), ".gone"));
+    EXPECT_THAT(check(0), HasSubstr("warning: the entry sip-device of the server 'S' names " +
+                                    file() + ".gone: No such file or directory\n"));
+    const auto findings = Json::parse(done({"check", "--format=json"}));
+    EXPECT_EQ(findings[3]["code"], "named_file_missing");
+    EXPECT_EQ(findings[3]["role"], "sip-device");
+    EXPECT_EQ(findings[3]["server"], "S");
+    EXPECT_EQ(findings[0]["path"], in_root("_PublicKey.bin"));
+}
+
+TEST_F(Check, FaultsOfTheFileAreReported) {
+    const auto under = [](const std::string& server, const std::string& element) {
+        return "<Notifier Name=\"" + server + "\"><" + element + "/></Notifier>";
+    };
+    const std::vector<std::tuple<std::string, int, std::string>> cases{
+        // content, status, finding
+        {"<ORVACertificates>\n<Notifiers>\n<a", 1, " is not well-formed: [line 3, pos "},
+        {"<!-- <ORVACertificates> --><orvacertificates/>", 1,
+         "root element 'orvacertificates' in place of 'ORVACertificates'"},
+        {"<?xml version='1.0'?><!--a--><ORVACertificates />", 0,
+         "ok: " + file() + " holds 0 entries"},
+        {document(under("S", "SIPDevice")), 1, "is in the section Notifiers, where nobody looks"},
+        {document(under("S", "ServerGroupCertificate")), 1, "under a server, where nobody looks"},
+        {document("", "<SIPDevice/>"), 1, "is outside of all servers, where nobody looks"},
+        {document("", under("SRV", "SIPDevice") + under("srv", "SIPDevice")), 1,
+         "the entry sip-device of the server 'srv' is hidden by the server 'SRV'"},
+        {document("<ServerGroupCertificate/><servergroupcertificate/>"), 1,
+         "the entry cluster is there twice"},
+        {document("<Extra/>"), 0, "the entry Extra in the section Notifiers belongs to no role"},
+    };
+    for (const auto& [content, status, finding] : cases) {
+        support::write_file(file(), content);
+        EXPECT_THAT(check(status), HasSubstr(finding)) << content;
+    }
+    support::write_file(file(),
+                        document(under("SRV", "WebConfigCertificate"), under("srv", "SIPDevice")));
+    EXPECT_THAT(check(0), Not(HasSubstr("hidden"))) << "each section is searched on its own";
 }
 
 } // namespace

@@ -7,12 +7,6 @@
 
 namespace tools_test {
 
-namespace {
-
-constexpr const char* key_files[] = {"_PublicKey.bin", "_PrivateKey.bin"};
-
-} // namespace
-
 std::string program_file() {
     const std::string own = *platform::application_path();
     return own.substr(0, own.rfind(platform::preferred_separator) + 1) + PROGRAM_NAME;
@@ -23,15 +17,20 @@ Words operator+(Words words, const Words& more) {
     return words;
 }
 
-ProgramTest::ProgramTest()
-    : environment{{"ORVA_ISOLATED_MACHINE", machine.str()},
-                  {"ORVA_Certificates", std::nullopt},
-                  {"USERPROFILE", machine.file("home")},
-                  {"HOME", std::nullopt},
-                  {"TMPDIR", machine.file("tmp")},
-                  {"TMP", machine.file("tmp")},
-                  {"QNTRACE", std::nullopt},
-                  {"QNTRACE_FILE", std::nullopt}} {
+ProgramTest::ProgramTest() {
+    const std::map<std::string, std::optional<std::string>> variables{
+        {"ORVA_ISOLATED_MACHINE", machine.str()},
+        {"ORVA_FAILING_ALLOCATION", std::nullopt},
+        {"ORVA_Certificates", std::nullopt},
+        {"USERPROFILE", machine.file("home")},
+        {"HOME", std::nullopt},
+        {"TMPDIR", machine.file("tmp")},
+        {"TMP", machine.file("tmp")},
+        {"QNTRACE", std::nullopt},
+        {"QNTRACE_FILE", std::nullopt}};
+    for (const auto& [name, value] : variables) {
+        environment_.emplace_back(name, value);
+    }
     platform::testing::set_machine_setting(platform::testing::machine_setting_of(machine.str()));
     std::filesystem::create_directories(root());
     std::filesystem::create_directory(machine.file("tmp"));
@@ -68,7 +67,7 @@ ProgramTest::~ProgramTest() {
 }
 
 support::CommandResult ProgramTest::run(const Words& arguments, const std::string& input) {
-    return support::run({program_file(), arguments, environment, input});
+    return support::run({program_file(), arguments, input});
 }
 
 std::string ProgramTest::done(const Words& arguments, const std::string& input) {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <deque>
+
 #include <gmock/gmock.h>
 
 #include "tests/support/child_process.h"
+#include "tests/support/environment_guard.h"
 #include "tests/support/temporary_directory.h"
 
 namespace tools_test {
@@ -31,16 +34,25 @@ class ProgramTest : public testing::Test {
     /// The words of a `set` of all that a role needs, with paths that begin with `prefix`.
     static Words set_words(const std::string& role, const std::string& prefix);
 
+    /// A file with these entries in two of its sections.
+    static std::string document(const std::string& notifiers, const std::string& devices = "") {
+        return "<ORVACertificates><Notifiers>" + notifiers + "</Notifiers><SIPDevices>" + devices +
+               "</SIPDevices></ORVACertificates>";
+    }
+
     /// Where the keys lie, and the file unless a variable moves it.
     std::string root() const { return machine.file("home/Orvane Systems/Certificates"); }
     std::string in_root(const std::string& suffix) const;
     std::string file() const { return in_root("_ORVA_Certificates.xml"); }
+    std::string previous() const { return file() + ".previous"; }
+    static constexpr const char* key_files[] = {"_PublicKey.bin", "_PrivateKey.bin"};
 
     support::TemporaryDirectory machine;
-    std::map<std::string, std::optional<std::string>> environment;
 
   private:
     void place_keys();
+
+    std::deque<support::EnvironmentGuard> environment_; ///< restores all variables that tests set
 };
 
 /// `words` with more at the end.

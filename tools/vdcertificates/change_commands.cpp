@@ -20,10 +20,7 @@ constexpr FieldOption field_options[] = {
 };
 
 /// Sets the fields that were given.
-void apply_fields(const Arguments& arguments, const Target& target, Entry& entry) {
-    if (arguments.has(Option::trusted) && !target.role.has_trusted_path) {
-        throw UsageError("the role " + std::string(target.role.name) + " takes no --trusted");
-    }
+void apply_fields(const Arguments& arguments, Entry& entry) {
     for (const FieldOption& given : field_options) {
         if (arguments.has(given.option)) {
             entry.node.*given.field = arguments.text(given.option);
@@ -46,7 +43,10 @@ Entry new_entry(const Target& target) {
 }
 
 /// Checks only the fields that were given: an update must not fail because of older content.
-void check_given(const Arguments& arguments) {
+void check_given(const Arguments& arguments, const Role& role) {
+    if (arguments.has(Option::trusted) && !role.has_trusted_path) {
+        throw UsageError("the role " + std::string(role.name) + " takes no --trusted");
+    }
     for (const FieldOption& given : field_options) {
         const std::string& text = arguments.text(given.option);
         const std::string name(definition(given.option).name);
@@ -106,9 +106,9 @@ ExitStatus remove_server(const Arguments& arguments) {
 
 ExitStatus run_set(const Arguments& arguments) {
     const Target target = target_of(arguments, true);
+    check_given(arguments, target.role);
     Entry entry = new_entry(target);
-    apply_fields(arguments, target, entry);
-    check_given(arguments);
+    apply_fields(arguments, entry);
     apply_password(password_of(arguments), entry);
     Transaction change(arguments.has(Option::discard_unreadable));
     return store(change, std::move(entry));
@@ -119,9 +119,7 @@ ExitStatus run_update(const Arguments& arguments) {
     if (!changes_something(arguments)) {
         throw UsageError("nothing to update: give at least one field or password option");
     }
-    Entry ignored;
-    apply_fields(arguments, target, ignored);
-    check_given(arguments);
+    check_given(arguments, target.role);
     const bool has_password =
         password_source_of(arguments) != PasswordSource::none || arguments.has(Option::no_password);
     const Secret password = password_of(arguments);
@@ -132,7 +130,7 @@ ExitStatus run_update(const Arguments& arguments) {
     }
     Entry entry = new_entry(target);
     entry.node = *stored;
-    apply_fields(arguments, target, entry);
+    apply_fields(arguments, entry);
     if (has_password) {
         apply_password(password, entry);
     }

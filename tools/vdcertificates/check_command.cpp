@@ -9,7 +9,6 @@
 #include "tools/vdcertificates/certificate_files.h"
 #include "tools/vdcertificates/commands.h"
 #include "tools/vdcertificates/findings.h"
-#include "tools/vdcertificates/native_path.h"
 #include "tools/vdcertificates/requests.h"
 #include "tools/vdcertificates/store.h"
 
@@ -56,15 +55,6 @@ void check_keys(const Store& store, Findings& findings) {
                      "every account may put other keys into the directory " + directory +
                          ": take the permission to write from others",
                      directory);
-    }
-}
-
-void check_remarks(const Store& store, Findings& findings) {
-    for (const std::string& made : store.made()) {
-        findings.add(note, "made", made);
-    }
-    for (const std::string& warned : store.warnings()) {
-        findings.add(warning, "used_elsewhere", warned);
     }
 }
 
@@ -238,7 +228,7 @@ struct Look {
 
 void look_at_file(Store& store, Look& look) {
     check_keys(store, look.findings);
-    check_remarks(store, look.findings);
+    look.findings.add_remarks(store);
     const Reading reading =
         store.read([&](Entry&& entry) { look.entries.push_back(std::move(entry)); });
     store.unlock();

@@ -11,21 +11,18 @@
 
 namespace tool {
 
-std::string openssl_reason() {
-    const unsigned long number = ERR_peek_last_error();
-    const char* reason = ERR_reason_error_string(number);
-    ERR_clear_error();
-    return reason != nullptr ? reason : "no reason given";
-}
-
 namespace {
 
 constexpr int iterations = 600'000; ///< of PBKDF2, against guessing
 constexpr std::size_t piece = 65536;
 
+/// Throws OpenSSL's last error and empties its queue.
 void require(bool success, const char* message) {
     if (!success) {
-        throw Failure(std::string(message) + ": " + openssl_reason());
+        const char* reason = ERR_reason_error_string(ERR_peek_last_error());
+        ERR_clear_error();
+        throw Failure(std::string(message) + ": " +
+                      (reason != nullptr ? reason : "no reason given"));
     }
 }
 

@@ -1,13 +1,10 @@
 #include "tools/vdcertificates/document.h"
 
-#include <algorithm>
-#include <array>
-
-#include "ConfigurationFile/configuration_file_access.h"
+#include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/reading.h"
 #include "platform/file_operations.h"
 #include "platform/file_system.h"
 #include "qnfile/file_stream.h"
-#include "qnxml/reader.h"
 #include "qnxml/stream_tokenizer.h"
 #include "tools/vdcertificates/exit_status.h"
 #include "tools/vdcertificates/progress.h"
@@ -15,36 +12,15 @@
 namespace tool {
 namespace {
 
-using vdcertificates::CertificateNode;
 using vdcertificates::ConfigurationFile;
-using vdcertificates::ConfigurationFileAccess;
+using vdcertificates::for_each_child;
 using Element = qnxml::XmlReader::ElementPtr;
 
 constexpr unsigned int first_line = 1;
 constexpr std::size_t buffer_size = 65536;
 
-struct PathField {
-    const char* element;
-    std::string CertificateNode::*field;
-};
-constexpr std::array path_fields{
-    PathField{"PublicKeyPath", &CertificateNode::publicKeyPath},
-    PathField{"PrivateKeyPath", &CertificateNode::privateKeyPath},
-    PathField{"CertificatePath", &CertificateNode::certificatePath},
-    PathField{"TrustedCertificatePath", &CertificateNode::trustedCertificatePath},
-};
-
 Failure refused_opening(const std::string& path, const std::string& cause) {
     return Failure(path + " cannot be opened: " + cause, "file_unreadable", path);
-}
-
-const std::string* find_section(const std::string& name) {
-    for (const auto* section : ConfigurationFileAccess::sections) {
-        if (section->name == name) {
-            return &section->name;
-        }
-    }
-    return nullptr;
 }
 
 class DocumentReader {
@@ -67,7 +43,7 @@ class DocumentReader {
         reading_.root = root->qualified_name();
         reading_.root_is_right = reading_.root == ConfigurationFile::sm_configurationFile;
         if (reading_.root_is_right) {
-            for_each_child(root, [this](const Element& child) { read_section(child); });
+            for_each_child(reader_, root, [this](const Element& child) { read_section(child); });
         }
     }
 
@@ -81,13 +57,6 @@ class DocumentReader {
         }
     }
 
-    template <class Visit>
-    void for_each_child(Element parent, const Visit& visit) {
-        while (reader_.next_child_element(parent)) {
-            visit(reader_.current_element());
-        }
-    }
-
     void read_section(const Element& element) {
         const std::string* section = find_section(element->qualified_name());
         if (section == nullptr) {
@@ -95,16 +64,10 @@ class DocumentReader {
                                        "' in the root element");
             return;
         }
-        for_each_child(element, [&](const Element& child) {
-            if (child->qualified_name() != "Notifier") {
-                read_entry(child, *section, nullptr);
-                return;
-            }
-            const auto* name = child->find_attribute("Name");
-            const std::string server = name != nullptr ? name->value() : std::string();
-            for_each_child(child,
-                           [&](const Element& entry) { read_entry(entry, *section, &server); });
-        });
+        vdcertificates::for_each_entry(reader_, element,
+                                       [&](const Element& entry, const std::string* server) {
+                                           read_entry(entry, *section, server);
+                                       });
     }
 
     void read_entry(const Element& element, const std::string& section, const std::string* server) {
@@ -113,22 +76,23 @@ class DocumentReader {
         entry.by_server = server != nullptr;
         entry.server = server != nullptr ? *server : std::string();
         entry.node.name = element->qualified_name();
-        for_each_child(element, [&](const Element& child) { read_field(child, entry); });
+        for_each_child(reader_, element, [&](const Element& child) { read_field(child, entry); });
         if (!entry.password_is_readable) {
             reading_.unreadable_passwords.push_back(entry.title());
         }
         if (++entries_ % entries_between_looks == 0) {
             progress_.show(std::to_string(entries_) + " entries read");
         }
-        last_ = {entry.node.name, entry.by_server, entry.server};
+        last_.node.name = entry.node.name;
+        last_.by_server = entry.by_server;
+        last_.server = entry.server;
         visit_(std::move(entry));
     }
 
     void read_field(const Element& element, Entry& entry) {
         const std::string& name = element->qualified_name();
-        const auto path = std::ranges::find(path_fields, name, &PathField::element);
-        if (path != path_fields.end()) {
-            entry.node.*path->field = std::string(std::string_view(reader_.read_element_text()));
+        if (const auto field = vdcertificates::path_field(name)) {
+            entry.node.*field = std::string(std::string_view(reader_.read_element_text()));
         } else if (name == "Password") {
             read_password(entry);
         } else {
@@ -158,24 +122,12 @@ class DocumentReader {
     }
 
   public:
-    std::string last_entry() const {
-        Entry entry;
-        entry.node.name = last_.name;
-        entry.by_server = last_.by_server;
-        entry.server = last_.server;
-        return entries_ == 0 ? std::string() : entry.title();
-    }
+    std::string last_entry() const { return entries_ == 0 ? std::string() : last_.title(); }
 
   private:
     static constexpr std::size_t entries_between_looks = 256;
     /// Longer than a string stores inline, so that moving it moves the buffer and leaves no copy.
     static constexpr std::size_t smallest_allocation = 32;
-
-    struct Place {
-        std::string name;
-        bool by_server = false;
-        std::string server;
-    };
 
     qnxml::XmlStreamTokenizer tokenizer_;
     qnxml::XmlReader reader_;
@@ -183,7 +135,7 @@ class DocumentReader {
     const EntryVisitor& visit_;
     Reading& reading_;
     std::size_t entries_ = 0;
-    Place last_;
+    Entry last_; ///< without its fields
     Progress progress_;
 };
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <tuple>
 
 #include "ConfigurationFile/certificate_node.h"
 #include "tools/vdcertificates/roles.h"
@@ -20,9 +22,15 @@ struct Entry {
     /// The role of the entry, or null.
     const Role* role() const { return find_role_by_element(node.name); }
     /// The role's name on the command line, or the element name if there is no such role.
-    std::string role_name() const;
+    std::string_view role_name() const {
+        const Role* found = role();
+        return found != nullptr ? found->name : std::string_view(node.name);
+    }
     /// "ROLE of the server 'NAME'".
-    std::string title() const;
+    std::string title() const {
+        const std::string name(role_name());
+        return by_server ? name + " of the server '" + server + "'" : name;
+    }
 
     const std::string* section = nullptr; ///< the name of its section
     bool by_server = false;               ///< it is under a server name
@@ -31,6 +39,10 @@ struct Entry {
     vdcertificates::CertificateNode node;
 };
 
-std::string title(const Role& role, const std::string& server);
+/// All that an entry holds besides its name, for comparison.
+inline auto fields_of(const vdcertificates::CertificateNode& node) {
+    return std::tie(node.publicKeyPath, node.privateKeyPath, node.certificatePath,
+                    node.trustedCertificatePath, node.password);
+}
 
 } // namespace tool

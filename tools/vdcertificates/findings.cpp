@@ -28,6 +28,15 @@ void Findings::add(Severity severity, const char* code, const Entry& entry,
     findings_.back().server = entry.server;
 }
 
+void Findings::add_remarks(const Store& store) {
+    for (const std::string& made : store.made()) {
+        add(Severity::note, "made", made);
+    }
+    for (const std::string& warning : store.warnings()) {
+        add(Severity::warning, "used_elsewhere", warning);
+    }
+}
+
 bool Findings::holds(const platform::Result<bool>& answer, const std::string& path) {
     if (!answer && !answer.error().is_not_found()) {
         add(refused_look(path, answer.error()));

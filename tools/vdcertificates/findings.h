@@ -13,6 +13,8 @@
 
 namespace tool {
 
+class Store;
+
 enum class Severity : std::uint8_t { ok, note, warning, problem };
 
 /// One thing that `check` has to say. The code is stable: monitoring may compare it.
@@ -34,6 +36,9 @@ class Findings {
     void add(const Failure& failure) {
         add(Severity::problem, failure.code(), failure.what(), failure.path());
     }
+
+    /// Adds what the store made, and the warnings about its place.
+    void add_remarks(const Store& store);
 
     /// True if the answer about the file is yes. No answer is a problem, unless the file is
     /// missing.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include <openssl/bio.h>
 #include <openssl/cms.h>
@@ -25,8 +24,5 @@ using KeyHandle = std::unique_ptr<EVP_PKEY, OpensslFree<EVP_PKEY_free>>;
 using CertificateHandle = std::unique_ptr<X509, OpensslFree<X509_free>>;
 using StoreHandle = std::unique_ptr<X509_STORE, OpensslFree<X509_STORE_free>>;
 using StoreContextHandle = std::unique_ptr<X509_STORE_CTX, OpensslFree<X509_STORE_CTX_free>>;
-
-/// Returns OpenSSL's last error and empties its queue.
-std::string openssl_reason();
 
 } // namespace tool

@@ -4,14 +4,12 @@
 
 #include "platform/terminal.h"
 #include "tools/vdcertificates/exit_status.h"
-#include "tools/vdcertificates/json_writer.h"
 #include "tools/vdcertificates/text_checks.h"
 
 namespace tool {
 namespace {
 
 constexpr std::size_t full = 65536;
-constexpr std::size_t key_width = 13; ///< of the longest key of an entry, and two blanks
 
 std::optional<std::string_view> when(bool condition, const std::string& value) {
     return condition ? std::optional<std::string_view>(value) : std::nullopt;
@@ -22,17 +20,12 @@ bool has_trusted_path(const Entry& entry) {
     return role == nullptr || role->has_trusted_path;
 }
 
-std::string_view role_name(const Entry& entry) {
-    const Role* role = entry.role();
-    return role != nullptr ? role->name : std::string_view(entry.node.name);
-}
-
 } // namespace
 
 const std::array<Field, 7>& fields() {
     using Value = std::optional<std::string_view>;
     static constexpr std::array<Field, 7> all{{
-        {"role", "ROLE", [](const Entry& entry) { return Value(role_name(entry)); }},
+        {"role", "ROLE", [](const Entry& entry) { return Value(entry.role_name()); }},
         {"server", "SERVER",
          [](const Entry& entry) { return when(entry.by_server, entry.server); }},
         {"public_key", "PUBLIC KEY",
@@ -81,21 +74,6 @@ void append_line(Output& output, std::string_view name, std::string_view value, 
     }
     output.append_printable(value);
     output << "\n";
-}
-
-void append_entry(Output& output, const Entry& entry, const OutputStyle& style) {
-    if (style.format == Format::json) {
-        JsonWriter json(output.text());
-        json.entry(entry, style.passwords);
-        output << "\n";
-        return;
-    }
-    for (const Field& field : fields()) {
-        const bool is_shown = style.passwords || &field != &fields().back();
-        if (const auto value = field.value(entry); value && is_shown) {
-            append_line(output, field.key, *value, key_width);
-        }
-    }
 }
 
 void print(std::string_view text) {

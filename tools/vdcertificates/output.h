@@ -12,11 +12,6 @@ namespace tool {
 
 enum class Format : std::uint8_t { text, json };
 
-struct OutputStyle {
-    Format format = Format::text;
-    bool passwords = false; ///< in clear
-};
-
 /// One field of an entry as all output shows it. The value refers to the entry; nullopt if the role
 /// has no such field or a password cannot be read.
 struct Field {
@@ -52,9 +47,6 @@ class Output {
 /// Writes `name: value` and a line end. On a terminal the values are in one column, after `width`
 /// characters.
 void append_line(Output& output, std::string_view name, std::string_view value, std::size_t width);
-
-/// Writes one entry: lines of the fields of its role, or one JSON object with all keys.
-void append_entry(Output& output, const Entry& entry, const OutputStyle& style);
 
 /// Writes a whole text to standard output. Throws Failure if it cannot be written.
 void print(std::string_view text);

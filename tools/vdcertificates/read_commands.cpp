@@ -14,6 +14,8 @@ namespace {
 
 using qncore::equal_nocase_ascii;
 
+constexpr std::size_t key_width = 13; ///< of the longest key of an entry, and two blanks
+
 /// Throws Failure unless the whole file was read.
 void check_reading(const Store& store, const Reading& reading) {
     if (!reading.fault.empty()) {
@@ -129,9 +131,7 @@ ExitStatus print_field(const Field& field, const Entry& entry) {
     return status_done;
 }
 
-using Entries = std::deque<Entry>;
-
-/// All values of one entry, also empty ones, so that the columns keep their places.
+/// Calls `visit` with the index of each field to print, the field, and whether it is the last one.
 template <class Visit>
 void for_each_column(bool passwords, const Visit& visit) {
     const std::size_t count = fields().size() - (passwords ? 0 : 1);
@@ -139,6 +139,24 @@ void for_each_column(bool passwords, const Visit& visit) {
         visit(i, fields()[i], i + 1 == count);
     }
 }
+
+ExitStatus print_entry(const Entry& entry, Format format, bool passwords) {
+    Output output;
+    if (format == Format::json) {
+        JsonWriter(output.text()).entry(entry, passwords);
+        output << "\n";
+    } else {
+        for_each_column(passwords, [&](std::size_t, const Field& field, bool) {
+            if (const auto value = field.value(entry)) { // a field of its role
+                append_line(output, field.key, *value, key_width);
+            }
+        });
+    }
+    output.flush();
+    return status_done;
+}
+
+using Entries = std::deque<Entry>;
 
 void print_table(const Entries& entries, bool passwords) {
     std::array<std::size_t, std::tuple_size_v<std::decay_t<decltype(fields())>>> widths{};
@@ -195,7 +213,7 @@ void print_json(const Entries& entries, bool passwords) {
 ExitStatus run_get(const Arguments& arguments) {
     const Target target = target_of(arguments, false);
     const Field* field = field_of(arguments);
-    const OutputStyle style{format_of(arguments), arguments.has(Option::show_password)};
+    const Format format = format_of(arguments);
     Store store;
     store.print_made();
     store.print_warnings();
@@ -203,13 +221,8 @@ ExitStatus run_get(const Arguments& arguments) {
     if (!entry) {
         return no_entry(target);
     }
-    if (field != nullptr) {
-        return print_field(*field, *entry);
-    }
-    Output output;
-    append_entry(output, *entry, style);
-    output.flush();
-    return status_done;
+    return field != nullptr ? print_field(*field, *entry)
+                            : print_entry(*entry, format, arguments.has(Option::show_password));
 }
 
 ExitStatus run_list(const Arguments& arguments) {

@@ -14,8 +14,6 @@ namespace tool {
 struct Target {
     const Role& role;
     std::string server;
-
-    std::string title() const { return tool::title(role, server); }
 };
 
 /// Returns ROLE and --server. If an entry is to be stored, checks that the file can hold the server

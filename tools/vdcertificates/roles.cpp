@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ConfigurationFile/configuration_file.h"
+#include "ConfigurationFile/configuration_file_access.h"
 #include "qncore/string_conversion.h"
 
 namespace tool {
@@ -37,6 +37,15 @@ const Role* find_role_by_element(std::string_view element) {
         return qncore::equal_nocase_ascii(role.element, element);
     });
     return found != roles().end() ? &*found : nullptr;
+}
+
+const std::string* find_section(std::string_view name) {
+    for (const auto* section : vdcertificates::ConfigurationFileAccess::sections) {
+        if (section->name == name) {
+            return &section->name;
+        }
+    }
+    return nullptr;
 }
 
 std::string role_names() {

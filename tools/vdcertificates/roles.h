@@ -25,6 +25,9 @@ const Role* find_role(std::string_view name);
 /// The role whose entry has this element name, ignoring case, or null.
 const Role* find_role_by_element(std::string_view element);
 
+/// The name of one of the file's sections, or null.
+const std::string* find_section(std::string_view name);
+
 /// "cluster, subsystems, ...": for messages and help.
 std::string role_names();
 

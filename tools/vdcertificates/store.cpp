@@ -167,6 +167,12 @@ void Store::find_file() {
     }
 }
 
+void Store::refuse_change_elsewhere() const {
+    if (elsewhere_) {
+        throw Failure(warnings_.front() + " by programs that only read; nothing is changed");
+    }
+}
+
 void Store::print_made() const {
     for (const std::string& text : made_) {
         print_error("note: " + text);

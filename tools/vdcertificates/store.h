@@ -51,8 +51,8 @@ class Store {
     /// What was made, and where a wish of the administrator could not be followed.
     const std::vector<std::string>& made() const noexcept { return made_; }
     const std::vector<std::string>& warnings() const noexcept { return warnings_; }
-    /// True when ORVA_Certificates names a file that this account may not write.
-    bool is_elsewhere() const noexcept { return elsewhere_; }
+    /// Throws Failure if ORVA_Certificates names a file that this account may not write.
+    void refuse_change_elsewhere() const;
 
     /// Print them on standard error.
     void print_made() const;

@@ -103,12 +103,6 @@ EscapedCharacter::EscapedCharacter(unsigned int codePoint, bool always_long) noe
     }
 }
 
-std::string printable(std::string_view text) {
-    std::string line;
-    for_each_printable(text, [&](std::string_view piece) { line += piece; });
-    return line;
-}
-
 std::size_t printable_width(std::string_view text) noexcept {
     std::size_t width = 0;
     for_each_printable(text, [&](std::string_view piece) {

@@ -35,8 +35,6 @@ bool is_hidden(unsigned int codePoint) noexcept;
 template <class Put>
 void for_each_printable(std::string_view text, const Put& put);
 
-std::string printable(std::string_view text);
-
 /// The number of characters of the printable text.
 std::size_t printable_width(std::string_view text) noexcept;
 

@@ -62,13 +62,9 @@ struct Expected {
     const Contents::Node* node;
 
     bool is(const Entry& entry) const {
-        const auto fields = [](const Contents::Node& from) {
-            return std::tie(from.name, from.publicKeyPath, from.privateKeyPath,
-                            from.certificatePath, from.password, from.trustedCertificatePath);
-        };
         return *section == *entry.section && (server != nullptr) == entry.by_server &&
-               (server == nullptr || *server == entry.server) &&
-               fields(*node) == fields(entry.node);
+               (server == nullptr || *server == entry.server) && node->name == entry.node.name &&
+               fields_of(*node) == fields_of(entry.node);
     }
 
     std::string title() const {
@@ -123,10 +119,7 @@ class Roll {
 Transaction::Transaction(bool discardUnreadable)
     : discard_(discardUnreadable)
     , store_(discardUnreadable) {
-    if (store_.is_elsewhere()) {
-        throw Failure(store_.warnings().front() +
-                      " by programs that only read; nothing is changed");
-    }
+    store_.refuse_change_elsewhere();
     real_path_ = store_.path();
     if (const auto real = platform::real_path(store_.path())) {
         real_path_ = *real;
@@ -226,9 +219,7 @@ void Transaction::check_outcome() {
 
 void restore_previous(bool discardUnreadable) {
     Store store;
-    if (store.is_elsewhere()) {
-        throw Failure(store.warnings().front() + " by programs that only read; nothing is changed");
-    }
+    store.refuse_change_elsewhere();
     const auto real = platform::real_path(store.path());
     const std::string path = real ? *real : store.path();
     const std::string previous = previous_of(path);

@@ -91,7 +91,10 @@ class ImportReader {
             return;
         }
         if (key == "section") {
-            take_section(value.value_or(""));
+            import.entry.section = find_section(value.value_or(""));
+            if (import.entry.section == nullptr) {
+                throw Failure(before() + "unknown section '" + value.value_or("") + "'");
+            }
             return;
         }
         for (const auto& [name, text] : texts) {
@@ -103,16 +106,6 @@ class ImportReader {
             }
         }
         throw Failure(before() + "unknown member '" + key + "'");
-    }
-
-    void take_section(const std::string& name) {
-        for (const auto* section : vdcertificates::ConfigurationFileAccess::sections) {
-            if (section->name == name) {
-                imports_.back().entry.section = &section->name;
-                return;
-            }
-        }
-        throw Failure(before() + "unknown section '" + name + "'");
     }
 
     void finish() {
@@ -173,12 +166,7 @@ std::string apply(Contents& contents, Import& import) {
     if (stored != nullptr && !import.has_password) {
         entry.node.password = stored->password;
     }
-    const bool is_same = stored != nullptr && stored->publicKeyPath == entry.node.publicKeyPath &&
-                         stored->privateKeyPath == entry.node.privateKeyPath &&
-                         stored->certificatePath == entry.node.certificatePath &&
-                         stored->trustedCertificatePath == entry.node.trustedCertificatePath &&
-                         stored->password == entry.node.password;
-    if (is_same) {
+    if (stored != nullptr && fields_of(*stored) == fields_of(entry.node)) {
         return "";
     }
     const std::string done = stored == nullptr ? "add " : "change ";

@@ -37,12 +37,7 @@ Answer find() {
     try {
         const Store store;
         answer.file = store.path();
-        for (const std::string& made : store.made()) {
-            answer.findings.add(Severity::note, "made", made);
-        }
-        for (const std::string& warned : store.warnings()) {
-            answer.findings.add(Severity::warning, "used_elsewhere", warned);
-        }
+        answer.findings.add_remarks(store);
     } catch (const Failure& failure) {
         answer.failure = failure;
         answer.file = named_file();
