@@ -124,16 +124,6 @@ TEST_F(DocumentTest, MergesNewEntriesByFoldedName) {
         Access::merge(file, nodes, nodes, "S");
         EXPECT_EQ(show(nodes), merged) << rule << ", merged with itself";
     }
-    // A cost that grew with the square would take minutes.
-    ConfigurationFileNodes many;
-    for (int i = 0; i < 20000; ++i) {
-        many.certificates.push_back(entry("name" + std::to_string(i), "new"));
-        many.notifiers[many.certificates.back().name] = {entry("E", "new")};
-    }
-    ConfigurationFileNodes nodes = many;
-    nodes.certificates[7].publicKeyPath = "old";
-    Access::merge(file, many, nodes, "S");
-    EXPECT_TRUE(show(nodes) == show(many));
 }
 
 // Required: only the trusted path is escaped, and only three characters of it.

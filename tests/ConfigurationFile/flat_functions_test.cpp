@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <tuple>
 
 #include "ConfigurationFile/flat_functions.h"
 #include "tests/ConfigurationFile/store_fixture.h"
@@ -40,20 +41,15 @@ struct Function {
     std::function<int(Outputs&, int)> call;
 };
 
-template <class FlatFunction, class... Server>
-Function without_trusted(const wchar_t* answer, FlatFunction* function, Server... server) {
-    return {answer, false, [=](Outputs& o, int flags) {
-                return function(server..., o[0].data(), o[0].size(), o[1].data(), o[1].size(),
-                                o[2].data(), o[2].size(), o[3].data(), o[3].size(), flags);
-            }};
-}
+constexpr std::make_index_sequence<4> plain;
+constexpr std::make_index_sequence<5> trusted;
 
-Function with_trusted(const wchar_t* answer,
-                      decltype(get_devices_certificate_information)* function) {
-    return {answer, true, [=](Outputs& o, int flags) {
-                return function(L"srv", o[0].data(), o[0].size(), o[1].data(), o[1].size(),
-                                o[2].data(), o[2].size(), o[3].data(), o[3].size(), o[4].data(),
-                                o[4].size(), flags);
+template <std::size_t... i, class Flat, class... Server>
+Function bind(const wchar_t* answer, std::index_sequence<i...> /*outputs*/, Flat* flat,
+              Server... server) {
+    return {answer, sizeof...(i) == 5, [=](Outputs& o, int flags) {
+                return std::apply([=](auto... all) { return flat(server..., all..., flags); },
+                                  std::tuple_cat(std::tuple(o[i].data(), o[i].size())...));
             }};
 }
 
@@ -70,13 +66,13 @@ class FlatFunctionsTest : public StoreTest {
     }
 
     const std::vector<Function> functions = {
-        without_trusted(L"clu", ::get_cluster_certificate_information),
-        without_trusted(L"sub", ::get_subsystems_certificate_information, L"SRV"),
-        with_trusted(L"ser", ::get_subsystems_server_certificate_information),
+        bind(L"clu", plain, ::get_cluster_certificate_information),
+        bind(L"sub", plain, ::get_subsystems_certificate_information, L"SRV"),
+        bind(L"ser", trusted, ::get_subsystems_server_certificate_information, L"srv"),
         // Required: this function returns the entry of the subsystems server.
-        with_trusted(L"ser", ::get_subsystems_remote_client_certificate_information),
-        with_trusted(L"cli", ::get_remote_client_certificate_information),
-        with_trusted(L"dev", ::get_devices_certificate_information),
+        bind(L"ser", trusted, ::get_subsystems_remote_client_certificate_information, L"srv"),
+        bind(L"cli", trusted, ::get_remote_client_certificate_information, L"srv"),
+        bind(L"dev", trusted, ::get_devices_certificate_information, L"srv"),
     };
 };
 
@@ -132,8 +128,7 @@ TEST_F(FlatFunctionsTest, GiveEmptyTextsOrThrowForMissingEntries) {
     Outputs outputs;
     const auto get = [&](const wchar_t* server) {
         outputs = {};
-        return without_trusted(L"", ::get_subsystems_certificate_information, server)
-            .call(outputs, 0);
+        return bind(L"", plain, ::get_subsystems_certificate_information, server).call(outputs, 0);
     };
     for (const wchar_t* server : {L"unknown", L"", static_cast<const wchar_t*>(nullptr)}) {
         EXPECT_EQ(get(server), 1);
