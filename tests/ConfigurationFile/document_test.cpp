@@ -230,7 +230,8 @@ TEST_F(WriteCycleTest, TheFileIsTheOneThatEncipheringEachPasswordGives) {
     (file.*Access::notifiers.write)(changed);
     const std::string after = configuration();
     const ConfigurationFileNodes read = Access::read(file, Access::notifiers);
-    replace(file, {&read, &none, &nodes}, 500);
+    const ConfigurationFileNodes media = Access::read(file, Access::media_retrieval);
+    replace(file, {&read, &none, &media}, 500);
     EXPECT_EQ(configuration(), after);
     EXPECT_NE(after.size(), before.size());
 }

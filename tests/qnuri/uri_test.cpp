@@ -235,6 +235,7 @@ TEST(Order, IgnoresTheCaseOfEscapesAndTheFragment) {
     EXPECT_EQ(hash_escaped("a%2F", 4), ((97U * 5 + 37) * 5 + 50) * 5 + 102);
     EXPECT_EQ(hash_escaped("\xFF", 1), 255U);
     EXPECT_LT(reference("gen:/a#z"), reference("gen:/b"));
+    EXPECT_NE(reference("gen:/a").hash(), reference("gen:/b").hash());
     const std::unordered_set<UriReference> set{reference("gen:/%2F#a"), reference("gen:/%2f#b")};
     EXPECT_EQ(set.size(), 1);
 }

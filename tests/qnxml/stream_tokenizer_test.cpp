@@ -77,7 +77,7 @@ TEST(StreamTokenizer, JoinsWhatAFillCuts) {
     EXPECT_EQ(positions(memory_stream(head + "\r\nb")),
               " CharData(" + head + "\nb)@2,1,34 DocumentEnd()@2,1,34");
     const std::string wide = head.substr(1) + "\xF0\x9F\x98\x80" + "b";
-    for (const std::uint64_t largest_read : {32, 1}) {
+    for (const std::uint64_t largest_read : {32U, 1U}) {
         EXPECT_EQ(positions(memory_stream(wide, largest_read)),
                   " CharData(" + wide + ")@1,35,35 DocumentEnd()@1,35,35");
     }
