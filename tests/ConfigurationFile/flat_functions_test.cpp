@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <tuple>
 
 #include "ConfigurationFile/flat_functions.h"
 #include "tests/ConfigurationFile/store_fixture.h"
@@ -24,7 +25,7 @@ struct Output {
 /// Public key, private key, certificate, password, trusted certificate.
 using Outputs = std::array<Output, 5>;
 
-/// The buffers, with "0" for zeros and the lengths that changed.
+/// The buffers, with "0" for NUL, and the lengths that changed.
 std::wstring show(Outputs outputs) {
     std::wstring text;
     for (Output& output : outputs) {
@@ -35,25 +36,20 @@ std::wstring show(Outputs outputs) {
 }
 
 struct Function {
-    std::wstring answer; ///< public key of the entry that it is to find
+    std::wstring answer; ///< the public key of its entry
     bool trusted;
     std::function<int(Outputs&, int)> call;
 };
 
-template <class FlatFunction, class... Server>
-Function without_trusted(const wchar_t* answer, FlatFunction* function, Server... server) {
-    return {answer, false, [=](Outputs& o, int flags) {
-                return function(server..., o[0].data(), o[0].size(), o[1].data(), o[1].size(),
-                                o[2].data(), o[2].size(), o[3].data(), o[3].size(), flags);
-            }};
-}
+constexpr std::make_index_sequence<4> plain;
+constexpr std::make_index_sequence<5> trusted;
 
-Function with_trusted(const wchar_t* answer,
-                      decltype(get_devices_certificate_information)* function) {
-    return {answer, true, [=](Outputs& o, int flags) {
-                return function(L"srv", o[0].data(), o[0].size(), o[1].data(), o[1].size(),
-                                o[2].data(), o[2].size(), o[3].data(), o[3].size(), o[4].data(),
-                                o[4].size(), flags);
+template <std::size_t... i, class Flat, class... Server>
+Function bind(const wchar_t* answer, std::index_sequence<i...> /*outputs*/, Flat* flat,
+              Server... server) {
+    return {answer, sizeof...(i) == 5, [=](Outputs& o, int flags) {
+                return std::apply([=](auto... all) { return flat(server..., all..., flags); },
+                                  std::tuple_cat(std::tuple(o[i].data(), o[i].size())...));
             }};
 }
 
@@ -70,13 +66,13 @@ class FlatFunctionsTest : public StoreTest {
     }
 
     const std::vector<Function> functions = {
-        without_trusted(L"clu", ::get_cluster_certificate_information),
-        without_trusted(L"sub", ::get_subsystems_certificate_information, L"SRV"),
-        with_trusted(L"ser", ::get_subsystems_server_certificate_information),
-        // Required: this function answers for the subsystems server.
-        with_trusted(L"ser", ::get_subsystems_remote_client_certificate_information),
-        with_trusted(L"cli", ::get_remote_client_certificate_information),
-        with_trusted(L"dev", ::get_devices_certificate_information),
+        bind(L"clu", plain, ::get_cluster_certificate_information),
+        bind(L"sub", plain, ::get_subsystems_certificate_information, L"SRV"),
+        bind(L"ser", trusted, ::get_subsystems_server_certificate_information, L"srv"),
+        // Required: this function returns the entry of the subsystems server.
+        bind(L"ser", trusted, ::get_subsystems_remote_client_certificate_information, L"srv"),
+        bind(L"cli", trusted, ::get_remote_client_certificate_information, L"srv"),
+        bind(L"dev", trusted, ::get_devices_certificate_information, L"srv"),
     };
 };
 
@@ -85,19 +81,18 @@ TEST_F(FlatFunctionsTest, CopyOrMeasureByTheFlags) {
     const Change none = [](Outputs&) {};
     const std::wstring untouched = L"~~~~~~ ~~~~~~ ~~~~~~ ~~~~~~ ~~~~~~ ";
     const std::wstring measured = L"~~~~~~4 ~~~~~~4 ~~~~~~5 ~~~~~~5 ~~~~~~3 ";
-    // Flags, the result, and the outputs with "@" for the answer.
+    // What is changed in the arguments, the flags, the result, and the outputs with "@" for the
+    // answer.
     const std::tuple<const char*, Change, int, int, std::wstring> cases[] = {
         {"copies", none, 0, 1, L"@000 k\u00E4y000 cert00 pass00 tr0000 "},
-        {"passes over a null buffer", [](Outputs& o) { o[2].has_buffer = false; }, 0, 1,
+        {"skips a null buffer", [](Outputs& o) { o[2].has_buffer = false; }, 0, 1,
          L"@000 k\u00E4y000 ~~~~~~ pass00 tr0000 "},
         {"needs room for the characters only", [](Outputs& o) { o[2].length = 4; }, 0, 1,
          L"@000 k\u00E4y000 cert~~4 pass00 tr0000 "},
-        {"stops where room is short", [](Outputs& o) { o[2].length = 3; }, 0, -2,
+        {"stops at a buffer that is too short", [](Outputs& o) { o[2].length = 3; }, 0, -2,
          L"@000 k\u00E4y000 ~~~~~~3 ~~~~~~ ~~~~~~ "},
         {"touches nothing", none, 1, 1, untouched},
-        {"touches nothing", none, 8, 1, untouched},
         {"measures", none, 2, 1, measured},
-        {"measures", none, -1, 1, measured},
         {"measures without a buffer", [](Outputs& o) { o[0].has_buffer = false; }, 3, 1, measured},
         {"refuses a null length", [](Outputs& o) { o[0].has_length = false; }, 0, -2, untouched},
         {"refuses a null length", [](Outputs& o) { o[1].has_length = false; }, 0, -2, untouched},
@@ -133,8 +128,7 @@ TEST_F(FlatFunctionsTest, GiveEmptyTextsOrThrowForMissingEntries) {
     Outputs outputs;
     const auto get = [&](const wchar_t* server) {
         outputs = {};
-        return without_trusted(L"", ::get_subsystems_certificate_information, server)
-            .call(outputs, 0);
+        return bind(L"", plain, ::get_subsystems_certificate_information, server).call(outputs, 0);
     };
     for (const wchar_t* server : {L"unknown", L"", static_cast<const wchar_t*>(nullptr)}) {
         EXPECT_EQ(get(server), 1);

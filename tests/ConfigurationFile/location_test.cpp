@@ -4,7 +4,6 @@
 #include <future>
 
 #include "ConfigurationFile/location.h"
-#include "platform/file.h"
 #include "platform/machine.h"
 #include "platform/path.h"
 #include "platform/testing/testing.h"
@@ -22,6 +21,7 @@ using support::TraceCapture;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using vdcertificates::create_and_get_default_root_configuration_directory;
+using Access = vdcertificates::ConfigurationFileAccess;
 
 const std::string path_function =
     "vdcertificates::ConfigurationFile::get_configuration_file_path() ";
@@ -34,7 +34,7 @@ class LocationTest : public StoreTest {
     /// The path of the configuration file if the variable has the value.
     std::string path_with(const std::string& value) {
         const EnvironmentGuard variable("ORVA_Certificates", value);
-        return vdcertificates::ConfigurationFileAccess::path(file);
+        return Access::path(file);
     }
 
     vdcertificates::ConfigurationFile file;
@@ -46,11 +46,10 @@ TEST_F(LocationTest, TheVariableNamesTheWholePath) {
     const std::tuple<std::string, std::string, bool> cases[] = {
         {machine.file("x.xml"), machine.file("x.xml"), true},
         {machine.file("new/x.xml"), machine.file("new/x.xml"), true},
-        {machine.file("new//y.xml"), machine.file("new//y.xml"), true},
         {"", machine.default_file(), false},
-        // With nothing before the separator the value is taken untested.
+        // Without anything before the separator the path is not tested.
         {at_root, at_root, false},
-        // A plain name is made as a directory, which then cannot be written as a file.
+        // A plain name becomes a directory, which then cannot be written as a file.
         {"plain.xml", machine.default_file(), false},
     };
     const fs::path before = fs::current_path();
@@ -66,7 +65,7 @@ TEST_F(LocationTest, TheVariableNamesTheWholePath) {
     EXPECT_TRUE(fs::is_directory(machine.file("plain.xml")));
 }
 
-TEST_F(LocationTest, AVariableThatIsOfNoUseIsAnErrorOrAWarning) {
+TEST_F(LocationTest, AnUnusableVariableIsAnErrorOrAWarning) {
     const TraceCapture capture("VDCertificatesConfigurationFile=21");
     const std::string message = "Failed to create the directory: " + machine.file("a/b") + ".";
     EXPECT_EQ(failure_of([&] { path_with(machine.file("a/b/x.xml")); }),
@@ -88,10 +87,7 @@ TEST_F(LocationTest, AnExclusiveOpenerIsWaitedForAndThenReported) {
     EXPECT_EQ(path_with(path), path); // the third attempt succeeds
     EXPECT_EQ(capture.text(), "");
 
-    const auto holder = platform::open_file(path, platform::FileAccess::write,
-                                            platform::FileDisposition::open_always,
-                                            platform::FileSharing::none, {});
-    ASSERT_TRUE(holder);
+    platform::testing::fail_next(platform::Call::open, platform::sharing_violation(), 3);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(failure_of([&] { path_with(path); }),
               "error.qncertificates.filesystem.open.sharing_violation " + path_function +
@@ -101,8 +97,6 @@ TEST_F(LocationTest, AnExclusiveOpenerIsWaitedForAndThenReported) {
                 ElementsAre(HasSubstr(
                     " vdcertificates::file_has_write_access() Error Message: The file: " + path +
                     " has been opened with EXCLUSIVE access by an EXTERNAL process!")));
-    platform::close_file(*holder);
-    EXPECT_EQ(path_with(path), path);
 }
 
 TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
@@ -137,19 +131,29 @@ TEST_F(LocationTest, TheMachinesSettingComesBeforeTheProfile) {
     }
 }
 
-TEST_F(LocationTest, EachProbeWaitsForTheLock) {
-    platform::testing::store_machine_root(machine.directory());
-    const std::function<std::string()> probes[] = {
-        [&] { return path_with(machine.file("x.xml")); },
-        create_and_get_default_root_configuration_directory,
+TEST_F(LocationTest, EachAccessWaitsForTheLock) {
+    write_configuration("");
+    const vdcertificates::ConfigurationFileNodes none;
+    const Access::Document nothing = {&none, &none, &none};
+    const std::function<void()> accesses[] = {
+        [] { const vdcertificates::ConfigurationFile loads_the_keys; },
+        [&] { Access::read(file, Access::devices); },
+        [&] { replace(file, nothing); },
+        [&] { replace(file, nothing, 1); },
+        [&] { path_with(machine.file("x.xml")); },
+        [&] {
+            platform::testing::store_machine_root(machine.directory());
+            create_and_get_default_root_configuration_directory();
+        },
     };
-    for (const auto& probe : probes) {
+    for (const auto& access : accesses) {
+        SCOPED_TRACE(&access - accesses);
         const auto mutex = vdcertificates::ConfigurationFileMutex::create();
         mutex->acquire_lock();
-        auto waiting = std::async(std::launch::async, probe);
+        auto waiting = std::async(std::launch::async, access);
         EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(30)), std::future_status::timeout);
         mutex->release_lock();
-        EXPECT_NE(waiting.get(), "");
+        waiting.get();
     }
 }
 
@@ -170,7 +174,7 @@ TEST_F(LocationTest, TheProfileIsTheLastResort) {
         EXPECT_TRUE(root.empty() || fs::is_directory(root));
         support::remove_all(machine.file("p"));
     }
-    // What cannot be made on the way only counts if the last directory does not exist then.
+    // A failure to create a directory only counts if the last one does not exist then.
     support::write_file(machine.file("file"), "");
     const EnvironmentGuard profile("USERPROFILE", machine.file("file"));
     EXPECT_EQ(failure_of(create_and_get_default_root_configuration_directory),
@@ -183,7 +187,7 @@ TEST_F(LocationTest, TheProbeAsksForWritingAndChangesNothing) {
     support::write_file(machine.file("present"), "content");
     const std::pair<std::string, bool> cases[] = {
         {"present", true},
-        {"absent", true}, // and made
+        {"absent", true}, // and created
         {"absent/x.xml", false},
         {"none\0x"s, true}, // a name that cannot be probed counts as writable
     };

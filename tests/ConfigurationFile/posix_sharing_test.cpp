@@ -1,14 +1,8 @@
-#include <chrono>
-#include <fcntl.h>
 #include <filesystem>
-#include <future>
 #include <grp.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
-#include "qncore/error_exception.h"
 #include "tests/ConfigurationFile/store_fixture.h"
 #include "tests/support/child_process.h"
 
@@ -21,27 +15,9 @@ using vdcertificates::ConfigurationFile;
 
 using PosixSharingTest = StoreTest;
 
-TEST_F(PosixSharingTest, AStrangersLockOfAKeyFileCostsNoKeys) {
-    { const ConfigurationFile makes_the_keys; }
-    const auto keys = [this] {
-        return support::read_file(machine.public_key_file()) +
-               support::read_file(machine.private_key_file());
-    };
-    const std::string before = keys();
-    const int stranger = ::open(machine.public_key_file().c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(::flock(stranger, LOCK_EX), 0);
-    const auto held = std::async(std::launch::async, [stranger] {
-        std::this_thread::sleep_for(std::chrono::seconds(2));
-        ::close(stranger);
-    });
-    EXPECT_THROW({ const ConfigurationFile refused; }, qncore::ErrorException);
-    held.wait();
-    EXPECT_EQ(keys(), before);
-}
-
 constexpr gid_t group_of_the_suite = 65533;
 
-/// As the account of the first number: sets that server's entry and reads all that are named.
+/// As the account of the first number, sets that server's entry and reads those of all numbers.
 CHILD_PROCESS(work_as_account) {
     const auto account = static_cast<uid_t>(std::stoul(arguments.at(1)));
     if (::setgroups(0, nullptr) != 0 || ::setgid(group_of_the_suite) != 0 ||
@@ -86,7 +62,7 @@ TEST_F(PosixSharingTest, TwoAccountsOfAGroupWorkOnOneFileAndOnePairOfKeys) {
     EXPECT_EQ(work({"65532", "65531"}), 0);
     EXPECT_EQ(work({"65531", "65532"}), 0);
     EXPECT_EQ(support::read_file(machine.private_key_file()), key);
-    // Who is not root has to make the files writable to replace a pair that is none.
+    // An account other than root must make the files writable to replace them.
     support::write_file(machine.public_key_file(), "junk");
     EXPECT_EQ(work({"65531"}), 0);
     EXPECT_NE(support::read_file(machine.private_key_file()), key);

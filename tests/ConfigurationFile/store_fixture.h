@@ -16,8 +16,8 @@
 
 namespace store_test {
 
-/// A machine of the test's own: name, profile, setting, mutex, and no variable that moves the
-/// file. Its parts can be handed to child processes by `directory()`.
+/// A machine of the test's own: name, profile, setting, mutex, and no variable that moves the file.
+/// A child process enters it by its directory.
 class Machine {
   public:
     Machine() {
@@ -32,7 +32,7 @@ class Machine {
             vdcertificates::ConfigurationFileMutex::sm_configurationFileMutexName);
     }
 
-    /// Makes this process live on the machine that lies in the directory.
+    /// Makes this process use the machine of that directory.
     static void enter(const std::string& directory) {
         platform::testing::set_computer_name("TESTHOST");
         platform::testing::set_machine_setting(platform::testing::machine_setting_of(directory));
@@ -43,7 +43,7 @@ class Machine {
     std::string directory() const { return directory_.str(); }
     /// A path in the test's directory.
     std::string file(const std::string& name) const { return directory_.file(name); }
-    /// Where the keys are, and the file unless the variable moves it.
+    /// The directory of the keys, and of the file unless the variable moves it.
     std::string root() const { return file("Orvane Systems/Certificates"); }
     std::string default_file() const { return root_ + "ORVA_Certificates.xml"; }
     std::string public_key_file() const { return root_ + "PublicKey.bin"; }
@@ -64,18 +64,30 @@ class StoreTest : public testing::Test {
         support::write_file(machine.default_file(), text);
     }
     std::string configuration() const { return support::read_file(machine.default_file()); }
-    /// Replaces the whole content of the file, each password enciphered anew.
+    /// Replaces the whole content of the file, in pieces of that size unless it is 0, and enciphers
+    /// each password anew.
     void replace(vdcertificates::ConfigurationFile& file,
-                 const vdcertificates::ConfigurationFileAccess::Document& nodes) const {
+                 const vdcertificates::ConfigurationFileAccess::Document& nodes,
+                 std::size_t piece = 0) const {
         const qncertificates::CertificateKeys keys(machine.public_key_file(),
                                                    machine.private_key_file(),
                                                    qncertificates::eFormatPkcs1Der, false);
         vdcertificates::PasswordCipher cipher(keys, vdcertificates::PasswordCipher::Memory::none);
-        vdcertificates::ConfigurationFileAccess::write(file, nodes, cipher);
+        using Access = vdcertificates::ConfigurationFileAccess;
+        piece == 0 ? Access::write(file, nodes, cipher)
+                   : Access::write_in_pieces(file, nodes, cipher, piece);
     }
 
     Machine machine;
 };
+
+/// True if the cluster's entry is there and its password is "secret".
+inline bool has_secret(vdcertificates::ConfigurationFile& file) {
+    std::string password;
+    std::string other;
+    return file.get_cluster_certificate_information(other, other, other, password) &&
+           password == "secret";
+}
 
 /// An entry with its fields in the order of the file.
 inline vdcertificates::CertificateNode entry(std::string name, std::string publicKey = "",
@@ -107,7 +119,7 @@ inline std::string show(const vdcertificates::ConfigurationFileNodes& nodes) {
     return text;
 }
 
-/// The text of a file with these sections' contents.
+/// The text of a file with these sections.
 inline std::string document(const std::string& notifiers, const std::string& devices = "",
                             const std::string& mediaRetrieval = "") {
     return "<ORVACertificates><Notifiers>" + notifiers + "</Notifiers><SIPDevices>" + devices +
@@ -115,7 +127,7 @@ inline std::string document(const std::string& notifiers, const std::string& dev
            "</MediaRetrieval></ORVACertificates>";
 }
 
-/// The text of an entry without values as the file has it.
+/// The text of an entry without values.
 inline std::string entry_text(const std::string& name) {
     return "<" + name +
            "><PublicKeyPath></PublicKeyPath><PrivateKeyPath></PrivateKeyPath><CertificatePath>"

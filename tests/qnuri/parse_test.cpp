@@ -1,6 +1,4 @@
 // Parsing of texts and file names.
-#include <array>
-
 #include <gtest/gtest.h>
 
 #include "qnuri/parse.h"
@@ -50,15 +48,11 @@ const ParseCase parse_cases[] = {
     {"a?b:c", "^^a^?b:c^"},
     {"1a:b", "1a:^^b^^", scheme},
     {"a+-.9:b", "a+-.9:^^b^^"},
-    {"a_b:c", "a_b:^^c^^", scheme},
     {"a\xC3\x84:b", "a\xC3\x84:^^b^^", scheme},
     {"%41b:c", "%41b:^^c^^", scheme},
     {"#f:g", "^^^^#f:g"},
     {"gen:a?b?c#d#e", "gen:^^a^?b?c^#d#e", fragment},
-    {"///p", "^//^/p^^"},
-    {"//h?q", "^//h^^?q^"},
     {"gen:a#;/?:@&=+$,-_", "gen:^^a^^#;/?:@&=+$,-_"},
-    {"gen:a#%", "gen:^^a^^#%", fragment},
     {"gen:/%", "gen:^^/%^^", path},
     {"gen:/%7E%5b%2e%c3%A4", "gen:^^/~%5b.%c3%A4^^"},
     {std::string_view("gen:/\0x", 7), std::string("gen:^^/\0x^^", 11), path},
@@ -68,11 +62,9 @@ const ParseCase parse_cases[] = {
     {"gen://u@h:80@k", "gen:^//u@h:80@k^^^", authority},
     {"gen://;:&=+$,@h/", "gen:^//;:&=+$,@h^/^^"},
     {"gen://u?@h/", "gen:^//u^^?@h/^"},
-    {"gen://@/", "gen:^//@^/^^"},
     {"gen://[1]/", "gen:^//[1]^/^^", authority},
     {"gen://[::%25g]/", "gen:^//[::%25g]^/^^", authority},
     {"gen://[::]/", "gen:^//[::]^/^^"},
-    {"gen://[::1]:80/", "gen:^//[::1]:80^/^^"},
     {"gen://[::1", "gen:^//[::1^^^", authority},
     {"gen://[::1]x/", "gen:^//[::1]x^/^^", authority},
     {"gen://[fe80::1%25AB]/", "gen:^//[fe80::1%25AB]^/^^"},
@@ -89,8 +81,6 @@ const ParseCase parse_cases[] = {
     {"file://LocalHost/c:/x", "file:^//^/c:/x^^"},
     {"file://localhostile/x", "file:^//ile^/x^^"},
     {"file://localhost", "file:^//^^^"},
-    {"file://Server/share/a", "file:^//server^/share/a^^"},
-    {"file:////server/share", "file:^//^//server/share^^"},
     {"file://H/%5C%2F", "file:^//h^/%5C%2F^^"},
     {"file:C:/x", "file:^^C:/x^^", 0, true},
     {"file://LocalHost/C|/x", "file:^//LocalHost^/C|/x^^", path, true},
@@ -104,12 +94,10 @@ const ParseCase parse_cases[] = {
     {"sip:u:p;q@h", "sip:^u:p;q@h^^^", authority},
     {"sip:%3Ba@b;p=%26@c", "sip:^;a@b^;p=&@c^^", path},
     {"sip:h#f", "sip:^h#f^^^", authority},
-    {"sip:a@b;p=\"x y\"", "sip:^a@b^;p=x%20y^^"},
     {"sip:a@b;p=\" %\x7F\";q=%5B%3b", "sip:^a@b^;p=%20%25%7f;q=[%3b^^"},
     {"sip:a@b;p=\"%41", "sip:^a@b^;p=\"A^^", path},
     {"sip:%41@b;p=%41\"\"%41?%41", "sip:^A@b^;p=AA^?A^"},
     {"sip:a@b;p=\"x?y\"", "sip:^a@b^;p=\"x^?y\"^", path | query},
-    {"sip:a@b;p=\"\"\"", "sip:^a@b^;p=\"^^", path},
     {"sip:a@b;is=@", "sip:^a@b^;is=@^^", path},
     {"sip:h;p=[]/:&+$", "sip:^h^;p=[]/:&+$^^"},
     {"sip:a@b;p=1=2", "sip:^a@b^;p=1=2^^", path},
@@ -120,9 +108,7 @@ const ParseCase parse_cases[] = {
     {"tel:1.2", "tel:^1.2^^^"},
     {"tel:+", "tel:^+^^^", authority},
     {"tel:+1F", "tel:^+1F^^^", authority},
-    {"tel:", "tel:^^^^", authority},
     {"tel:%31", "tel:^%31^^^", authority},
-    {"tel:1;isub=@@", "tel:^1^isub=@@^^", 0, false, ';'},
     {"tel:1;=@@", "tel:^1^=@@^^", 0, false, ';'},
     {"tel:1;a-1=%20!%41;b", "tel:^1^a-1=%20!A;b^^", 0, false, ';'},
     {"tel:1;a=b;isub=@", "tel:^1^a=b;isub=@^^", 0, false, ';'},
@@ -156,7 +142,7 @@ TEST(Parse, SetsTextComponentsAndFlags) {
 
 /// Normal forms that are not stable. All of them are required.
 TEST(Parse, LeavesSomeNormalFormsUnstable) {
-    const std::array<const char*, 3> cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"gen:%%341", "gen:%41", "gen:A"}, // a stray % begins an escape
         // One "localhost" is removed at a time, and a drive remains.
         {"file://localhostlocalhost/x", "file://localhost/x", "file:///x"},
@@ -194,7 +180,7 @@ TEST(Parse, AllocatesTheRecordAndItsText) {
             parse("gen:" + std::string(size, 'a') + std::string(90, '"') + "%41");
         EXPECT_LE(decoded->text.capacity(), decoded->text.size() + 3);
     }
-    const std::string quotes = "sip:h;p=" + std::string(100'000, '"');
+    const std::string quotes = "sip:h;p=" + std::string(1'000'000, '"');
     EXPECT_EQ(parse(quotes)->text.capacity(), std::string().capacity());
 }
 
@@ -204,7 +190,6 @@ TEST(FileNames, BecomeReferences) {
     const std::tuple<std::string_view, const char*, std::uint32_t, const char*> cases[] = {
         {"C:\\a b\\c%d.txt", "file:///c:/a%20b/c%25d.txt", 0, nullptr},
         {"\\\\srv\\share\\x", "file://srv/share/x", 0, nullptr},
-        {"//Srv/share/x", "file://srv/share/x", 0, nullptr},
         {"///srv/x", "///srv/x", 0, nullptr},
         {"c:x", "c:x", 0, nullptr},
         {"1:/x", "1:/x", scheme, nullptr},
@@ -216,10 +201,8 @@ TEST(FileNames, BecomeReferences) {
         {"\\\\", "//", 0, nullptr},
         {"//h|", "//h|", authority, "//h%7c"},
         {"a b\\c?d\\", "a%20b/c?d\\", query, nullptr},
-        {"a b#f", "a%20b%23f", 0, nullptr},
         {"a#b c", "a#b c", fragment, nullptr},
         {"gen:a b", "gen:a b", path, nullptr},
-        {"http://h/x", "http://h/x", 0, nullptr},
     };
     for (const auto& [name, text, flags, from_file_name] : cases) {
         const support::ExactBuffer buffer(name);
@@ -233,9 +216,9 @@ TEST(FileNames, BecomeReferences) {
 
 TEST(PercentEncoding, DecodesAllOrAClass) {
     const std::pair<const char*, std::string> cases[] = {
-        {"", ""},        {"a%20b", "a b"}, {"%41%4a%4A", "AJJ"}, {"%", "%"},
-        {"%4", "%4"},    {"%4g", "%4g"},   {"%%41", "%A"},       {"%2541", "%41"},
-        {"%fF", "\xFF"}, {"%g1", "%g1"},   {"%@1%1`", "%@1%1`"}, {"%00", std::string(1, '\0')},
+        {"a%20b", "a b"}, {"%41%4a%4A", "AJJ"}, {"%4", "%4"},
+        {"%%41", "%A"},   {"%2541", "%41"},     {"%fF", "\xFF"},
+        {"%g1", "%g1"},   {"%@1%1`", "%@1%1`"}, {"%00", std::string(1, '\0')},
     };
     for (const auto& [text, decoded] : cases) {
         EXPECT_EQ(qnuri::percent_decode(text), decoded) << text;

@@ -31,6 +31,12 @@ void for_each_token(qnxml::IXmlTokenizer& tokenizer, Visitor visitor, std::size_
     }
 }
 
+/// Reads to the end and returns the failure; null if there is none.
+inline qncore::ErrorInfoPtr failure_in(qnxml::IXmlTokenizer& tokenizer) {
+    for_each_token(tokenizer, [](qnxml::XmlTokenType) {});
+    return tokenizer.last_error();
+}
+
 /// A reader over a text.
 struct Document {
     explicit Document(std::string_view text, qnxml::IEntityResolver* resolver = nullptr)
@@ -39,6 +45,33 @@ struct Document {
 
     Tokenizer tokenizer;
     qnxml::XmlReader reader;
+};
+
+struct ScriptedToken {
+    ScriptedToken(qnxml::XmlTokenType token, std::string_view itsText = "a")
+        : type(token)
+        , text(itsText) {}
+    qnxml::XmlTokenType type;
+    std::string_view text;
+};
+
+/// Plays back tokens that no document gives, or only a long one.
+class ScriptedTokenizer final : public qnxml::IXmlTokenizer {
+  public:
+    explicit ScriptedTokenizer(std::vector<ScriptedToken> script)
+        : script_(std::move(script)) {}
+    qnxml::XmlTokenType next_token() override { return script_.at(next_++).type; }
+    qncore::StringSlice<const char*> token_text() const override {
+        const std::string_view text = script_[next_ - 1].text;
+        return {text.data(), 0, text.size()};
+    }
+    qncore::ErrorInfoPtr last_error() const override { return {}; }
+    std::uint8_t attribute_quote() const override { return '"'; }
+    qnxml::XmlLocation location() const override { return {}; }
+
+  private:
+    std::vector<ScriptedToken> script_;
+    std::size_t next_ = 0;
 };
 
 /// A message without the position before it.
@@ -56,6 +89,19 @@ std::string failure_of(const Action& action) {
     }
     return text;
 }
+
+/// Knows "empty" and "markup", and keeps what it was asked.
+class Resolver final : public qnxml::IEntityResolver {
+  public:
+    bool resolve(qncore::StringSlice<const char*> name, std::string* result) override {
+        asked += name.str() + (result != nullptr ? "; " : "?; ");
+        if (result != nullptr) {
+            *result = name.view() == "markup" ? "<b>&x;" : "";
+        }
+        return name.view() == "empty" || name.view() == "markup";
+    }
+    std::string asked;
+};
 
 inline std::string full_name(const qnxml::XmlNode& node) {
     const std::string* const space = node.namespace_name();

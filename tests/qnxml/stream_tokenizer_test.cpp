@@ -8,7 +8,7 @@
 namespace {
 
 using qnxml::XmlTokenType;
-using qnxml_test::for_each_token;
+using qnxml_test::failure_in;
 using qnxml_test::memory_stream;
 using qnxml_test::Tokenizer;
 
@@ -21,7 +21,7 @@ std::string positions(Tokenizer::Stream stream, std::size_t buffer_size = 32,
                       std::size_t most = 100) {
     Tokenizer tokenizer({}, 1, buffer_size, std::move(stream));
     std::ostringstream all;
-    for_each_token(
+    qnxml_test::for_each_token(
         tokenizer,
         [&](XmlTokenType token) {
             const qnxml::XmlLocation at = tokenizer.location();
@@ -32,19 +32,11 @@ std::string positions(Tokenizer::Stream stream, std::size_t buffer_size = 32,
     return all.str().substr(std::string_view(" DocumentStart()@1,0,0").size());
 }
 
-/// Reads to the end and returns the failure; null if there is none.
-qncore::ErrorInfoPtr failure_of(Tokenizer& tokenizer) {
-    for_each_token(tokenizer, [](XmlTokenType) {});
-    return tokenizer.last_error();
-}
+const qnuri::UriReference reference(qnuri::parse_uri_reference("file:a", false));
 
 TEST(XmlLocation, EntersAMessage) {
-    qnxml::XmlLocation location{{}, 2, 5, 9};
-    EXPECT_EQ(qnxml::format_location(location, "Expecting '='"), "[line 2, pos 5]: Expecting '='");
     EXPECT_EQ(qnxml::location_message({}, "x", nullptr), "[line {@line}, pos {@linePos}]: x");
-    location.uri = qnuri::UriReference(qnuri::parse_uri_reference("file:a", false));
-    EXPECT_EQ(qnxml::format_location(location, "x"), "[line 2, pos 5, uri <file:a>]: x");
-
+    const qnxml::XmlLocation location{reference, 2, 5, 9};
     qncore::ErrorParams params;
     EXPECT_EQ(qnxml::location_message(location, "Of {@name}", &params),
               "[line {@line}, pos {@linePos}, uri <{@uri}>]: Of {@name}");
@@ -53,7 +45,6 @@ TEST(XmlLocation, EntersAMessage) {
         all += std::string(name.view()) + "=" + value + " ";
     }
     EXPECT_EQ(all, "line=2 linePos=5 sourcePos=9 uri=file:a ");
-    EXPECT_EQ(*qnxml::location_params(location).find("sourcePos"), "9");
 }
 
 TEST(StreamTokenizer, KeepsThePosition) {
@@ -63,9 +54,8 @@ TEST(StreamTokenizer, KeepsThePosition) {
     // The mark counts as bytes of the first line.
     EXPECT_THAT(positions(memory_stream("\xEF\xBB\xBF<a/>"), 4096),
                 testing::HasSubstr("StartTagStart(a)@1,6,6"));
-    const qnuri::UriReference uri(qnuri::parse_uri_reference("file:a", false));
-    Tokenizer tokenizer(uri, 7, 32, memory_stream("<!x"));
-    EXPECT_TRUE(failure_of(tokenizer)->text().starts_with("[line 7, pos 3, uri <file:a>]: "));
+    Tokenizer tokenizer(reference, 7, 32, memory_stream("<!x"));
+    EXPECT_TRUE(failure_in(tokenizer)->text().starts_with("[line 7, pos 3, uri <file:a>]: "));
 }
 
 TEST(StreamTokenizer, TakesAtLeast32Bytes) {
@@ -87,10 +77,10 @@ TEST(StreamTokenizer, JoinsWhatAFillCuts) {
     EXPECT_EQ(positions(memory_stream(head + "\r\nb")),
               " CharData(" + head + "\nb)@2,1,34 DocumentEnd()@2,1,34");
     const std::string wide = head.substr(1) + "\xF0\x9F\x98\x80" + "b";
-    EXPECT_EQ(positions(memory_stream(wide)),
-              " CharData(" + wide + ")@1,35,35 DocumentEnd()@1,35,35");
-    EXPECT_EQ(positions(memory_stream("\xF0\x9F\x98\x80", 1)),
-              " CharData(\xF0\x9F\x98\x80)@1,4,4 DocumentEnd()@1,4,4");
+    for (const std::uint64_t largest_read : {32U, 1U}) {
+        EXPECT_EQ(positions(memory_stream(wide, largest_read)),
+                  " CharData(" + wide + ")@1,35,35 DocumentEnd()@1,35,35");
+    }
 }
 
 TEST(StreamTokenizer, ReadsTheOldBufferOnceMoreAfterACutEnd) {
@@ -106,7 +96,6 @@ TEST(StreamTokenizer, ReadsTheOldBufferOnceMoreAfterACutEnd) {
         // An end tag asks once more for the bracket that the CR hides.
         {">x</a \r", 4, " CharData(>x)@1,3,3 EndTag(a)@1,8,8 CharData(x)@1,10,10"},
         // A cut character is lost. What it leaves in the buffer is read if text was held.
-        {"\xE2\x82", 9, " DocumentEnd()@1,0,0"},
         {"xyz\xE2\x82", 9, " CharData(xyz)@1,3,3 Error()@1,3,3"},
         {"\xE2\x82\xAC\xE2\x82", 9,
          " CharData(\xE2\x82\xAC)@1,3,3 CharData(\xE2\x82\xAC)@1,6,6 DocumentEnd()@1,6,6"},
@@ -121,20 +110,20 @@ TEST(StreamTokenizer, RefusesInvalidUtf8) {
          {"\x80zzz", "\xC0\x80zz", "\xED\xA0\x80", "\xF5\x80\x80\x80", "\xFEzzzzz", "\xFFzzzzz",
           "\xF8\x88\x80\x80\x80", "\xE4\xB8z", "\xC3("}) {
         Tokenizer tokenizer({}, 1, 64, memory_stream("<a>\n" + std::string(bytes)));
-        const qncore::ErrorInfoPtr error = failure_of(tokenizer);
+        const qncore::ErrorInfoPtr error = failure_in(tokenizer);
         ASSERT_TRUE(error && error->nested()) << testing::PrintToString(bytes);
         EXPECT_EQ(error->text(), "[line 2, pos 0]: Invalid UTF-8 character in stream");
         EXPECT_EQ(error->location().function.view(),
                   "qnxml::XmlBufferedStreamTokenizerBase::get_next_char()");
     }
-    // Inside markup, too, the failure is the stream's and not the end of the data.
+    // The failure of the stream is reported inside markup, too, and not an end of the data.
     for (const char* open :
          {"<",          "<!",          "<!-",       "<!--",  "<!-- -", "<!-- --", "<![CDATA[",
           "<![CDATA[]", "<![CDATA[]]", "<!DOCTYPE", "<?a ",  "<?a ?",  "<a",      "<a ",
           "<a /",       "<a b",        "<a b ",     "<a b=", "<a b='", "<?xml ",  "<?xml ?",
           "</a",        "</a ",        "&",         "&#",    "&#6",    "&#x",     "&a"}) {
         Tokenizer tokenizer({}, 1, 32, memory_stream(open + std::string("\xFF______")));
-        ASSERT_TRUE(failure_of(tokenizer)) << open;
+        ASSERT_TRUE(failure_in(tokenizer)) << open;
         EXPECT_EQ(tokenizer.last_error()->code(), qnxml::error::qnxml_tokenizer_stream) << open;
     }
 }
@@ -153,7 +142,7 @@ TEST(StreamTokenizer, CarriesTheStreamsFailure) {
                                 std::fill_n(static_cast<char*>(buffer), size, 'x');
                                 return ++reads == 3 ? end(buffer, size) : size;
                             }));
-        const qncore::ErrorInfoPtr error = failure_of(tokenizer);
+        const qncore::ErrorInfoPtr error = failure_in(tokenizer);
         ASSERT_TRUE(error);
         EXPECT_EQ(error->text(), "[line 1, pos 64]: Error reading from stream");
         EXPECT_EQ(error->code(), qnxml::error::qnxml_tokenizer_stream);

@@ -14,8 +14,8 @@ using qnxml_test::memory_stream;
 using qnxml_test::Tokenizer;
 using testing::ElementsAre;
 
-/// The tokens after "DocumentStart" with their texts in parentheses; of a failure the message
-/// without the position. The text of an end has no meaning.
+/// The tokens after "DocumentStart" with their texts in parentheses; for a failure its message. The
+/// text of an end has no meaning.
 std::string tokens(std::string_view document) {
     Tokenizer tokenizer({}, 1, 4096, memory_stream(document));
     std::ostringstream all;
@@ -40,9 +40,7 @@ TEST(Tokenizer, TurnsDocumentsIntoTokens) {
         {"<?XML a?>", "PIStart(XML) CharData( a) PIEnd"},
         {"<?a b?c?>", "PIStart(a) CharData( bc) PIEnd"},
         {"<?a ?\?>b?>", "PIStart(a) CharData( \?>b) PIEnd"},
-        {"<!-- - -->", "CommentStart CharData( - ) CommentEnd"},
         {"<!-a-->-->", "CommentStart CharData(->) CommentEnd"},
-        {"<![CDATA[]]]>", "CDATAStart CharData(]) CDATAEnd"},
         {"<![CDATA[a]b]]c]]]>", "CDATAStart CharData(a]b]]c]) CDATAEnd"},
         {"<!DOCTYPE a [ <!ENTITY b \"c\"> ]>",
          "DoctypeStart CharData( a [ <!ENTITY b \"c\"> ]) DoctypeEnd"},
@@ -50,7 +48,6 @@ TEST(Tokenizer, TurnsDocumentsIntoTokens) {
         {"<a /  trash >", "StartTagStart(a) StartTagEndEmpty"},
         {"<?xml version=\"1.0\"? trash>",
          "XmldeclStart(xml) AttributeStart(version) CharData(1.0) AttributeEnd XmldeclEnd"},
-        {"<a\n\t >x</a >", "StartTagStart(a) StartTagEnd CharData(x) EndTag(a)"},
         {"<_a-b:c:d.1/>", "StartTagStart(_a-b:c:d.1) StartTagEndEmpty"},
         {"<\xC3\xA9\xE4\xB8\x80\xC2\xB7/>",
          "StartTagStart(\xC3\xA9\xE4\xB8\x80\xC2\xB7) StartTagEndEmpty"},
@@ -77,7 +74,7 @@ TEST(Tokenizer, TurnsDocumentsIntoTokens) {
     }
 }
 
-/// Documents that fail, by the function that says so.
+/// Functions, and documents with which they fail.
 const std::pair<const char*, std::vector<std::string_view>> failures[] = {
     {"parse_content", {"<", "<!", "<!-", "<!x", "<!doctype a>", "</a b>", "</a "}},
     {"read_name",
@@ -101,8 +98,7 @@ TEST(Tokenizer, FailsWithPlaceAndCodeForGood) {
         for (const std::string_view document : documents) {
             SCOPED_TRACE(document);
             Tokenizer tokenizer({}, 1, 4096, memory_stream(document));
-            for_each_token(tokenizer, [](XmlTokenType) {});
-            const qncore::ErrorInfoPtr error = tokenizer.last_error();
+            const qncore::ErrorInfoPtr error = qnxml_test::failure_in(tokenizer);
             ASSERT_TRUE(error);
             EXPECT_EQ(error->code(), qnxml::error::qnxml_tokenizer_syntaxError);
             EXPECT_THAT(error->text(),
@@ -116,15 +112,14 @@ TEST(Tokenizer, FailsWithPlaceAndCodeForGood) {
         }
     }
     Tokenizer empty({}, 1, 1, memory_stream(""));
-    for_each_token(empty, [](XmlTokenType) {});
-    EXPECT_EQ(empty.last_error(), nullptr);
+    EXPECT_EQ(qnxml_test::failure_in(empty), nullptr);
     for (const char* message : {"Read past end", "Cannot continue after error"}) {
         EXPECT_EQ(empty.next_token(), XmlTokenType::Error);
         EXPECT_EQ(empty.last_error()->text(), qnxml::format_location(empty.location(), message));
     }
 }
 
-/// The sizes of all "CharData" of a document.
+/// The sizes of all "CharData".
 std::vector<std::size_t> chunk_sizes(std::string_view document) {
     Tokenizer tokenizer({}, 1, 4096, memory_stream(document));
     std::vector<std::size_t> sizes;
@@ -145,16 +140,10 @@ TEST(Tokenizer, CutsTextIntoChunks) {
         const std::size_t blank = open.ends_with(' ') ? 1 : 0;
         EXPECT_THAT(chunk_sizes(open + run + close), ElementsAre(1018, 1018, 464 + blank)) << open;
     }
-    EXPECT_THAT(chunk_sizes(std::string(1018, 'x')), ElementsAre(1018));
-    std::string wide;
-    while (wide.size() < 1200) {
-        wide += "\xE4\xB8\x80";
-    }
-    EXPECT_THAT(chunk_sizes(wide), ElementsAre(1020, 180));
     EXPECT_THAT(chunk_sizes(std::string(1017, 'x') + "\xF0\x9F\x98\x80y"), ElementsAre(1021, 1));
     // A row of brackets is one step, however long.
     EXPECT_THAT(chunk_sizes("<![CDATA[" + std::string(3000, ']') + "x]]>"), ElementsAre(3001));
-    const std::string name(5000, 'n');
+    const std::string name(5000, 'n'); // nor is a name cut
     EXPECT_EQ(tokens("<" + name + "/>"), "StartTagStart(" + name + ") StartTagEndEmpty ");
 }
 
@@ -175,16 +164,7 @@ TEST(Tokenizer, ClassifiesASingleByteByItself) {
     EXPECT_EQ(tokenizer.token_text().view(), "\xE9\xB7");
 }
 
-TEST(CharClasses, FollowTheProductions) {
-    const std::pair<std::uint32_t, std::uint32_t> cases[] = {
-        {8, 0},        {13, 0x20}, {'-', 0x1000},  {'.', 0x2000}, {':', 0x4000},
-        {'_', 0x8000}, {0xD7, 0},  {0x3007, 0x10}, {0x9FA6, 0},   {0xD7A3, 1},
-        {0x10FFFF, 0}, {0x345, 4}, {0xE46, 8},     {0x660, 2},    {0xFFFFFFFF, 0},
-    };
-    for (const auto& [code_point, classes] : cases) {
-        EXPECT_EQ(qnxml::char_class(code_point), classes) << std::hex << code_point;
-    }
-    // How many code points each production has.
+TEST(CharClasses, HaveAsManyCodePointsAsTheProductions) {
     std::size_t counts[5] = {};
     for (std::uint32_t point = 0; point < 0x110000; ++point) {
         const std::uint32_t classes = qnxml::char_class(point);
@@ -193,36 +173,27 @@ TEST(CharClasses, FollowTheProductions) {
         }
     }
     EXPECT_THAT(counts, ElementsAre(13602, 149, 437, 18, 20912));
+    EXPECT_EQ(qnxml::char_class(0xFFFFFFFF), 0U);
 }
 
-constexpr qnxml::ByteSet letters = qnxml::ByteSet::ascii_where([](char byte) {
+// The ranges of the other bytes have all forms: one byte, several, from the first, to the last.
+constexpr qnxml::ByteSet name_bytes = qnxml::ByteSet::ascii_where([](char byte) {
     return (qnxml::char_class(static_cast<unsigned char>(byte)) & qnxml::name_classes) != 0;
 });
-constexpr qnxml::ByteSet plain = qnxml::ByteSet::plain_but("&<");
-constexpr qnxml::ByteSet one = qnxml::ByteSet::of("a");
 
-template <const qnxml::ByteSet& set>
-void check_runs(char member) {
+TEST(ByteRun, EndsAtTheFirstOtherByte) {
     for (std::size_t length = 0; length < 40; ++length) {
         for (std::size_t place = 0; place < length; ++place) {
             for (int byte = 0; byte < 256; ++byte) {
-                std::vector<char> text(length, member); // of its own length, for the sanitizer
+                std::vector<char> text(length, 'a'); // of its own length, for the sanitizer
                 text[place] = static_cast<char>(byte);
-                const char* const end = text.data() + length;
-                const char* const expected =
-                    std::find_if(static_cast<const char*>(text.data()), end,
-                                 [](char each) { return !set.contains(each); });
-                ASSERT_EQ(qnxml::impl::end_of_run<set>(text.data(), end), expected)
+                const std::size_t run = name_bytes.contains(text[place]) ? length : place;
+                ASSERT_EQ(qnxml::impl::end_of_run<name_bytes>(text.data(), text.data() + length),
+                          text.data() + run)
                     << length << ' ' << place << ' ' << byte;
             }
         }
     }
-}
-
-TEST(ByteRun, EndsWhereTheSetSays) {
-    check_runs<letters>('a');
-    check_runs<plain>('>');
-    check_runs<one>('a');
 }
 
 } // namespace
