@@ -13,11 +13,6 @@
 namespace support {
 namespace {
 
-std::map<std::string, ChildFunction>& functions() {
-    static std::map<std::string, ChildFunction> registered;
-    return registered;
-}
-
 FileHandle open_stream(const std::string& name, platform::FileAccess access) {
     const auto file = platform::open_file(name, access, platform::FileDisposition::open_always,
                                           platform::FileSharing::read_write, {});
@@ -26,10 +21,6 @@ FileHandle open_stream(const std::string& name, platform::FileAccess access) {
 }
 
 } // namespace
-
-ChildRegistration::ChildRegistration(const char* name, ChildFunction function) {
-    functions()[name] = function;
-}
 
 void say(const std::string& line) {
     std::cout << line << std::endl;
@@ -113,20 +104,6 @@ CommandResult run(const Command& command) {
     }
     const int status = wait_for_process(process);
     return {status, read_file(directory.file("out")), read_file(directory.file("err"))};
-}
-
-int run_child(const std::string& function, const std::vector<std::string>& arguments) {
-    const auto found = functions().find(function);
-    if (found == functions().end()) {
-        std::cerr << "no child function " << function << '\n';
-        return 127;
-    }
-    try {
-        return found->second(arguments);
-    } catch (const std::exception& exception) {
-        std::cerr << function << ": " << exception.what() << '\n';
-        return 126;
-    }
 }
 
 } // namespace support

@@ -17,9 +17,7 @@ namespace support {
 
 using ChildFunction = int (*)(const std::vector<std::string>& arguments);
 
-struct ChildRegistration {
-    ChildRegistration(const char* name, ChildFunction function);
-};
+bool register_child(const char* name, ChildFunction function);
 
 /// In the child: writes one line to the parent, or waits for one from it.
 void say(const std::string& line);
@@ -70,12 +68,10 @@ CommandResult run(const Command& command);
 /// First argument of a test program that is to run a child function, named by the second one.
 inline constexpr const char* child_argument = "--run-child";
 
-/// Runs a registered function and gives the exit status.
-int run_child(const std::string& function, const std::vector<std::string>& arguments);
-
 } // namespace support
 
 #define CHILD_PROCESS(name)                                                                        \
     static int childProcess_##name(const std::vector<std::string>& arguments);                     \
-    static const support::ChildRegistration childRegistration_##name(#name, childProcess_##name);  \
+    static const bool childRegistered_##name =                                                     \
+        support::register_child(#name, childProcess_##name);                                       \
     static int childProcess_##name([[maybe_unused]] const std::vector<std::string>& arguments)

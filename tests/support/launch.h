@@ -19,7 +19,7 @@ struct Streams {
 
 /// Starts the program `words[0]` with these streams and, on Linux, whatever else is inheritable.
 /// Returns the process; fails the test and returns invalid_file when it does not start.
-FileHandle start(const std::vector<std::string>& words, const Streams& streams);
+FileHandle start(std::vector<std::string> words, const Streams& streams);
 
 /// Ends a process at once, with nothing of its own run.
 void kill_process(FileHandle process);
@@ -37,13 +37,13 @@ Pipe make_pipe();
 
 FileHandle own_error_stream();
 
-/// True under Wine, which does not show all that Windows does.
+/// Windows: true under Wine, which does not show all that Windows does.
 bool is_wine();
 
-/// True when this process can turn into another account.
+/// Linux: true if this process can turn into another account.
 bool may_change_account();
 
-/// Turns this process into an account that owns nothing, for good.
+/// Linux: turns this process into an account that owns nothing, for good.
 bool become_nobody();
 
 } // namespace support
