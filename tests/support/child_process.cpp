@@ -14,10 +14,8 @@ namespace support {
 namespace {
 
 FileHandle open_stream(const std::string& name, platform::FileAccess access) {
-    const auto file = platform::open_file(name, access, platform::FileDisposition::open_always,
-                                          platform::FileSharing::read_write, {});
-    EXPECT_TRUE(file) << name << ": " << platform::describe(file.error());
-    return file ? *file : platform::invalid_file;
+    return *platform::open_file(name, access, platform::FileDisposition::open_always,
+                                platform::FileSharing::read_write, {});
 }
 
 } // namespace
@@ -36,7 +34,7 @@ ChildProcess::ChildProcess(const std::string& function, const std::vector<std::s
     const Pipe from_child = make_pipe();
     std::vector<std::string> words{*platform::application_path(), child_argument, function};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    process_ = start(words, {to_child.reader, from_child.writer, own_error_stream()});
+    process_ = start(words, {to_child.reader, from_child.writer});
     platform::close_file(to_child.reader);
     platform::close_file(from_child.writer);
     input_ = to_child.writer;

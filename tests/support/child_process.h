@@ -28,17 +28,17 @@ class ChildProcess {
     ChildProcess(const std::string& function, const std::vector<std::string>& arguments);
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    /// Kills a child that is still there.
+    /// Kills a child that is still running.
     ~ChildProcess();
 
-    /// Reads lines from the child until one is `line`; fails the test when there is none.
+    /// Reads lines from the child until one is `line`; fails the test if there is none.
     void wait_for(const std::string& line);
     /// Reads the next line; empty at the end.
     std::string next_line();
     void tell();
-    /// Ends the child at once, with nothing of its own run.
+    /// Ends the child at once; none of its own code runs.
     void kill();
-    /// Waits for the child's end and gives its exit status; -1 when it was killed.
+    /// Waits for the child's end and returns its exit status; -1 if it was killed.
     int wait();
 
   private:
@@ -57,15 +57,15 @@ struct Command {
 };
 
 struct CommandResult {
-    int status = -1; ///< -1 when a signal ended it
+    int status = -1; ///< -1 if a signal ended it
     std::string output;
     std::string errors;
 };
 
-/// Runs it to its end, and fails the test when it cannot start.
+/// Runs it to its end; fails the test if it cannot start.
 CommandResult run(const Command& command);
 
-/// First argument of a test program that is to run a child function, named by the second one.
+/// First argument of a test program that runs a child function; the second one is its name.
 inline constexpr const char* child_argument = "--run-child";
 
 } // namespace support

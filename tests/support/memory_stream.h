@@ -10,7 +10,7 @@
 
 namespace support {
 
-/// A read stream over a text, or over whatever a function delivers. The tests' readers only read.
+/// A read stream over a text, or over what a function returns. Nobody skips in it.
 class MemoryReadStream final : public qncore::RefCounted<qncore::AtomicRefCount>,
                                public qncore::IReadStream {
   public:
@@ -37,7 +37,7 @@ class MemoryReadStream final : public qncore::RefCounted<qncore::AtomicRefCount>
     Source source_;
 };
 
-/// A write stream that keeps each write apart.
+/// A write stream that records the size of each write.
 class MemoryWriteStream final : public qncore::IWriteStream {
   public:
     std::uint64_t write(const void* buffer, std::uint64_t count) override {

@@ -30,7 +30,7 @@ FileHandle start(std::vector<std::string> words, const Streams& streams) {
     if (child == 0) {
         ::dup2(descriptor(streams.input), STDIN_FILENO);
         ::dup2(descriptor(streams.output), STDOUT_FILENO);
-        ::dup2(descriptor(streams.error), STDERR_FILENO);
+        ::dup2(descriptor(streams.error), STDERR_FILENO); // a no-op for an invalid one
         ::execv(pointers[0], pointers.data());
         ::_exit(127);
     }
@@ -55,10 +55,6 @@ Pipe make_pipe() {
     int ends[2] = {-1, -1};
     EXPECT_EQ(::pipe2(ends, O_CLOEXEC), 0) << "errno " << errno;
     return {ends[0], ends[1]};
-}
-
-FileHandle own_error_stream() {
-    return STDERR_FILENO;
 }
 
 bool may_change_account() {

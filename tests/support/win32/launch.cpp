@@ -50,7 +50,8 @@ FileHandle start(std::vector<std::string> words, const Streams& streams) {
     info.dwFlags = STARTF_USESTDHANDLES;
     info.hStdInput = inheritable(streams.input);
     info.hStdOutput = inheritable(streams.output);
-    info.hStdError = inheritable(streams.error);
+    info.hStdError = streams.error == platform::invalid_file ? ::GetStdHandle(STD_ERROR_HANDLE)
+                                                             : inheritable(streams.error);
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                           &info, &process)) {
@@ -81,10 +82,6 @@ Pipe make_pipe() {
     HANDLE writer = nullptr;
     EXPECT_TRUE(::CreatePipe(&reader, &writer, nullptr, 0));
     return {file_of(reader), file_of(writer)};
-}
-
-FileHandle own_error_stream() {
-    return file_of(::GetStdHandle(STD_ERROR_HANDLE));
 }
 
 bool is_wine() {
