@@ -27,7 +27,6 @@ enum class Colour { red = 7 };
 
 TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", ""},
         {"plain {} {a} {@} {@n}", "plain {} {a} {@} -5"},
         {"{@u}{@n} and {@u}", "18446744073709551615-5 and 18446744073709551615"},
         {"{@e} {@h} {@z} {@s}", "7 0abc 0 a{@n}b"},
@@ -90,6 +89,10 @@ TEST(Errors, OfTheCoreItself) {
              ErrorComposer("d").throw_with_nested_system_error(leaf, here, error);
          },
          "error.test.leaf_code|f()|d", "errno 17"},
+        {[] { ErrorComposer("g").throw_with_nested_winerror(leaf, here, 5, false); },
+         "error.test.leaf_code|f()|g", "windows 5"},
+        {[] { ErrorComposer("h").throw_with_nested_errno(leaf, here, EEXIST); },
+         "error.test.leaf_code|f()|h", "errno 17"},
         {[] {
              const std::runtime_error error("words");
              ErrorComposer("f").throw_with_nested_exception(leaf, here, error);

@@ -28,8 +28,6 @@ TEST(Ownership, ACountedObjectIsDeletedWithItsLastReference) {
     RefCountPtr<const Text> second = first;
     RefCountPtr<const Text> third = std::move(second);
     EXPECT_TRUE(second == nullptr); // NOLINT(bugprone-use-after-move): moved-from pointers are null
-    const RefCountPtr<const Text>& same = third;
-    third = same;
     using DataPtr = InterfacePtr<const StringTraceData, AtomicHolder>;
     DataPtr data = InterfacePtr<StringTraceData, AtomicHolder>(first);
     DataPtr moved = std::move(data);
