@@ -138,7 +138,8 @@ TEST(Formats, PemTextThatIsNotReadGoesToTheSlotOrIsThrown) {
         {read_private("no PEM", "secret"), decoding + by, openssl},
         {read_private(pkcs8, "Secret"), "error.qncrypto.rsa.keystore.decrypt|" + by, openssl},
         {read_private(of_another_kind, "secret"), decoding + by, openssl},
-        {read_public(pem.substr(0, pem.size() - 2)), bad_pem, openssl},
+        {read_public(pem.substr(0, pem.size() - 2)), bad_pem + "|Error decoding RSA public key",
+         openssl},
         {read_public(enciphered), bad_pem + "|Encrypted public key container not supported",
          openssl},
         {[&](ErrorInfoPtr* slot) {

@@ -21,6 +21,7 @@ int descriptor(FileHandle handle) {
 
 FileHandle start(std::vector<std::string> words, const Streams& streams) {
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) {
         pointers.push_back(word.data());
     }
