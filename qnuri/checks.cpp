@@ -58,16 +58,11 @@ bool valid_literal(std::string_view address) noexcept {
     if (address.size() < 2) {
         return false;
     }
-    while (!address.empty()) {
-        if (address[0] == ':' || is(address[0], hex)) {
-            address.remove_prefix(1);
-        } else if (address.starts_with("%25")) {
-            address.remove_prefix(3);
-        } else {
-            return false;
-        }
+    std::size_t end = find_first_not(address, hex | colon);
+    while (address.substr(end).starts_with("%25")) {
+        end = find_first_not(address, hex | colon, end + 3);
     }
-    return true;
+    return end == address.size();
 }
 
 /// Checks a host, which may be empty, and a port, which may have no digits.
@@ -102,9 +97,10 @@ bool valid_params(std::string_view params, SchemeKind kind) noexcept {
     const bool tel = kind == SchemeKind::tel;
     bool in_value = false;
     std::size_t name = 0;
-    for (std::size_t i = 0; i < params.size(); ++i) {
+    for (std::size_t i = find_first_not(params, alnum); i < params.size();
+         i = find_first_not(params, alnum, i + 1)) {
         const char c = params[i];
-        if (is(c, alnum) || c == '-') {
+        if (c == '-') {
             continue;
         }
         if (c == ';') {

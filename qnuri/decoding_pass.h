@@ -47,7 +47,11 @@ class DecodingPass {
         return at_ == text_.size() || chars::is(text_[at_], ends) || decode(ends, decoded, plain);
     }
     /// Removes the gap, so that the text can be edited; `seek` must follow if its size changes.
-    void close_gap();
+    void close_gap() {
+        if (gap_ != 0) {
+            remove_gap();
+        }
+    }
     void seek(std::size_t position) noexcept { at_ = kept_ = position; }
     /// Cuts the text to what has been passed, without storage that it does not need.
     void finish();
@@ -55,6 +59,7 @@ class DecodingPass {
   private:
     /// Does what `decode_until` does, from an escape or a character that is not plain.
     bool decode(chars::CharClass ends, chars::CharClass decoded, chars::CharClass plain);
+    void remove_gap();
     void move_down() noexcept;
 
     std::string& text_;

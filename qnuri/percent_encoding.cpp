@@ -35,13 +35,11 @@ void impl::DecodingPass::move_down() noexcept {
     kept_ = at_;
 }
 
-void impl::DecodingPass::close_gap() {
+void impl::DecodingPass::remove_gap() {
     move_down();
-    if (gap_ != 0) {
-        text_.erase(written(), gap_);
-        seek(written());
-        gap_ = 0;
-    }
+    text_.erase(written(), gap_);
+    seek(written());
+    gap_ = 0;
 }
 
 void impl::DecodingPass::finish() {

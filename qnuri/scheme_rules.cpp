@@ -66,7 +66,7 @@ std::size_t UriParser::normalise_host(std::size_t start) {
         text[i] = to_lower(text[i]);
     }
     // Required: these nine characters are removed even if the host goes on after them.
-    if (text.compare(host, local.size(), local) != 0) {
+    if (!std::string_view(text).substr(host).starts_with(local)) {
         return end;
     }
     text.erase(host, local.size());
