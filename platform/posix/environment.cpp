@@ -13,8 +13,12 @@ std::optional<std::string> environment_text(const char* name) {
     return environment_variable(name);
 }
 
-void set_environment_variable(const char* name, const std::string& value) {
-    ::setenv(name, value.c_str(), 1);
+void set_environment_variable(const char* name, const std::optional<std::string>& value) {
+    if (value) {
+        ::setenv(name, value->c_str(), 1);
+    } else {
+        ::unsetenv(name);
+    }
 }
 
 std::optional<std::string> user_profile_directory() {

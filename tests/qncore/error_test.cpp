@@ -21,89 +21,40 @@ constinit const ErrorCode branch{"error.test"};
 constinit const ErrorCode leaf{"error.test.leaf_code"};
 constinit const ErrorCode sibling{"error.test.leaf"};
 
+const SourceLocation here = QN_LOCATION("f()");
+
 enum class Colour { red = 7 };
 
 TEST(Errors, RenderingReplacesEveryPlaceholderThatHasAValue) {
     const std::pair<const char*, const char*> cases[] = {
-        {"", ""},
-        {"plain", "plain"},
-        {"{@a}{@b} and {@a}", "12 and 1"},
-        {"DataSize: {@a}, MaxDataSize: {@maxData})", "DataSize: 1, MaxDataSize: {@maxData})"},
-        {"{@nobraces} {@a", "{@nobraces} {@a"},
-        {"{} {a} {@} {@b}", "{} {a} {@} 2"},
-        {"{@{@a}}", "{@{@a}}"},
+        {"plain {} {a} {@} {@n}", "plain {} {a} {@} -5"},
+        {"{@u}{@n} and {@u}", "18446744073709551615-5 and 18446744073709551615"},
+        {"{@e} {@h} {@z} {@s}", "7 0abc 0 a{@n}b"},
+        {"DataSize: {@n}, MaxDataSize: {@maxData})", "DataSize: -5, MaxDataSize: {@maxData})"},
+        {"{@nobraces} {@n", "{@nobraces} {@n"},
+        {"{@{@n}}", "{@{@n}}"},
     };
     for (const auto& [message, text] : cases) {
-        const auto info = ErrorComposer(message).param("a", 1).param("b", "2").create(leaf, {});
+        const auto info = ErrorComposer(message)
+                              .param("n", -5LL)
+                              .param("u", ~std::size_t{0})
+                              .param("e", Colour::red)
+                              .param("h", streamers::Hex(0xABC, 4))
+                              .param("z", streamers::Hex(0))
+                              .param("s", std::string("a{@n}b"))
+                              .create(leaf, {});
         EXPECT_EQ(info->text(), text) << message;
-        EXPECT_EQ(info->message().view(), message);
     }
 }
 
-TEST(Errors, ParametersBecomeText) {
-    const auto info = ErrorComposer("{@n} {@u} {@e} {@h} {@s}")
-                          .param("n", -5LL)
-                          .param("u", ~std::size_t{0})
-                          .param("e", Colour::red)
-                          .param("h", streamers::Hex(0xABC))
-                          .param("s", std::string("a{@n}b"))
-                          .create(leaf, {});
-    EXPECT_EQ(info->text(), "-5 18446744073709551615 7 abc a{@n}b");
-    EXPECT_EQ(*info->params().find("e"), "7");
-    EXPECT_EQ(info->params().find("missing"), nullptr);
-}
-
-TEST(Errors, AnExceptionMatchesWholeSegmentsAndRethrowsItsRecord) {
+TEST(Errors, AnExceptionMatchesWholeSegmentsAndCarriesItsRecord) {
     const ErrorException exception(ErrorComposer("x").create(leaf, {}));
     EXPECT_TRUE(exception.matches(leaf));
     EXPECT_TRUE(exception.matches(branch));
-    EXPECT_TRUE(exception.matches(error::error));
     EXPECT_FALSE(exception.matches(sibling));
-    EXPECT_FALSE(exception.matches(error::qncore));
     EXPECT_EQ(error_of([&] { exception.rethrow(); }), exception.info());
-}
-
-TEST(Errors, ASlotTakesTheLastFailureAndNoSlotThrows) {
-    const SourceLocation location = QN_LOCATION("here()");
-    ErrorInfoPtr slot;
-    ErrorComposer("first").create_transfer(&slot, leaf, location);
-    const ErrorInfoPtr first = slot;
-    ErrorComposer("second").create_transfer_with_nested_errno(&slot, leaf, location, EACCES);
-    EXPECT_EQ(first->text(), "first");
-    EXPECT_EQ(slot->text(), "second");
-    EXPECT_EQ(slot->nested()->code(), error::qncore_errno);
-    EXPECT_EQ(slot->location().function.view(), "here()");
-    EXPECT_EQ(error_of([&] {
-                  ErrorComposer("x").create_transfer(nullptr, leaf, location, slot);
-              })->nested(),
-              slot);
-}
-
-TEST(Errors, CausesAreNested) {
-    const SourceLocation location = QN_LOCATION("here()");
-    const auto carried = ErrorComposer("carried").create(leaf, location);
-    const std::tuple<ErrorInfoPtr, ErrorCode, const char*> cases[] = {
-        {ErrorInfo::from_errno(location, ENOENT), error::qncore_errno,
-         "No such file or directory (errno 2)"},
-        {ErrorInfo::from_winerror(location, 5, false), error::qncore_windows, "Windows error 5"},
-        {ErrorInfo::from_exception(std::runtime_error("words"), location), error::qncore_exception,
-         "words"},
-        {ErrorInfo::from_exception(ErrorException(carried), location), leaf, "carried"},
-        {ErrorInfo::from_system_error(location, platform::SystemError::posix(EEXIST)),
-         error::qncore_errno, "File exists (errno 17)"},
-    };
-    for (const auto& [cause, code, text] : cases) {
-        EXPECT_EQ(cause->code(), code) << text;
-        EXPECT_EQ(cause->text(), text);
-        EXPECT_FALSE(cause->nested());
-    }
-    const auto outer = ErrorComposer("outer").create(leaf, location, std::get<0>(cases[0]));
-    EXPECT_EQ(outer->chain_text(), "outer; cause: No such file or directory (errno 2)");
-    EXPECT_EQ(error_of([&] {
-                  ErrorComposer("m").throw_with_nested_exception(leaf, location,
-                                                                 std::runtime_error("words"));
-              })->chain_text(),
-              "m; cause: words");
+    EXPECT_EQ(ErrorInfo::from_exception(exception, here), exception.info());
+    EXPECT_EQ(ErrorInfo::from_exception(std::runtime_error("words"), here)->text(), "words");
 }
 
 TEST(Errors, OfTheCoreItself) {
@@ -112,8 +63,6 @@ TEST(Errors, OfTheCoreItself) {
     support::check_failures({
         {[] { (void)safe_cast<int>(std::size_t{1} << 32); },
          truncated + "4294967296 is too large for the type i"},
-        {[] { (void)safe_cast<unsigned>(std::size_t{1} << 32); },
-         truncated + "4294967296 is too large for the type j"},
         // The image of this value differs from it, so truncation is found first.
         {[] { (void)safe_cast<int>(0x80000000U); },
          truncated + "2147483648 is too large for the type i"},
@@ -127,33 +76,50 @@ TEST(Errors, OfTheCoreItself) {
         {[] { to_string(std::wstring(L"a\xD800")); },
          "error.qncore.encoding|qncore::to_string()|"
          "The wide text holds no code point at position 1"},
-        {[] { throw_error(leaf, "a", ErrorParams(), QN_LOCATION("f()")); },
-         "error.test.leaf_code|f()|a"},
-        {[] { throw_error(leaf, SourceString("b"), QN_LOCATION("f()")); },
-         "error.test.leaf_code|f()|b"},
-        {[] { throw_errno(QN_LOCATION("f()"), ENOENT); }, "error.qncore.errno|f()"},
-        {[] { throw_winerror(QN_LOCATION("f()"), 5, false); },
-         "error.qncore.windows|f()|Windows error 5"},
+        {[] { throw_error(leaf, "a", ErrorParams(), here); }, "error.test.leaf_code|f()|a"},
+        {[] { throw_error(leaf, SourceString("b"), here); }, "error.test.leaf_code|f()|b"},
+        {[] { throw_errno(here, EEXIST); }, "error.qncore.errno|f()|File exists (errno 17)"},
+        {[] { throw_winerror(here, 5, false); }, "error.qncore.windows|f()|Windows error 5"},
         {[](ErrorInfoPtr* slot) {
-             ErrorComposer("c").create_transfer_with_nested_winerror(slot, leaf, QN_LOCATION("f()"),
-                                                                     5, true);
+             ErrorComposer("c").create_transfer_with_nested_winerror(slot, leaf, here, 5, true);
          },
-         "error.test.leaf_code|f()|c", "system"},
+         "error.test.leaf_code|f()|c", "windows 5"},
+        {[] {
+             const auto error = platform::SystemError::posix(EEXIST);
+             ErrorComposer("d").throw_with_nested_system_error(leaf, here, error);
+         },
+         "error.test.leaf_code|f()|d", "errno 17"},
+        {[] { ErrorComposer("g").throw_with_nested_winerror(leaf, here, 5, false); },
+         "error.test.leaf_code|f()|g", "windows 5"},
+        {[] { ErrorComposer("h").throw_with_nested_errno(leaf, here, EEXIST); },
+         "error.test.leaf_code|f()|h", "errno 17"},
+        {[] {
+             const std::runtime_error error("words");
+             ErrorComposer("f").throw_with_nested_exception(leaf, here, error);
+         },
+         "error.test.leaf_code|f()|f", "error.qncore.exception"},
+        {[](ErrorInfoPtr* slot) {
+             const auto cause = ErrorComposer("x").create(branch, here);
+             ErrorComposer("e").create_transfer(slot, leaf, here, cause);
+         },
+         "error.test.leaf_code|f()|e", "error.test"},
     });
     EXPECT_EQ(safe_cast<int>(0x7FFFFFFFU), 0x7FFFFFFF);
 }
 
-TEST(Errors, AThrowIsTracedAndAFilledSlotIsNot) {
+TEST(Errors, ASlotTakesTheLastFailureAndAThrowIsTraced) {
     const support::TraceCapture capture("System=11");
-    const auto fail = [](ErrorInfoPtr* slot) {
+    const auto fail = [](ErrorInfoPtr* slot, const char* what) {
         ErrorComposer("broken {@what}")
-            .param("what", "pipe")
+            .param("what", what)
             .create_transfer_with_nested_errno(slot, leaf, QN_LOCATION("some::function()"), ENOENT);
     };
     ErrorInfoPtr slot;
-    fail(&slot);
-    EXPECT_TRUE(slot);
-    EXPECT_EQ(error_of([&] { fail(nullptr); })->text(), slot->text());
+    fail(&slot, "door");
+    const ErrorInfoPtr first = slot;
+    fail(&slot, "pipe");
+    EXPECT_EQ(first->text(), "broken door");
+    EXPECT_EQ(error_of([&] { fail(nullptr, "pipe"); })->chain_text(), slot->chain_text());
     EXPECT_THAT(capture.lines(),
                 testing::ElementsAre(testing::EndsWith(
                     " 11 System some::function() Error Message: broken pipe; cause: No such file "

@@ -4,50 +4,39 @@
 
 #include <gtest/gtest.h>
 
-#include "qncore/interface_ptr.h"
-#include "qncore/ref_counted.h"
+#include "qncore/string_trace_data.h"
 #include "qncore/strong_weak_ptr.h"
 
 namespace qncore {
 namespace {
 
-struct Shape {
-    virtual int corners() const = 0;
-
-  protected:
-    ~Shape() = default;
-};
-
 int g_living = 0;
 
-class Square : public RefCounted<AtomicRefCount>, public Shape {
+class Text : public RefCounted<AtomicRefCount>, public StringTraceData {
   public:
-    Square() { ++g_living; }
-    int corners() const override { return 4; }
+    Text() { ++g_living; }
+    std::string_view trace_text() const override { return "shown"; }
 
   protected:
-    ~Square() override { --g_living; }
+    ~Text() override { --g_living; }
 };
 
-class BigSquare final : public Square {};
+class LongText final : public Text {};
 
-TEST(Ownership, ACountedObjectGoesWithItsLastReference) {
-    using ShapePtr = InterfacePtr<const Shape, AtomicHolder>;
-    RefCountPtr<Square> first = make_ref_counted<BigSquare>();
-    RefCountPtr<const Square> second = first;
-    RefCountPtr<const Square> third = std::move(second);
+TEST(Ownership, ACountedObjectIsDeletedWithItsLastReference) {
+    RefCountPtr<Text> first = make_ref_counted<LongText>();
+    RefCountPtr<const Text> second = first;
+    RefCountPtr<const Text> third = std::move(second);
     EXPECT_TRUE(second == nullptr); // NOLINT(bugprone-use-after-move): moved-from pointers are null
-    const RefCountPtr<const Square>& same = third;
-    third = same;
-    EXPECT_FALSE(ShapePtr());
-    ShapePtr shape = InterfacePtr<Shape, AtomicHolder>(first);
-    ShapePtr moved = std::move(shape);
-    EXPECT_FALSE(shape); // NOLINT(bugprone-use-after-move): moved-from pointers are null
+    using DataPtr = InterfacePtr<const StringTraceData, AtomicHolder>;
+    DataPtr data = InterfacePtr<StringTraceData, AtomicHolder>(first);
+    DataPtr moved = std::move(data);
+    EXPECT_FALSE(data); // NOLINT(bugprone-use-after-move): moved-from pointers are null
     first.reset();
     third = nullptr;
     EXPECT_EQ(g_living, 1);
-    EXPECT_EQ(moved->corners(), 4);
-    moved = ShapePtr();
+    EXPECT_EQ(moved->trace_text(), "shown");
+    moved = DataPtr();
     EXPECT_EQ(g_living, 0);
 }
 

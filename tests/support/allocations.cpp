@@ -30,14 +30,6 @@ void* allocate(std::size_t size) noexcept {
     return block + header;
 }
 
-void* allocate_or_throw(std::size_t size) {
-    void* const block = allocate(size);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
 void give_back(void* pointer) noexcept {
     if (pointer == nullptr) {
         return;
@@ -52,17 +44,16 @@ void give_back(void* pointer) noexcept {
 
 } // namespace
 
+// The forms for arrays call these.
+void* operator new(std::size_t size) {
+    void* const block = allocate(size);
+    return block != nullptr ? block : throw std::bad_alloc();
+}
 // clang-format off
-void* operator new(std::size_t size) { return allocate_or_throw(size); }
-void* operator new[](std::size_t size) { return allocate_or_throw(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
 void operator delete(void* pointer) noexcept { give_back(pointer); }
-void operator delete[](void* pointer) noexcept { give_back(pointer); }
 void operator delete(void* pointer, std::size_t) noexcept { give_back(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { give_back(pointer); }
 void operator delete(void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
-void operator delete[](void* pointer, const std::nothrow_t&) noexcept { give_back(pointer); }
 // clang-format on
 
 namespace support {

@@ -12,23 +12,12 @@
 namespace support {
 namespace {
 
-std::map<std::string, ChildFunction>& functions() {
-    static std::map<std::string, ChildFunction> registered;
-    return registered;
-}
-
 FileHandle open_stream(const std::string& name, platform::FileAccess access) {
-    const auto file = platform::open_file(name, access, platform::FileDisposition::open_always,
-                                          platform::FileSharing::read_write, {});
-    EXPECT_TRUE(file) << name << ": " << platform::describe(file.error());
-    return file ? *file : platform::invalid_file;
+    return *platform::open_file(name, access, platform::FileDisposition::open_always,
+                                platform::FileSharing::read_write, {});
 }
 
 } // namespace
-
-ChildRegistration::ChildRegistration(const char* name, ChildFunction function) {
-    functions()[name] = function;
-}
 
 void say(const std::string& line) {
     std::cout << line << std::endl;
@@ -44,7 +33,7 @@ ChildProcess::ChildProcess(const std::string& function, const std::vector<std::s
     const Pipe from_child = make_pipe();
     std::vector<std::string> words{*platform::application_path(), child_argument, function};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    process_ = start(words, {to_child.reader, from_child.writer, own_error_stream()});
+    process_ = start(words, {to_child.reader, from_child.writer});
     platform::close_file(to_child.reader);
     platform::close_file(from_child.writer);
     input_ = to_child.writer;
@@ -107,20 +96,6 @@ CommandResult run(const Command& command) {
     }
     const int status = wait_for_process(process);
     return {status, read_file(directory.file("out")), read_file(directory.file("err"))};
-}
-
-int run_child(const std::string& function, const std::vector<std::string>& arguments) {
-    const auto found = functions().find(function);
-    if (found == functions().end()) {
-        std::cerr << "no child function " << function << '\n';
-        return 127;
-    }
-    try {
-        return found->second(arguments);
-    } catch (const std::exception& exception) {
-        std::cerr << function << ": " << exception.what() << '\n';
-        return 126;
-    }
 }
 
 } // namespace support

@@ -15,9 +15,7 @@ namespace support {
 
 using ChildFunction = int (*)(const std::vector<std::string>& arguments);
 
-struct ChildRegistration {
-    ChildRegistration(const char* name, ChildFunction function);
-};
+bool register_child(const char* name, ChildFunction function);
 
 /// In the child: writes one line to the parent, or waits for one from it.
 void say(const std::string& line);
@@ -28,17 +26,17 @@ class ChildProcess {
     ChildProcess(const std::string& function, const std::vector<std::string>& arguments);
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
-    /// Kills a child that is still there.
+    /// Kills a child that is still running.
     ~ChildProcess();
 
-    /// Reads lines from the child until one is `line`; fails the test when there is none.
+    /// Reads lines from the child until one is `line`; fails the test if there is none.
     void wait_for(const std::string& line);
     /// Reads the next line; empty at the end.
     std::string next_line();
     void tell();
-    /// Ends the child at once, with nothing of its own run.
+    /// Ends the child at once; none of its own code runs.
     void kill();
-    /// Waits for the child's end and gives its exit status; -1 when it was killed.
+    /// Waits for the child's end and returns its exit status; -1 if it was killed.
     int wait();
 
   private:
@@ -55,23 +53,21 @@ struct Command {
 };
 
 struct CommandResult {
-    int status = -1; ///< -1 when a signal ended it
+    int status = -1; ///< -1 if a signal ended it
     std::string output;
     std::string errors;
 };
 
-/// Runs it to its end, and fails the test when it cannot start.
+/// Runs it to its end; fails the test if it cannot start.
 CommandResult run(const Command& command);
 
-/// First argument of a test program that is to run a child function, named by the second one.
+/// First argument of a test program that runs a child function; the second one is its name.
 inline constexpr const char* child_argument = "--run-child";
-
-/// Runs a registered function and gives the exit status.
-int run_child(const std::string& function, const std::vector<std::string>& arguments);
 
 } // namespace support
 
 #define CHILD_PROCESS(name)                                                                        \
     static int childProcess_##name(const std::vector<std::string>& arguments);                     \
-    static const support::ChildRegistration childRegistration_##name(#name, childProcess_##name);  \
+    static const bool childRegistered_##name =                                                     \
+        support::register_child(#name, childProcess_##name);                                       \
     static int childProcess_##name([[maybe_unused]] const std::vector<std::string>& arguments)

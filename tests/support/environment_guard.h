@@ -1,27 +1,23 @@
 #pragma once
 
-#include <cstdlib>
-#include <optional>
 #include <string>
+#include <utility>
+
+#include "platform/environment.h"
 
 namespace support {
 
-/// Sets (or with no value removes) an environment variable of this process, for its children too.
-void set_variable(const std::string& name, const std::optional<std::string>& value);
-
-/// Sets (or with no value removes) an environment variable while it lives.
+/// Sets (or with no value removes) an environment variable while it lives, for child processes too.
 class EnvironmentGuard {
   public:
     EnvironmentGuard(std::string name, const std::optional<std::string>& value)
-        : name_(std::move(name)) {
-        if (const char* const before = std::getenv(name_.c_str())) {
-            before_ = before;
-        }
-        set_variable(name_, value);
+        : name_(std::move(name))
+        , before_(platform::environment_variable(name_.c_str())) {
+        platform::set_environment_variable(name_.c_str(), value);
     }
     EnvironmentGuard(const EnvironmentGuard&) = delete;
     EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
-    ~EnvironmentGuard() { set_variable(name_, before_); }
+    ~EnvironmentGuard() { platform::set_environment_variable(name_.c_str(), before_); }
 
   private:
     std::string name_;

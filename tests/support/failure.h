@@ -10,7 +10,7 @@
 
 namespace support {
 
-/// The record of the ErrorException that the action throws; null when it throws none.
+/// Returns the record of the ErrorException that the action throws; null if it throws none.
 template <class Action>
 qncore::ErrorInfoPtr error_of(const Action& action) {
     try {
@@ -22,8 +22,8 @@ qncore::ErrorInfoPtr error_of(const Action& action) {
     return {};
 }
 
-/// What the action throws: code, function and message, apart by blanks; empty when it throws
-/// nothing.
+/// Returns what the action throws: code, function and message, separated by blanks; empty if it
+/// throws nothing.
 template <class Action>
 std::string failure_of(const Action& action) {
     const qncore::ErrorInfoPtr error = error_of(action);
@@ -81,7 +81,7 @@ inline void check_failures(const std::vector<FailureCase>& cases) {
         check_failure(error_of([&] { row.action(nullptr); }), row);
         if (row.has_slot) {
             qncore::ErrorInfoPtr slot;
-            EXPECT_FALSE(error_of([&] { row.action(&slot); })) << "thrown in spite of the slot";
+            EXPECT_FALSE(error_of([&] { row.action(&slot); })) << "thrown although there is a slot";
             check_failure(slot, row);
         }
     }

@@ -5,7 +5,7 @@
 
 #include "platform/file.h"
 
-// What each system answers about processes.
+// What each system does with processes.
 namespace support {
 
 using platform::FileHandle;
@@ -14,14 +14,14 @@ using platform::FileHandle;
 struct Streams {
     FileHandle input;
     FileHandle output;
-    FileHandle error;
+    FileHandle error = platform::invalid_file; ///< if invalid, that of this process
 };
 
 /// Starts the program `words[0]` with these streams and, on Linux, whatever else is inheritable.
-/// Returns the process; fails the test and returns invalid_file when it does not start.
-FileHandle start(const std::vector<std::string>& words, const Streams& streams);
+/// Returns the process; fails the test and returns invalid_file if it does not start.
+FileHandle start(std::vector<std::string> words, const Streams& streams);
 
-/// Ends a process at once, with nothing of its own run.
+/// Ends a process at once; none of its own code runs.
 void kill_process(FileHandle process);
 
 /// Waits for the end and returns the exit status; -1 for a process that was ended from outside,
@@ -35,15 +35,13 @@ struct Pipe {
 };
 Pipe make_pipe();
 
-FileHandle own_error_stream();
-
-/// True under Wine, which does not show all that Windows does.
+/// Windows: true under Wine, which does not show all that Windows does.
 bool is_wine();
 
-/// True when this process can turn into another account.
+/// Linux: true if this process can turn into another account.
 bool may_change_account();
 
-/// Turns this process into an account that owns nothing, for good.
+/// Linux: turns this process into an account that owns nothing, for good.
 bool become_nobody();
 
 } // namespace support

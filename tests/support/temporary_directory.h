@@ -23,13 +23,13 @@ class TemporaryDirectory {
     std::filesystem::path path_;
 };
 
-/// Removes what is there with all that it holds, read-only or not.
+/// Removes a file or a directory with its content, read-only or not.
 void remove_all(const std::filesystem::path& path);
 
 /// The path of a name in UTF-8 (on Linux any bytes).
 std::filesystem::path native(const std::string& name);
 
-/// The whole content of a file; fails the test when it cannot be read.
+/// Returns the content of a file; fails the test if it cannot be read.
 std::string read_file(const std::string& name);
 
 /// Creates or replaces a file.

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
 #include <grp.h>
 #include <pwd.h>
@@ -10,8 +9,6 @@
 #include <unistd.h>
 
 #include <gtest/gtest.h>
-
-#include "tests/support/environment_guard.h"
 
 namespace support {
 namespace {
@@ -22,12 +19,11 @@ int descriptor(FileHandle handle) {
 
 } // namespace
 
-FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
-    std::vector<std::string> texts = words;
+FileHandle start(std::vector<std::string> words, const Streams& streams) {
     std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
+    pointers.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        pointers.push_back(word.data());
     }
     pointers.push_back(nullptr);
     const pid_t child = ::fork();
@@ -35,7 +31,7 @@ FileHandle start(const std::vector<std::string>& words, const Streams& streams) 
     if (child == 0) {
         ::dup2(descriptor(streams.input), STDIN_FILENO);
         ::dup2(descriptor(streams.output), STDOUT_FILENO);
-        ::dup2(descriptor(streams.error), STDERR_FILENO);
+        ::dup2(descriptor(streams.error), STDERR_FILENO); // a no-op for an invalid one
         ::execv(pointers[0], pointers.data());
         ::_exit(127);
     }
@@ -62,14 +58,6 @@ Pipe make_pipe() {
     return {ends[0], ends[1]};
 }
 
-FileHandle own_error_stream() {
-    return STDERR_FILENO;
-}
-
-bool is_wine() {
-    return false;
-}
-
 bool may_change_account() {
     return ::geteuid() == 0 && ::getpwnam("nobody") != nullptr;
 }
@@ -78,14 +66,6 @@ bool become_nobody() {
     const passwd* account = ::getpwnam("nobody");
     return account != nullptr && ::setgroups(0, nullptr) == 0 && ::setgid(account->pw_gid) == 0 &&
            ::setuid(account->pw_uid) == 0;
-}
-
-void set_variable(const std::string& name, const std::optional<std::string>& value) {
-    if (value) {
-        ::setenv(name.c_str(), value->c_str(), 1);
-    } else {
-        ::unsetenv(name.c_str());
-    }
 }
 
 } // namespace support

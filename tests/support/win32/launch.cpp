@@ -4,7 +4,6 @@
 
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
-#include "tests/support/environment_guard.h"
 
 namespace support {
 namespace {
@@ -41,7 +40,7 @@ std::wstring quoted(const std::string& word) {
 
 } // namespace
 
-FileHandle start(const std::vector<std::string>& words, const Streams& streams) {
+FileHandle start(std::vector<std::string> words, const Streams& streams) {
     std::wstring command_line;
     for (const std::string& word : words) {
         command_line += quoted(word) + L" ";
@@ -51,7 +50,8 @@ FileHandle start(const std::vector<std::string>& words, const Streams& streams) 
     info.dwFlags = STARTF_USESTDHANDLES;
     info.hStdInput = inheritable(streams.input);
     info.hStdOutput = inheritable(streams.output);
-    info.hStdError = inheritable(streams.error);
+    info.hStdError = streams.error == platform::invalid_file ? ::GetStdHandle(STD_ERROR_HANDLE)
+                                                             : inheritable(streams.error);
     PROCESS_INFORMATION process = {};
     if (!::CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                           &info, &process)) {
@@ -84,25 +84,8 @@ Pipe make_pipe() {
     return {file_of(reader), file_of(writer)};
 }
 
-FileHandle own_error_stream() {
-    return file_of(::GetStdHandle(STD_ERROR_HANDLE));
-}
-
 bool is_wine() {
     return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
-
-bool may_change_account() {
-    return false;
-}
-
-bool become_nobody() {
-    return false;
-}
-
-void set_variable(const std::string& name, const std::optional<std::string>& value) {
-    // An empty value removes a variable from the C runtime.
-    ::_wputenv_s(platform::wide(name).c_str(), platform::wide(value.value_or("")).c_str());
 }
 
 } // namespace support
