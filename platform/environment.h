@@ -13,10 +13,6 @@ std::optional<std::string> environment_variable(const char* name);
 /// text; on Linux it is environment_variable().
 std::optional<std::string> environment_text(const char* name);
 
-/// Sets a variable of this process, or removes it if there is no value. The value is UTF-8 on
-/// Windows, where an empty one removes it too.
-void set_environment_variable(const char* name, const std::optional<std::string>& value);
-
 /// Returns the directory of the user's profile: USERPROFILE; on Linux HOME if that is not set.
 std::optional<std::string> user_profile_directory();
 

@@ -13,14 +13,6 @@ std::optional<std::string> environment_text(const char* name) {
     return environment_variable(name);
 }
 
-void set_environment_variable(const char* name, const std::optional<std::string>& value) {
-    if (value) {
-        ::setenv(name, value->c_str(), 1);
-    } else {
-        ::unsetenv(name);
-    }
-}
-
 std::optional<std::string> user_profile_directory() {
     auto profile = environment_variable("USERPROFILE");
     return profile ? profile : environment_variable("HOME");

@@ -9,6 +9,10 @@
 // For tests only: replaces the machine that the platform layer of this process uses.
 namespace platform::testing {
 
+/// Sets a variable of this process, or removes it if there is no value. The value is UTF-8 on
+/// Windows, where an empty one removes it too.
+void set_environment_variable(const char* name, const std::optional<std::string>& value);
+
 /// Replaces the place of the machine's setting: by another file on Linux, by a key of the current
 /// user on Windows.
 void set_machine_setting(const std::string& place);

@@ -30,11 +30,6 @@ std::optional<std::string> environment_text(const char* name) {
     }
 }
 
-void set_environment_variable(const char* name, const std::optional<std::string>& value) {
-    // Sets the variable of the process and both copies of the C runtime.
-    ::_wputenv_s(wide(name).c_str(), wide(value.value_or("")).c_str());
-}
-
 std::optional<std::string> user_profile_directory() {
     return environment_variable("USERPROFILE");
 }

@@ -1,10 +1,17 @@
 #include "platform/testing/testing.h"
 
+#include <cstdlib>
+
 #include "platform/machine.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
 namespace platform::testing {
+
+void set_environment_variable(const char* name, const std::optional<std::string>& value) {
+    // Sets the variable of the process and both copies of the C runtime.
+    ::_wputenv_s(wide(name).c_str(), wide(value.value_or("")).c_str());
+}
 
 void remove_named_mutex(const std::string&) {
     // The system removes a mutex with its last handle.

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/environment.h"
+#include "platform/testing/testing.h"
 
 namespace support {
 
@@ -13,11 +14,11 @@ class EnvironmentGuard {
     EnvironmentGuard(std::string name, const std::optional<std::string>& value)
         : name_(std::move(name))
         , before_(platform::environment_variable(name_.c_str())) {
-        platform::set_environment_variable(name_.c_str(), value);
+        platform::testing::set_environment_variable(name_.c_str(), value);
     }
     EnvironmentGuard(const EnvironmentGuard&) = delete;
     EnvironmentGuard& operator=(const EnvironmentGuard&) = delete;
-    ~EnvironmentGuard() { platform::set_environment_variable(name_.c_str(), before_); }
+    ~EnvironmentGuard() { platform::testing::set_environment_variable(name_.c_str(), before_); }
 
   private:
     std::string name_;

@@ -126,8 +126,8 @@ TEST_F(Changes, NewKeysAreReportedAndHideOnlyPasswords) {
 
 // Nor does a password leave any trace in clear.
 TEST_F(Changes, AnExportComesBackElsewhere) {
-    support::set_variable("QNTRACE", "81");
-    support::set_variable("QNTRACE_FILE", machine.file("trace.log"));
+    platform::testing::set_environment_variable("QNTRACE", "81");
+    platform::testing::set_environment_variable("QNTRACE_FILE", machine.file("trace.log"));
     const std::string out = machine.file("out");
     const Words password{"--password-stdin"};
     done(set_words("cluster", "/c") + password, "gehe\"im\xC3\xA4\n\n");

@@ -103,7 +103,7 @@ TEST_F(Entries, RemovalTakesEverySpelling) {
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {
     support::write_file(machine.file("plain"), "");
-    support::set_variable("ORVA_Certificates", machine.file("plain/below/x.xml"));
+    platform::testing::set_environment_variable("ORVA_Certificates", machine.file("plain/below/x.xml"));
     const auto cause = platform::create_directory(machine.file("plain/below"));
     refused(1, set_words("cluster", "/c"), platform::describe(cause));
 }
@@ -162,11 +162,11 @@ TEST_F(Entries, WhereReportsTheFilesAndTheRules) {
     EXPECT_EQ(json["file_exists"], false);
 
     const std::string moved = machine.file("moved/x.xml");
-    support::set_variable("ORVA_Certificates", moved);
+    platform::testing::set_environment_variable("ORVA_Certificates", moved);
     const std::string text = done({"where"});
     EXPECT_THAT(text, HasSubstr("file: " + moved + "\nfile chosen by: the environment variable "));
     EXPECT_THAT(text, HasSubstr("note: made the empty file " + moved + "\n"));
-    support::set_variable("ORVA_Certificates", std::nullopt);
+    platform::testing::set_environment_variable("ORVA_Certificates", std::nullopt);
 
     const std::string all = machine.file("all");
     std::filesystem::create_directory(all);
@@ -182,7 +182,7 @@ TEST_F(Entries, APlaceThatCannotBeWrittenIsExplained) {
     platform::testing::store_machine_root(machine.file("plain"));
     const std::string named = machine.file("directory.xml");
     std::filesystem::create_directory(named);
-    support::set_variable("ORVA_Certificates", named);
+    platform::testing::set_environment_variable("ORVA_Certificates", named);
     const std::string text = done({"where"});
     EXPECT_THAT(text, HasSubstr("file chosen by: the directory of the keys\n"));
     EXPECT_THAT(text, HasSubstr("keys chosen by: the user's profile\n"));
@@ -206,7 +206,7 @@ TEST_F(Check, NothingSetYetIsNoProblem) {
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is not there"));
     support::write_file(file(), "");
     EXPECT_THAT(check(0), HasSubstr("warning: nothing has been set yet: " + file() + " is empty"));
-    support::set_variable("ORVA_Certificates", file()); // the first look makes a named file
+    platform::testing::set_environment_variable("ORVA_Certificates", file()); // the first look makes a named file
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
 }
 

@@ -158,8 +158,8 @@ TEST_F(Streams, ALongReadingShowsItsProgress) {
 
 TEST_F(Streams, ABrokenStreamIsAFailureAndAPipeIsNot) {
     done(set_words("cluster", "/c") + Words{"--password-stdin"}, "geheim");
-    support::set_variable("QNTRACE", "41"); // its file must not become the standard output
-    support::set_variable("QNTRACE_FILE", machine.file("trace"));
+    platform::testing::set_environment_variable("QNTRACE", "41"); // its file must not become the standard output
+    platform::testing::set_environment_variable("QNTRACE_FILE", machine.file("trace"));
     const std::vector<std::pair<const char*, int>> cases{
         {"get cluster --show-password >/dev/full", 1},
         {"get cluster --show-password >&-", 1},
@@ -243,7 +243,7 @@ TEST_F(Streams, WithoutMemoryNothingChanges) {
         int status = 1;
         // What is made before main() has its memory.
         for (int number = 50; status != 0 && number < 10000; number += 5) {
-            support::set_variable("ORVA_FAILING_ALLOCATION", std::to_string(number));
+            platform::testing::set_environment_variable("ORVA_FAILING_ALLOCATION", std::to_string(number));
             const auto result = run(words);
             status = result.status;
             if (status != 0) {
