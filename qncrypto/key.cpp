@@ -48,6 +48,11 @@ Key::Key(const unsigned char* bytes, std::size_t size)
     std::copy_n(bytes, size, data_);
 }
 
+Key::~Key() {
+    OPENSSL_cleanse(data_, capacity_);
+    ::operator delete(data_);
+}
+
 void Key::reserve(std::size_t size) {
     if (round_up(size) <= capacity_) {
         return;
@@ -75,14 +80,6 @@ void Key::swap(Key& other) noexcept {
     std::swap(capacity_, other.capacity_);
     std::swap(size_, other.size_);
     std::swap(data_, other.data_);
-}
-
-void Key::release() noexcept {
-    OPENSSL_cleanse(data_, capacity_);
-    ::operator delete(data_);
-    capacity_ = 0;
-    size_ = 0;
-    data_ = nullptr;
 }
 
 bool operator==(const Key& left, const Key& right) noexcept {

@@ -24,7 +24,7 @@ class Key {
         swap(other);
         return *this;
     }
-    ~Key() { release(); }
+    ~Key();
 
     std::size_t capacity() const noexcept { return capacity_; }
     std::size_t size() const noexcept { return size_; }
@@ -46,8 +46,6 @@ class Key {
     friend bool operator==(const Key& left, const Key& right) noexcept;
 
   private:
-    void release() noexcept;
-
     std::size_t capacity_ = 0;
     std::size_t size_ = 0;
     unsigned char* data_ = nullptr;

@@ -103,7 +103,8 @@ TEST_F(Entries, RemovalTakesEverySpelling) {
 
 TEST_F(Entries, AFailureShowsTheCauseOfTheLibrary) {
     support::write_file(machine.file("plain"), "");
-    platform::testing::set_environment_variable("ORVA_Certificates", machine.file("plain/below/x.xml"));
+    platform::testing::set_environment_variable("ORVA_Certificates",
+                                                machine.file("plain/below/x.xml"));
     const auto cause = platform::create_directory(machine.file("plain/below"));
     refused(1, set_words("cluster", "/c"), platform::describe(cause));
 }
@@ -206,7 +207,8 @@ TEST_F(Check, NothingSetYetIsNoProblem) {
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is not there"));
     support::write_file(file(), "");
     EXPECT_THAT(check(0), HasSubstr("warning: nothing has been set yet: " + file() + " is empty"));
-    platform::testing::set_environment_variable("ORVA_Certificates", file()); // the first look makes a named file
+    platform::testing::set_environment_variable("ORVA_Certificates",
+                                                file()); // the first look makes a named file
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
 }
 

@@ -1,4 +1,4 @@
-#include "tests/support/launch.h"
+#include "tests/support/child_process.h"
 
 #include <gtest/gtest.h>
 
