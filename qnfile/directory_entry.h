@@ -88,8 +88,6 @@ class DirectoryEntry {
     bool is_link() const noexcept { return (type() & entry_link) != 0; }
 
     DirectoryEntryAccess access() const noexcept;
-    bool is_readable() const noexcept { return (access() & entry_access_read) != 0; }
-    bool is_writable() const noexcept { return (access() & entry_access_write) != 0; }
     bool is_hidden() const noexcept { return (access() & entry_access_hidden) != 0; }
 
     /// In bytes.

@@ -89,7 +89,7 @@ TEST_F(CertificateKeysTest, OnlyFilesThatHoldNoPairAreReplaced) {
         {{std::string(65536, 'x'), public_key}, private_file + "\" does not hold a private key"},
         {{private_key, other.second}, public_file + "\" does not hold the public key"},
         {{private_key, public_key + '\n'}, public_file + "\" does not hold the public key"},
-        {{std::string(65537, 'x'), public_key}, private_file + "\" is too large"},
+        {{std::string(200000, 'x'), public_key}, private_file + "\" is too large"},
     };
     for (const auto& [keys, message] : cases) {
         write(keys);
@@ -117,10 +117,12 @@ TEST_F(CertificateKeysTest, AFailureNamesTheFileAndKeepsTheObjectAsItWas) {
         "Unable to open key file \"" + private_file + "\" for reading and writing";
     const std::string reading = "Reading key file \"" + private_file + "\" failed";
     const std::string writing = "Writing to key file \"" + private_file + "\" failed";
+    const std::string looking = "Unable to look for key file \"" + private_file + '"';
     const std::pair<platform::Call, std::string> cases[] = {
-        {platform::Call::open, opening},    {platform::Call::read, reading},
-        {platform::Call::seek, writing},    {platform::Call::write, writing},
-        {platform::Call::set_end, writing}, {platform::Call::flush, writing},
+        {platform::Call::existence, looking}, {platform::Call::open, opening},
+        {platform::Call::read, reading},      {platform::Call::seek, writing},
+        {platform::Call::write, writing},     {platform::Call::set_end, writing},
+        {platform::Call::flush, writing},
     };
     for (const auto& [call, message] : cases) {
         write({"no pair", "at all"});

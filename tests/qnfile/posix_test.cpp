@@ -59,6 +59,7 @@ TEST_F(PosixDirectoryTest, AnEntryIsTheLinkItself) {
         for (const DirectoryEntry& entry :
              {*sequence(name).begin(), DirectoryEntry::create_from_full_path(path(name))}) {
             EXPECT_EQ(entry.type(), type) << name;
+            EXPECT_EQ(entry.is_link(), std::string_view(name).starts_with("to")) << name;
             EXPECT_EQ(entry.is_hidden(), is_hidden) << name;
         }
     }

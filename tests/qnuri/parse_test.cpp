@@ -104,7 +104,7 @@ const ParseCase parse_cases[] = {
     // Telephone numbers.
     {"tel:+1-20-555", "tel:^+1-20-555^^^"},
     {"tel:*12#(AbF)", "tel:^*12#(AbF)^^^"},
-    {"tel:1.2", "tel:^1.2^^^"},
+    {"tel:+1*", "tel:^+1*^^^", authority},
     {"tel:+", "tel:^+^^^", authority},
     {"tel:+1F", "tel:^+1F^^^", authority},
     {"tel:%31", "tel:^%31^^^", authority},
