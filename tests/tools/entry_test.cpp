@@ -207,8 +207,8 @@ TEST_F(Check, NothingSetYetIsNoProblem) {
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is not there"));
     support::write_file(file(), "");
     EXPECT_THAT(check(0), HasSubstr("warning: nothing has been set yet: " + file() + " is empty"));
-    platform::testing::set_environment_variable("ORVA_Certificates",
-                                                file()); // the first look makes a named file
+    // The first look makes a file that the variable names.
+    platform::testing::set_environment_variable("ORVA_Certificates", file());
     EXPECT_THAT(check(0), HasSubstr("note: nothing has been set yet: " + file() + " is empty"));
 }
 
