@@ -29,12 +29,6 @@ void add_location_params(const XmlLocation& location, qncore::ErrorParams* param
     params->insert("sourcePos", location.sourcePos);
 }
 
-qncore::ErrorParams location_params(const XmlLocation& location) {
-    qncore::ErrorParams params;
-    add_location_params(location, &params);
-    return params;
-}
-
 std::string location_message(const XmlLocation& location, std::string_view text,
                              qncore::ErrorParams* params) {
     add_location_params(location, params);

@@ -20,9 +20,6 @@ struct XmlLocation {
 /// Adds `uri`, `line`, `linePos` and `sourcePos` unless `params` is null.
 void add_location_params(const XmlLocation& location, qncore::ErrorParams* params);
 
-/// Returns the four parameters.
-qncore::ErrorParams location_params(const XmlLocation& location);
-
 /// Returns the template of a message about a place, "[line {@line}, pos {@linePos}]: " and the
 /// text, with ", uri <{@uri}>" after the position if there is a URI. Adds the parameters as above.
 std::string location_message(const XmlLocation& location, std::string_view text,

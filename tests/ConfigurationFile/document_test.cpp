@@ -58,6 +58,9 @@ TEST_F(DocumentTest, IsReadInManyForms) {
         nodes.notifiers["old"] = {};
         Access::read(file, "Notifiers", nodes);
         EXPECT_EQ(show(nodes), expected) << text;
+        nodes = {};
+        Access::read_section(file, "Notifiers", nodes, [](const auto* name) { return !name; });
+        EXPECT_EQ(show(nodes), std::string(expected).substr(0, std::string(expected).find('[')));
     }
 }
 

@@ -106,6 +106,11 @@ TEST_F(RolesTest, AMissingEntryLeavesTheOutputsAndAMissingFileFails) {
         }
         support::remove_all(machine.default_file());
     }
+    write_configuration(document("<ServerGroupCertificate/><servergroupcertificate><PublicKeyPath>"
+                                 "second</PublicKeyPath></servergroupcertificate>"));
+    CertificateNode first;
+    EXPECT_TRUE(roles[0].get(file, "", first));
+    EXPECT_EQ(first.publicKeyPath, "");
 }
 
 TEST_F(RolesTest, AdditionalEntriesPassUnchangedAndAPasswordIsEnciphered) {

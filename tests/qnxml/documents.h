@@ -122,6 +122,7 @@ inline std::string describe_node(qnxml::XmlReader& reader) {
         EXPECT_TRUE(type != XmlNodeType::PI || element->local_name() == element->qualified_name());
     }
     if (type == XmlNodeType::Element || type == XmlNodeType::XmlDeclaration) {
+        EXPECT_EQ(reader.value(), "");
         for (const qnxml::XmlAttribute& attribute : element->attributes()) {
             out << full_name(attribute) << '=' << attribute.value();
         }

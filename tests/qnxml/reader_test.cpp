@@ -59,6 +59,7 @@ TEST(Reader, ReportsWhiteSpaceIfItIsNotSkipped) {
          "Text( x ); EndElement a; Whitespace(\n)"},
         {bom + std::string("\n\n<a/>"), "Whitespace(\n\n); Element a"},
         {"<a/>\n&amp;", outside},
+        {"x<b/>", "! Unexpected non-whitespace content encountered"},
     };
     for (const auto& [text, expected] : cases) {
         Document document(text);

@@ -333,6 +333,7 @@ TEST(StreamTokenizer, CarriesTheStreamsFailure) {
         EXPECT_EQ(error->text(), "[line 1, pos 64]: Error reading from stream");
         EXPECT_EQ(error->code(), qnxml::error::qnxml_tokenizer_stream);
         EXPECT_EQ(error->nested() && error->nested()->text() == "gone", &end != &ends[2]);
+        EXPECT_EQ(tokenizer.next_token(), XmlTokenType::Error) << "the source would go on";
     }
 }
 
