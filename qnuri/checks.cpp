@@ -131,7 +131,6 @@ void UriParser::check() {
             record_.flags |= bit;
         }
     };
-    record_.flags = 0;
     check(invalid_scheme, [this] { return valid_scheme(record_.view(record_.scheme)); });
     check(invalid_fragment, [this] { return valid_tail(record_.view(record_.fragment)); });
     check(invalid_authority, [this] { return valid_authority(); });

@@ -13,6 +13,9 @@ using namespace chars;
 
 namespace {
 
+constexpr std::uint32_t all_components =
+    invalid_scheme | invalid_fragment | invalid_authority | invalid_path | invalid_query;
+
 SchemeKind kind_of(std::string_view scheme, bool plainFile) noexcept {
     switch (scheme.front()) {
     case 'f':
@@ -53,7 +56,9 @@ void UriParser::parse(bool plainFile) {
     record_.schemeSpecificPart = written_since(start);
     take(fragment_component, CharClass{}, source_.rest().empty() ? 0 : 1);
     source_.finish();
-    check();
+    if (known_valid_ != all_components) {
+        check();
+    }
 }
 
 void UriParser::take_scheme(bool plainFile) {

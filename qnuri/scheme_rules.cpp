@@ -30,6 +30,9 @@ void UriParser::parse_file() {
     source_.seek(text.size() - further);
     record_.authority = {start, path - start};
     record_.path = written_since(path);
+    if (path <= start + 2) { // no host
+        known_valid_ |= invalid_authority;
+    }
     if (plain) {
         known_valid_ |= invalid_path;
     } else {
