@@ -72,6 +72,12 @@ TEST_F(Changes, TheFormerContentIsKeptAndComesBack) {
     EXPECT_EQ(support::read_file(file()), one);
     support::write_file(file(), "");
     EXPECT_THAT(run({"check"}).output, HasSubstr("problem: " + file() + " is empty. The content"));
+    support::write_file(file(), one);
+    support::remove_all(previous());
+    std::filesystem::create_directory(previous());
+    refused(1, set_words("cluster", "/three"), previous());
+    EXPECT_EQ(support::read_file(file()), one) << "changed without a copy";
+    EXPECT_FALSE(std::filesystem::exists(previous() + ".new"));
 }
 
 TEST_F(Changes, HalfAPairOfKeysIsLeftAlone) {
