@@ -169,7 +169,7 @@ TEST_F(Operations, DecryptionChecksGoOnWithASlotAndTheLastFailureStays) {
               0);
     support::check_failure(
         slot, {[] {}, codes + "decryption" + public_context_of + "decrypt()", openssl});
-    // Required: a block of a wrong size is decrypted all the same.
+    // Required: a block of a wrong size is decrypted nevertheless.
     block[0] = 0;
     Bytes whole(modulus);
     Bytes cut(modulus);

@@ -108,7 +108,7 @@ inline std::string full_name(const qnxml::XmlNode& node) {
     return " " + node.qualified_name() + (space != nullptr ? "{" + *space + "}" : "");
 }
 
-/// The node on which the reader stands: its type, the name and the attributes of a tag, the value
+/// The current node of the reader: its type, the name and the attributes of a tag, the value
 /// of what has one.
 inline std::string describe_node(qnxml::XmlReader& reader) {
     using qnxml::XmlNodeType;

@@ -12,7 +12,7 @@ using qnxml_test::failure_of;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/// A document whose reader stands on its first node of the type.
+/// A document whose reader is on its first node of the type.
 struct AtNode : Document {
     AtNode(std::string_view text, XmlNodeType type, qnxml::IEntityResolver* resolver = nullptr)
         : Document(text, resolver) {

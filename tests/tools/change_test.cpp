@@ -14,7 +14,7 @@ class Changes : public ProgramTest {};
 
 TEST_F(Changes, WhatCannotBeReadIsNotDropped) {
     const std::vector<std::tuple<std::string, std::string, const char*>> cases{
-        // content, loss, what --discard-unreadable leaves beside the new entry
+        // content, loss, what --discard-unreadable keeps besides the new entry
         {"hello", "all that " + file() + " holds, which cannot be read to its end ([line 1", ""},
         {"<ORVACertificates><Notifiers><Notifier Name='B'><WebConfigCertificate/><a></b>",
          "all that follows the entry web-config of the server 'B' in ", "web-config"},

@@ -12,7 +12,7 @@ namespace tools_test {
 
 using Words = std::vector<std::string>;
 
-/// The program that is tested; it lies beside its tests.
+/// The program that is tested, in the folder of the tests.
 std::string program_file();
 
 /// The program on a machine of the test's own, which has a profile, keys and no setting.
