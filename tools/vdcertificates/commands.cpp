@@ -52,10 +52,9 @@ constexpr Command all[] = {
      "  vdcertificates get subsystems-server --server SRV01 --field private_key\n",
      run_get},
     {"list", "Print all entries", "", false, list_options,
-     "Prints a table on a terminal. Otherwise prints one line per entry, with its fields "
-     "separated\n"
-     "by tabs: role, server, public key, private key, certificate, trusted, and the password with\n"
-     "--show-passwords.\n\n"
+     "Prints a table on a terminal. Otherwise prints one line per entry, with its fields\n"
+     "separated by tabs: role, server, public key, private key, certificate, trusted, and the\n"
+     "password with --show-passwords.\n\n"
      "Example:\n"
      "  vdcertificates list | cut -f 1,2,5\n",
      run_list},
